@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+
+#include <core/stickrules.h>
+
+#include <vector>
+
+using core::PointWithBool;
+namespace sticks = core::sticks;
+
+namespace {
+const PointWithBool S = PointWithBool::separator();
+PointWithBool P(double v) { return PointWithBool(v, v, v); }
+
+struct Expect {
+    bool boundary, stop, isolated;
+};
+
+void expectRules(const std::vector<PointWithBool>& list, const std::vector<Expect>& expected)
+{
+    const int n = static_cast<int>(list.size());
+    for (int i = 0; i < n; ++i) {
+        SCOPED_TRACE(testing::Message() << "index " << i);
+        EXPECT_EQ(sticks::isPickedPointStickBoundaries(list.data(), n, i), expected[i].boundary);
+        EXPECT_EQ(sticks::isPickedPointStopStick(list.data(), n, i), expected[i].stop);
+        EXPECT_EQ(sticks::isPointIsolated(list.data(), n, i), expected[i].isolated);
+    }
+}
+} // namespace
+
+TEST(StickRules, PointsOnEitherSideOfASeparatorAreBoundariesStopsAndIsolated)
+{
+    expectRules({P(1), S, P(2)}, {{true, true, true}, {false, false, false}, {true, true, true}});
+}
+
+TEST(StickRules, ALonePointIsBoundaryStopAndIsolated)
+{
+    expectRules({P(1)}, {{true, true, true}});
+}
+
+TEST(StickRules, InsideALongStickOnlyTheEndsAreBoundariesAndOnlyTheLastStops)
+{
+    expectRules({P(1), P(2), P(3), S, P(4), P(5)},
+                {{true, false, false},
+                 {false, false, false},
+                 {true, true, false},
+                 {false, false, false},
+                 {true, false, false},
+                 {true, true, false}});
+}
+
+TEST(StickRules, LeadingAndTrailingSeparatorsIsolateTheirNeighbour)
+{
+    expectRules({S, P(1), S}, {{false, false, false}, {true, true, true}, {false, false, false}});
+}
+
+TEST(StickRules, IndicesOutsideTheListAnswerFalse)
+{
+    const std::vector<PointWithBool> list{P(1), P(2)};
+    for (int i : {-1, 2, 100}) {
+        EXPECT_FALSE(sticks::isPickedPointStickBoundaries(list.data(), 2, i));
+        EXPECT_FALSE(sticks::isPickedPointStopStick(list.data(), 2, i));
+        EXPECT_FALSE(sticks::isPointIsolated(list.data(), 2, i));
+    }
+    EXPECT_FALSE(sticks::isPointIsolated(nullptr, 0, 0));
+}
+
+TEST(StickRules, OnlyXMarksASeparator)
+{
+    const std::vector<PointWithBool> list{P(1), PointWithBool(1.0, -9999.0, -9999.0), P(2)};
+    EXPECT_FALSE(sticks::isSeparator(list.data(), 3, 1));
+    EXPECT_FALSE(sticks::isPointIsolated(list.data(), 3, 0));
+    const std::vector<PointWithBool> flagged{P(1), PointWithBool(-9999.0, 4, 5, true)};
+    EXPECT_TRUE(sticks::isSeparator(flagged.data(), 2, 1));
+}
+
+TEST(StickRules, LastPickedPointNoValueNeedsANonEmptyListEndingWithASeparator)
+{
+    const std::vector<PointWithBool> closed{P(1), S};
+    const std::vector<PointWithBool> open{P(1), S, P(2)};
+    EXPECT_TRUE(sticks::isLastPickedPointNo_Value(closed.data(), 2));
+    EXPECT_FALSE(sticks::isLastPickedPointNo_Value(open.data(), 3));
+    EXPECT_FALSE(sticks::isLastPickedPointNo_Value(closed.data(), 0));
+    EXPECT_FALSE(sticks::isLastPickedPointNo_Value(nullptr, 0));
+}
+
+TEST(StickRules, SticksAreWalkedInOrderSkippingRepeatedSeparators)
+{
+    const std::vector<PointWithBool> list{S, P(1), P(2), S, S, P(3), S};
+    const int n = static_cast<int>(list.size());
+    std::vector<std::pair<int, int>> found;
+    for (auto r = sticks::nextStick(list.data(), n, 0); r.isValid();
+         r = sticks::nextStick(list.data(), n, r.last + 1))
+        found.emplace_back(r.first, r.last);
+    EXPECT_EQ(found, (std::vector<std::pair<int, int>>{{1, 2}, {5, 5}}));
+    EXPECT_EQ(sticks::countSticks(list.data(), n), 2);
+    EXPECT_EQ(sticks::stickAt(list.data(), n, 2).first, 1);
+    EXPECT_FALSE(sticks::stickAt(list.data(), n, 3).isValid());
+}

@@ -1,0 +1,29 @@
+#pragma once
+#include <QString>
+
+// The host's event bus: user-visible messages, each with a kind. Library code calls the
+// static `sendMessage`; the installed bus decides where messages go. The default bus
+// writes errors (kinds 1 and 2) to the standard error stream and drops the rest, so a
+// program without a GUI still shows what went wrong. The library never writes to stdout.
+class ZNEventBus {
+public:
+    enum Kind {
+        Information = 0,  // for the log
+        Error = 1,        // an error shown to the user
+        FileError = 2,    // a file could not be opened, read or written
+        Progress = 3,     // progress of a long operation
+        Detail = 4,       // fine-grained progress information
+    };
+
+    virtual ~ZNEventBus() = default;
+
+    static void sendMessage(int kind, const QString& text);
+
+    // Installs `bus` (null restores the default) and returns the previous one; not owned.
+    static ZNEventBus* install(ZNEventBus* bus);
+    static ZNEventBus& instance();
+
+protected:
+    // Receives every message sent while this bus is installed.
+    virtual void message(int kind, const QString& text);
+};
