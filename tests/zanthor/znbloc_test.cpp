@@ -1,0 +1,341 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <testservices.h>
+#include <znbloc.h>
+#include <znobjectfile.h>
+#include <znobjectfilewriter.h>
+#include <znxml.h>
+
+namespace {
+
+core::mat4 surveyMatrix()
+{
+    core::mat4 m = core::mat4::translation({1000.0, -4.0, 2000.0});
+    m(0, 0) = 12.5;
+    m(1, 2) = -4.0;  // samples go down
+    m(2, 1) = 25.0;
+    return m;
+}
+
+// Sample (x, y, z) of the test volumes: distinct, small integers.
+float sampleAt(int x, int y, int z) { return static_cast<float>(x + 10 * y + 100 * z); }
+
+template <class T>
+ZN3DImage<T> ramp(int nx, int ny, int nz, int zOffset = 0)
+{
+    ZN3DImage<T> image(nx, ny, nz);
+    for (int z = 0; z < nz; ++z)
+        for (int y = 0; y < ny; ++y)
+            for (int x = 0; x < nx; ++x) image(x, y, z) = static_cast<T>(sampleAt(x, y, z + zOffset));
+    return image;
+}
+
+QByteArray readAll(const QString& path)
+{
+    QFile f(path);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+class BlocTest : public testing::Test {
+protected:
+    QTemporaryDir dir;
+    RecordingEventBus bus;
+    QString path(const QString& name = QStringLiteral("volume.znb")) const { return dir.filePath(name); }
+
+    // A 4 x 3 x 5 float block of ramp samples whose matrix is surveyMatrix().
+    QString writeRamp(int type = ZNBloc::Float32)
+    {
+        ZNBloc bloc;
+        EXPECT_TRUE(bloc.create(path(), georef::BlocSpace(4, 3, 5, surveyMatrix()), 0, 5, type));
+        EXPECT_TRUE(bloc.writeSlices(0, ramp<float>(4, 3, 5), 0, 5));
+        EXPECT_TRUE(bloc.close());
+        return path();
+    }
+
+    // An object file holding the "ZNBloc" element `header` and `data`.
+    QString writeRaw(const QDomElement& header, const QByteArray& data)
+    {
+        QDomDocument doc;
+        QDomElement root = ZNObjectFile::createHeaderDocument(doc);
+        root.appendChild(doc.importNode(header, true));
+        ZNObjectFileWriter writer(path(QStringLiteral("raw.znb")));
+        const qint64 offset = writer.create(doc, 0);
+        EXPECT_GE(offset, 0);
+        EXPECT_EQ(writer.device()->write(data), data.size());
+        EXPECT_TRUE(writer.commit());
+        return path(QStringLiteral("raw.znb"));
+    }
+};
+
+} // namespace
+
+TEST_F(BlocTest, SlicesWrittenOneByOneReadBackAsABoxWithTheirGeometry)
+{
+    georef::UnitObject units(georef::UnitObject::SpatialFoot, georef::UnitObject::VerticalMillisecond);
+    const georef::BlocSpace survey(4, 3, 9, surveyMatrix());
+    ZNBloc out;
+    ASSERT_TRUE(out.create(path(), survey, 2, 7, ZNBloc::Float32, units));
+    const ZN3DImage<float> samples = ramp<float>(4, 3, 5, 2);
+    for (int k = 4; k >= 0; --k) ASSERT_TRUE(out.writeSlices(k, samples, k, 1));
+    ASSERT_TRUE(out.close());
+
+    ZNBloc in;
+    ASSERT_TRUE(in.open(path()));
+    EXPECT_EQ(in.nx(), 4);
+    EXPECT_EQ(in.ny(), 3);
+    EXPECT_EQ(in.nz(), 5);
+    EXPECT_EQ(in.sampleType(), ZNBloc::Float32);
+    EXPECT_EQ(in.unitObject(), units);
+    // Slice 0 of the file is slice 2 of the survey, at the same world place.
+    const core::vec3 world = in.blocSpace().blocToWorld({1.0, 2.0, 0.0});
+    const core::vec3 expected = survey.blocToWorld({1.0, 2.0, 2.0});
+    EXPECT_DOUBLE_EQ(world.x, expected.x);
+    EXPECT_DOUBLE_EQ(world.y, expected.y);
+    EXPECT_DOUBLE_EQ(world.z, expected.z);
+
+    ZN3DImage<float> all;
+    ASSERT_TRUE(in.readBox(0, 0, 0, 4, 3, 5, all));
+    EXPECT_TRUE(std::equal(all.data(), all.data() + all.voxelCount(), samples.data()));
+    EXPECT_EQ(all.blocSpace(), in.blocSpace());
+}
+
+TEST_F(BlocTest, SubBoxesHoldTheirSamplesAndKeepTheirWorldPlace)
+{
+    writeRamp();
+    ZNBloc in;
+    ASSERT_TRUE(in.open(path()));
+    struct Box {
+        int x0, y0, z0, cx, cy, cz;
+    };
+    for (const Box b : {Box{0, 0, 0, 4, 3, 5}, Box{1, 1, 2, 2, 2, 3}, Box{0, 1, 4, 4, 2, 1},
+                        Box{3, 2, 4, 1, 1, 1}}) {
+        ZN3DImage<float> box;
+        ASSERT_TRUE(in.readBox(b.x0, b.y0, b.z0, b.cx, b.cy, b.cz, box));
+        ASSERT_EQ(box.nx(), b.cx);
+        ASSERT_EQ(box.nz(), b.cz);
+        for (int z = 0; z < b.cz; ++z)
+            for (int y = 0; y < b.cy; ++y)
+                for (int x = 0; x < b.cx; ++x)
+                    EXPECT_EQ(box(x, y, z), sampleAt(x + b.x0, y + b.y0, z + b.z0));
+        const core::vec3 a = box.blocSpace().blocToWorld({0.0, 0.0, 0.0});
+        const core::vec3 e = in.blocSpace().blocToWorld({double(b.x0), double(b.y0), double(b.z0)});
+        EXPECT_DOUBLE_EQ(a.x, e.x);
+        EXPECT_DOUBLE_EQ(a.z, e.z);
+    }
+    img::Image slice;
+    ASSERT_TRUE(in.readSlice(3, slice));
+    EXPECT_EQ(slice.width(), 4);
+    EXPECT_EQ(slice.height(), 3);
+    EXPECT_EQ(slice(2, 1), sampleAt(2, 1, 3));
+}
+
+TEST_F(BlocTest, EverySampleTypeRoundTripsItsValuesIntoIntegerAndRealImages)
+{
+    for (int type : {ZNBloc::UInt8, ZNBloc::Int16, ZNBloc::Int32, ZNBloc::Float32}) {
+        SCOPED_TRACE(ZNBloc::sampleTypeName(type).toStdString());
+        ZNBloc out;
+        ASSERT_TRUE(out.create(path(), georef::BlocSpace(4, 3, 2), 0, 2, type));
+        ASSERT_TRUE(out.writeSlices(0, ramp<int>(4, 3, 2), 0, 2));
+        ASSERT_TRUE(out.close());
+        ZNBloc in;
+        ASSERT_TRUE(in.open(path()));
+        EXPECT_EQ(in.sampleType(), type);
+        ZN3DImage<int> asInt;
+        ZN3DImage<float> asReal;
+        ASSERT_TRUE(in.readBox(0, 0, 0, 4, 3, 2, asInt));
+        ASSERT_TRUE(in.readBox(0, 0, 0, 4, 3, 2, asReal));
+        const ZN3DImage<int> expected = ramp<int>(4, 3, 2);
+        for (size_t i = 0; i < expected.voxelCount(); ++i) {
+            EXPECT_EQ(asInt.data()[i], expected.data()[i]);
+            EXPECT_EQ(asReal.data()[i], static_cast<float>(expected.data()[i]));
+        }
+        EXPECT_EQ(QFile(path()).size(), ZNObjectFile::getDataOffset(path()) +
+                                            24 * ZNBloc::bytesPerSample(type));
+    }
+}
+
+TEST_F(BlocTest, SamplesAreStoredLittleEndianAtTheDataOffset)
+{
+    ZNBloc out;
+    ASSERT_TRUE(out.create(path(), georef::BlocSpace(2, 1, 1), 0, 1, ZNBloc::Int32));
+    ZN3DImage<int> image(2, 1, 1);
+    image(0, 0, 0) = 0x01020304;
+    image(1, 0, 0) = -9999;
+    ASSERT_TRUE(out.writeSlices(0, image, 0, 1));
+    ASSERT_TRUE(out.close());
+    const QByteArray bytes = readAll(path());
+    const qint64 offset = ZNObjectFile::getDataOffset(path());
+    EXPECT_EQ(bytes.mid(offset), QByteArray("\x04\x03\x02\x01\xf1\xd8\xff\xff", 8));
+    EXPECT_EQ(ZNObjectFile::readObjectType(path()), QStringLiteral("ZNBloc"));
+}
+
+TEST_F(BlocTest, RealsWithoutAnIntegerValueReadAsNoValueInIntegerImages)
+{
+    ZNBloc out;
+    ASSERT_TRUE(out.create(path(), georef::BlocSpace(4, 1, 1), 0, 1, ZNBloc::Float32));
+    ZN3DImage<float> image(4, 1, 1);
+    image(0, 0, 0) = std::numeric_limits<float>::quiet_NaN();
+    image(1, 0, 0) = 3e10f;
+    image(2, 0, 0) = 2.6f;
+    image(3, 0, 0) = -7.4f;
+    ASSERT_TRUE(out.writeSlices(0, image, 0, 1));
+    ASSERT_TRUE(out.close());
+    ZNBloc in;
+    ASSERT_TRUE(in.open(path()));
+    ZN3DImage<int> asInt;
+    ASSERT_TRUE(in.readBox(0, 0, 0, 4, 1, 1, asInt));
+    EXPECT_EQ(std::vector<int>(asInt.data(), asInt.data() + 4), (std::vector<int>{-9999, -9999, 3, -7}));
+}
+
+TEST_F(BlocTest, ALoweredDepthDropsTheSlicesBeyondIt)
+{
+    ZNBloc out;
+    ASSERT_TRUE(out.create(path(), georef::BlocSpace(4, 3, 5), 0, 5, ZNBloc::Float32));
+    ASSERT_TRUE(out.writeSlices(0, ramp<float>(4, 3, 5), 0, 5));
+    EXPECT_FALSE(out.setDepth(6));
+    EXPECT_FALSE(out.setDepth(-1));
+    ASSERT_TRUE(out.setDepth(2));
+    ASSERT_TRUE(out.close());
+    ZNBloc in;
+    ASSERT_TRUE(in.open(path()));
+    EXPECT_EQ(in.nz(), 2);
+    EXPECT_EQ(QFile(path()).size(), ZNObjectFile::getDataOffset(path()) + 2 * 12 * 4);
+    ZN3DImage<float> box;
+    ASSERT_TRUE(in.readBox(0, 0, 1, 4, 3, 1, box));
+    EXPECT_EQ(box(3, 2, 0), sampleAt(3, 2, 1));
+}
+
+TEST_F(BlocTest, ABlockDestroyedBeforeCloseLeavesTheTargetAsItWas)
+{
+    writeRamp();
+    const QByteArray before = readAll(path());
+    {
+        ZNBloc out;
+        ASSERT_TRUE(out.create(path(), georef::BlocSpace(2, 2, 2), 0, 2, ZNBloc::Int32));
+        ASSERT_TRUE(out.writeSlices(0, ramp<int>(2, 2, 2), 0, 2));
+    }
+    EXPECT_EQ(readAll(path()), before);
+}
+
+TEST_F(BlocTest, BoxesAndSlicesOutsideTheBlockAreRefusedAndLeaveTheImageAlone)
+{
+    writeRamp();
+    ZNBloc in;
+    ASSERT_TRUE(in.open(path()));
+    ZN3DImage<float> image(1, 1, 1);
+    image(0, 0, 0) = 42.0f;
+    struct Box {
+        int x0, y0, z0, cx, cy, cz;
+    };
+    for (const Box b : {Box{-1, 0, 0, 1, 1, 1}, Box{0, 0, 0, 5, 3, 5}, Box{0, 2, 0, 4, 2, 1},
+                        Box{0, 0, 5, 4, 3, 1}, Box{0, 0, 0, 0, 3, 5}, Box{3, 0, 0, 2147483647, 1, 1}})
+        EXPECT_FALSE(in.readBox(b.x0, b.y0, b.z0, b.cx, b.cy, b.cz, image));
+    EXPECT_EQ(image.nx(), 1);
+    EXPECT_EQ(image(0, 0, 0), 42.0f);
+    EXPECT_FALSE(in.writeSlices(0, ramp<float>(4, 3, 1), 0, 1));  // opened for reading
+
+    ZNBloc out;
+    ASSERT_TRUE(out.create(path(QStringLiteral("o.znb")), georef::BlocSpace(4, 3, 2), 0, 2, ZNBloc::Int32));
+    EXPECT_FALSE(out.writeSlices(0, ramp<int>(3, 3, 1), 0, 1));   // other width
+    EXPECT_FALSE(out.writeSlices(2, ramp<int>(4, 3, 1), 0, 1));   // beyond the depth
+    EXPECT_FALSE(out.writeSlices(0, ramp<int>(4, 3, 1), 1, 1));   // beyond the image
+    EXPECT_FALSE(out.readBox(0, 0, 0, 1, 1, 1, image));           // being written
+    EXPECT_TRUE(out.writeSlices(1, ramp<int>(4, 3, 1), 0, 1));
+}
+
+TEST_F(BlocTest, CreationRefusesEmptyOrOutsideBoxesUnknownTypesAndUnwritablePlaces)
+{
+    const georef::BlocSpace space(4, 3, 5);
+    ZNBloc out;
+    EXPECT_FALSE(out.create(path(), space, -1, 3, ZNBloc::Int32));
+    EXPECT_FALSE(out.create(path(), space, 2, 6, ZNBloc::Int32));
+    EXPECT_FALSE(out.create(path(), space, 3, 3, ZNBloc::Int32));
+    EXPECT_FALSE(out.create(path(), space, 0, 5, 7));
+    EXPECT_FALSE(out.create(path(), georef::BlocSpace(0, 3, 5), 0, 5, ZNBloc::Int32));
+    EXPECT_FALSE(QFile::exists(path()));
+    EXPECT_FALSE(out.create(dir.filePath(QStringLiteral("missing/volume.znb")), space, 0, 5,
+                            ZNBloc::Int32));
+    EXPECT_FALSE(out.isOpen());
+    EXPECT_FALSE(bus.messages.isEmpty());
+    EXPECT_TRUE(out.close());  // nothing open: nothing to complete
+}
+
+TEST_F(BlocTest, AnOpenedBlockSavesACopyOfItselfAsAnObjectFile)
+{
+    writeRamp(ZNBloc::Int16);
+    ZNBloc in;
+    ASSERT_TRUE(in.open(path()));
+    ASSERT_TRUE(in.writeObjectFile(path(QStringLiteral("copy.znb"))));
+    ZNBloc copy;
+    ASSERT_TRUE(copy.open(path(QStringLiteral("copy.znb"))));
+    EXPECT_EQ(copy.blocSpace(), in.blocSpace());
+    EXPECT_EQ(copy.sampleType(), ZNBloc::Int16);
+    ZN3DImage<int> a, b;
+    ASSERT_TRUE(in.readBox(0, 0, 0, 4, 3, 5, a));
+    ASSERT_TRUE(copy.readBox(0, 0, 0, 4, 3, 5, b));
+    EXPECT_TRUE(std::equal(a.data(), a.data() + a.voxelCount(), b.data()));
+    ZNBloc closed;
+    EXPECT_FALSE(closed.writeObjectFile(path(QStringLiteral("none.znb"))));
+}
+
+TEST_F(BlocTest, CorruptFilesAreRefusedWithoutChangingTheBlock)
+{
+    auto element = [](const QString& nx, const QString& type, const QString& matrix) {
+        QDomDocument doc;
+        QDomElement e = doc.createElement(QStringLiteral("ZNBloc"));
+        if (!nx.isEmpty()) ZNXml::appendString(doc, e, QStringLiteral("nx"), nx);
+        ZNXml::appendString(doc, e, QStringLiteral("ny"), QStringLiteral("3"));
+        ZNXml::appendString(doc, e, QStringLiteral("nz"), QStringLiteral("5"));
+        ZNXml::appendString(doc, e, QStringLiteral("sampleType"), type);
+        if (!matrix.isEmpty()) ZNXml::appendString(doc, e, QStringLiteral("fromBlocToWorld"), matrix);
+        return e;
+    };
+    const QString identity = QStringLiteral("1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1");
+    const QByteArray full(4 * 3 * 5 * 4, '\x01');
+    struct Case {
+        const char* what;
+        QString nx, type, matrix;
+        QByteArray data;
+    };
+    const std::vector<Case> cases{
+        {"one byte short", "4", "float32", identity, full.left(full.size() - 1)},
+        {"no samples", "4", "float32", identity, {}},
+        {"negative size", "-4", "float32", identity, full},
+        {"size beyond int", "99999999999", "float32", identity, full},
+        {"huge size", "2147483647", "float32", identity, full},
+        {"missing size", "", "float32", identity, full},
+        {"size not a number", "four", "float32", identity, full},
+        {"unknown type", "4", "float64", identity, full},
+        {"singular matrix", "4", "float32", QStringLiteral("0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0"), full},
+    };
+    const QString good = writeRamp();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const QString bad = writeRaw(element(c.nx, c.type, c.matrix), c.data);
+        ZNBloc bloc;
+        ASSERT_TRUE(bloc.open(good));
+        EXPECT_FALSE(bloc.open(bad));
+        EXPECT_FALSE(bloc.isOpen());
+        EXPECT_EQ(bloc.nz(), 0);
+        ZN3DImage<float> box;
+        EXPECT_FALSE(bloc.readBox(0, 0, 0, 1, 1, 1, box));
+    }
+    // A valid header over exactly enough data opens.
+    ZNBloc bloc;
+    EXPECT_TRUE(bloc.open(writeRaw(element("4", "float32", identity), full)));
+
+    QFile junk(path(QStringLiteral("junk.znb")));
+    ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
+    junk.write(QByteArray(3000, 'x'));
+    junk.close();
+    EXPECT_FALSE(bloc.open(path(QStringLiteral("junk.znb"))));
+    EXPECT_FALSE(bloc.open(path(QStringLiteral("absent.znb"))));
+    EXPECT_TRUE(bus.texts().last().contains(QStringLiteral("absent.znb")));
+}
