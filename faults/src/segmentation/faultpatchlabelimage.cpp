@@ -12,6 +12,7 @@
 #include "segmentation/patchgrowth.h"
 #include "segmentation/patchspread.h"
 #include "segmentation/progressscope.h"
+#include "segmentation/takeablemask.h"
 
 namespace fault::segmentation {
 
@@ -35,6 +36,8 @@ constexpr int kMinSizeDivisor = 3;
 constexpr int kKnownTooSmall = kUnlabelled + 1;
 static_assert(kKnownTooSmall < 0, "marked voxels must stay free for growth");
 
+const QString kNoMemory = QStringLiteral("Not enough memory for the fault patch labels.");
+
 // The settings of one in-memory segmentation.
 struct ScanSettings {
     int maxLabelCount = 0;
@@ -48,13 +51,16 @@ struct ScanSettings {
 class LabelScan {
 public:
     LabelScan(const detail::VolumeView& volume, const ScanSettings& settings, int firstLabel)
-        : m_volume(volume), m_settings(settings), m_label(firstLabel), m_sliceCount(volume.nz),
+        : m_volume(volume), m_settings(settings), m_mask(volume, settings.threshold),
+          m_label(firstLabel), m_sliceCount(volume.nz),
           m_minPatchSize(settings.maxPatchSize / kMinSizeDivisor)
     {
         const long long reserve = kPatchReserveFactor * settings.maxPatchSize;
         m_patch.reserve(static_cast<int>(std::min<long long>(reserve, kMaxReserve)));
     }
 
+    // False when memory ran out for the scan's own state.
+    bool isUsable() const { return !m_mask.isNull(); }
     int label() const { return m_label; }
     int sliceCount() const { return m_sliceCount; }
 
@@ -95,8 +101,8 @@ private:
     void growAndJudge(const core::Triplet& seed, std::size_t seedIndex)
     {
         const detail::GrowthEnd end =
-            detail::growPatch(m_volume, seed, m_label, m_patch, m_settings.growthIterations,
-                              m_settings.maxPatchSize, m_settings.threshold);
+            detail::growPatchMasked(m_volume, m_mask, seed, m_label, m_patch,
+                                    m_settings.growthIterations, m_settings.maxPatchSize);
         const bool bigEnough = m_patch.size() >= m_minPatchSize;
         if (bigEnough && m_settings.maxPlaneDeviation > planeDeviation(m_patch)) {
             accept(seed.z);
@@ -124,6 +130,8 @@ private:
             const std::size_t i = m_volume.index(v.x, v.y, v.z);
             m_volume.labels[i] = (skipAfter != kNoSkip && i > skipAfter) ? kKnownTooSmall
                                                                           : kUnlabelled;
+            m_mask.set(v.x, v.y, v.z,
+                       static_cast<double>(m_volume.likelihood[i]) > m_settings.threshold);
         }
     }
 
@@ -131,6 +139,7 @@ private:
 
     detail::VolumeView m_volume;
     ScanSettings m_settings;
+    detail::TakeableMask m_mask;  // in step with the labels
     int m_label;               // label of the next accepted patch
     int m_sliceCount;          // slices to scan; lowered once the label budget is spent
     int m_minPatchSize;        // smallest patch kept
@@ -154,8 +163,7 @@ ZN3DImage<int>* getFaultPatchLabelImage(ZN3DImage<float>* likelihood, int maxLab
     std::unique_ptr<ZN3DImage<int>> labels(
         new (std::nothrow) ZN3DImage<int>(likelihood->blocSpace(), kUnlabelled));
     if (!labels || labels->isNull()) {
-        ZNEventBus::sendMessage(ZNEventBus::Error,
-                                QStringLiteral("Not enough memory for the fault patch labels."));
+        ZNEventBus::sendMessage(ZNEventBus::Error, kNoMemory);
         return nullptr;
     }
 
@@ -168,6 +176,10 @@ ZN3DImage<int>* getFaultPatchLabelImage(ZN3DImage<float>* likelihood, int maxLab
     const ScanSettings settings{maxLabelCount, maxPatchSize, maxPlaneDeviation, growthIterations,
                                 likelihoodThreshold};
     LabelScan scan(volume, settings, labelCounter + 1);
+    if (!scan.isUsable()) {
+        ZNEventBus::sendMessage(ZNEventBus::Error, kNoMemory);
+        return nullptr;
+    }
 
     int z = 0;
     for (; z < scan.sliceCount(); ++z) {

@@ -1,6 +1,9 @@
 #include "patchgrowth.h"
 
 #include <cstddef>
+#include <cstdint>
+
+#include "segmentation/takeablemask.h"
 
 namespace fault::segmentation::detail {
 
@@ -42,6 +45,9 @@ bool isInside(const VolumeView& volume, int x, int y, int z)
     return x >= 0 && y >= 0 && z >= 0 && x < volume.nx && y < volume.ny && z < volume.nz;
 }
 
+// Index of the lowest set bit of a non-zero row of three bits.
+int lowestBit(uint32_t row) { return (row & 1u) ? 0 : ((row & 2u) ? 1 : 2); }
+
 } // namespace
 
 GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
@@ -51,44 +57,61 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
     volume.labels[volume.index(seed.x, seed.y, seed.z)] = label;
     patch.clear();
     if (!patch.add(seed)) return GrowthEnd::VoxelLimit;
-    if (maxRings < 1) return GrowthEnd::RingLimit;
 
     const Neighbourhood around(volume.nx, volume.ny);
-    bool full = false;  // voxel limit reached, or the array could not grow
-    // Takes voxel `n` at (x, y, z) when it is free and strictly above the threshold.
-    auto consider = [&](std::size_t n, int x, int y, int z) {
-        if (!(static_cast<double>(volume.likelihood[n]) > threshold) || volume.labels[n] >= 0)
-            return;
-        if (!patch.add(core::Triplet(x, y, z))) {
-            full = true;
-            return;
+    // Takes what it may around v; false once the patch is full or cannot grow.
+    auto visit = [&](const core::Triplet& v) {
+        const std::size_t centre = volume.index(v.x, v.y, v.z);
+        const bool interior = isInterior(volume, v);
+        for (int k = 0; k < kNeighbourCount; ++k) {
+            const int x = v.x + around.dx[k];
+            const int y = v.y + around.dy[k];
+            const int z = v.z + around.dz[k];
+            if (!interior && !isInside(volume, x, y, z)) continue;
+            const std::size_t n = centre + around.linear[k];
+            if (!(static_cast<double>(volume.likelihood[n]) > threshold) || volume.labels[n] >= 0)
+                continue;
+            if (!patch.add(core::Triplet(x, y, z))) return false;
+            volume.labels[n] = label;
+            if (patch.size() >= maxVoxels) return false;
         }
-        volume.labels[n] = label;
-        full = patch.size() >= maxVoxels;
+        return true;
     };
+    return growRings(patch, maxRings, visit);
+}
 
-    int begin = 0;  // current ring: patch[begin .. end)
-    int end = 1;
-    for (int ring = 0;;) {
-        for (int i = begin; i < end; ++i) {
-            const core::Triplet v = patch[i];
-            const std::size_t centre = volume.index(v.x, v.y, v.z);
-            const bool interior = isInterior(volume, v);
-            for (int k = 0; k < kNeighbourCount; ++k) {
-                const int x = v.x + around.dx[k];
-                const int y = v.y + around.dy[k];
-                const int z = v.z + around.dz[k];
-                if (!interior && !isInside(volume, x, y, z)) continue;
-                consider(centre + around.linear[k], x, y, z);
-                if (full) return GrowthEnd::VoxelLimit;
+GrowthEnd growPatchMasked(const VolumeView& volume, TakeableMask& mask, core::Triplet seed,
+                          int label, core::Array<core::Triplet>& patch, int maxRings,
+                          int maxVoxels)
+{
+    volume.labels[volume.index(seed.x, seed.y, seed.z)] = label;
+    mask.clear(seed.x, seed.y, seed.z);
+    patch.clear();
+    if (!patch.add(seed)) return GrowthEnd::VoxelLimit;
+
+    const std::ptrdiff_t rowBits = mask.rowStride();
+    const std::ptrdiff_t sliceBits = mask.sliceStride();
+    const std::ptrdiff_t rowSamples = volume.nx;
+    const std::ptrdiff_t sliceSamples = rowSamples * volume.ny;
+    auto visit = [&](const core::Triplet& v) {
+        const std::size_t centreBit = mask.bitBefore(v.x, v.y, v.z);
+        const std::size_t centreSample = volume.index(v.x, v.y, v.z) - 1;  // of x - 1
+        for (int dz = -1; dz <= 1; ++dz)
+            for (int dy = -1; dy <= 1; ++dy) {
+                const std::ptrdiff_t bitShift = dz * sliceBits + dy * rowBits;
+                const std::size_t rowBit = centreBit + bitShift;
+                // Bit k is voxel x - 1 + k: lowest first keeps the x order.
+                for (uint32_t row = mask.threeFrom(rowBit); row != 0; row &= row - 1) {
+                    const int k = lowestBit(row);
+                    if (!patch.add(core::Triplet(v.x - 1 + k, v.y + dy, v.z + dz))) return false;
+                    mask.clearBit(rowBit + k);
+                    volume.labels[centreSample + dz * sliceSamples + dy * rowSamples + k] = label;
+                    if (patch.size() >= maxVoxels) return false;
+                }
             }
-        }
-        ++ring;
-        begin = end;
-        end = patch.size();
-        if (begin == end) return GrowthEnd::Exhausted;
-        if (ring >= maxRings) return GrowthEnd::RingLimit;
-    }
+        return true;
+    };
+    return growRings(patch, maxRings, visit);
 }
 
 } // namespace fault::segmentation::detail

@@ -37,4 +37,32 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
                     core::Array<core::Triplet>& patch, int maxRings, int maxVoxels,
                     double threshold);
 
+class TakeableMask;
+
+// The same growth reading `mask` (which must describe `volume` for `threshold`) instead of
+// the likelihood and label samples, and keeping it in step: every voxel labelled here is
+// cleared in it. Same patch, same labels, same end as growPatch.
+GrowthEnd growPatchMasked(const VolumeView& volume, TakeableMask& mask, core::Triplet seed,
+                          int label, core::Array<core::Triplet>& patch, int maxRings,
+                          int maxVoxels);
+
+// The ring loop shared by both growths. `visit(v)` takes what it may around voxel v and
+// answers false once the patch is full; `patch` holds the labelled seed.
+template <class Visit>
+GrowthEnd growRings(core::Array<core::Triplet>& patch, int maxRings, Visit&& visit)
+{
+    if (maxRings < 1) return GrowthEnd::RingLimit;
+    int begin = 0;  // current ring: patch[begin .. end)
+    int end = patch.size();
+    for (int ring = 0;;) {
+        for (int i = begin; i < end; ++i)
+            if (!visit(core::Triplet(patch[i]))) return GrowthEnd::VoxelLimit;
+        ++ring;
+        begin = end;
+        end = patch.size();
+        if (begin == end) return GrowthEnd::Exhausted;
+        if (ring >= maxRings) return GrowthEnd::RingLimit;
+    }
+}
+
 } // namespace fault::segmentation::detail
