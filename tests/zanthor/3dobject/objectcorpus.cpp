@@ -1,9 +1,9 @@
 #include "objectcorpus.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
+#include <testfiles.h>
 #include <znobjectfile.h>
 #include <znxml.h>
 
@@ -17,16 +17,12 @@ QByteArray withHeaderValue(const QString& key, const QString& value)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("o.zn3d"));
-    QFile f(path);
-    if (!f.open(QIODevice::WriteOnly)) return {};
-    f.write(validFile());
-    f.close();
+    if (!writeFileBytes(path, validFile())) return {};
     ZNObjectFile::Header header;
     if (!ZNObjectFile::readHeader(path, header)) return {};
     header.objectHeader.firstChildElement(key).setAttribute(QStringLiteral("value"), value);
     if (!ZNObjectFile::rewriteHeader(path, header.document)) return {};
-    if (!f.open(QIODevice::ReadOnly)) return {};
-    return f.readAll();
+    return readFileBytes(path);
 }
 } // namespace
 
@@ -56,9 +52,7 @@ QByteArray validFile()
     fill(object, 4);
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("o.zn3d"));
-    if (!object.writeObjectFile(path, kReserve)) return {};
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+    return object.writeObjectFile(path, kReserve) ? readFileBytes(path) : QByteArray();
 }
 
 QList<QPair<QString, QByteArray>> corruptedFiles()
@@ -98,13 +92,9 @@ QString committedDirectory() { return QStringLiteral(KORVALITH_TEST_DATA_DIR "/3
 bool regenerate(const QString& directory)
 {
     QDir().mkpath(directory + QStringLiteral("/corrupt"));
-    auto write = [](const QString& path, const QByteArray& bytes) {
-        QFile f(path);
-        return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
-    };
-    bool ok = write(directory + QStringLiteral("/valid_record4.zn3d"), validFile());
+    bool ok = writeFileBytes(directory + QStringLiteral("/valid_record4.zn3d"), validFile());
     for (const auto& file : corruptedFiles())
-        ok = write(directory + QStringLiteral("/corrupt/") + file.first, file.second) && ok;
+        ok = writeFileBytes(directory + QStringLiteral("/corrupt/") + file.first, file.second) && ok;
     return ok;
 }
 

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 
 #include <3dobject/zn3dobjectdraw.h>
+#include <testfiles.h>
 #include <testservices.h>
 #include <znbytesource.h>
 #include <znobjectfile.h>
@@ -38,19 +39,6 @@ struct Snapshot {
                brush == b.brush && pixelSize == b.pixelSize && recordSize == b.recordSize;
     }
 };
-
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-void writeAll(const QString& path, const QByteArray& bytes)
-{
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    ASSERT_EQ(f.write(bytes), bytes.size());
-}
 
 class ObjectDrawTest : public testing::Test {
 protected:
@@ -85,6 +73,13 @@ private:
     QByteArray m_bytes;
     qint64 m_pos = 0;
 };
+
+// Parses a "ZN3DObjectDraw" header element with the given children into `doc`.
+QDomElement headerElement(QDomDocument& doc, const QString& children)
+{
+    EXPECT_TRUE(doc.setContent(QStringLiteral("<ZN3DObjectDraw>%1</ZN3DObjectDraw>").arg(children)));
+    return doc.documentElement();
+}
 
 } // namespace
 
@@ -134,7 +129,7 @@ TEST_F(ObjectDrawTest, DataBlockIsPointsThenFacettesLittleEndianWithoutCounts)
         ZN3DObjectDraw object;
         objectcorpus::fill(object, recordSize);
         ASSERT_TRUE(object.writeObjectFile(path()));
-        const QByteArray bytes = readAll(path());
+        const QByteArray bytes = readFileBytes(path());
         const qint64 offset = ZNObjectFile::getDataOffset(path());
         const QByteArray data = bytes.mid(offset);
         ASSERT_EQ(data.size(), 5 * 3 * recordSize + 3 * 12);
@@ -222,7 +217,7 @@ TEST_F(ObjectDrawTest, LargeFileReadFailsWithoutOffsetOrFileAndKeepsTheObject)
     ZN3DObjectDraw object;
     objectcorpus::fill(object, 4);
     const Snapshot before(object);
-    writeAll(path(), QByteArray(4000, 'q'));  // no global header: no data offset
+    ASSERT_TRUE(writeFileBytes(path(), QByteArray(4000, 'q')));  // no global header: no data offset
     {
         StderrCapture err;
         EXPECT_FALSE(object.getDataLargeFile(path()));
@@ -332,9 +327,8 @@ TEST(ObjectDrawHeader, WritesItsChildrenInOrder)
 TEST(ObjectDrawHeader, MissingPixelSizeAndRecordSizeTakeTheirDefaults)
 {
     QDomDocument doc;
-    ASSERT_TRUE(doc.setContent(QStringLiteral(
-        "<ZN3DObjectDraw><numberOfPoint value=\"7\"/><numberOffacette value=\"2\"/></ZN3DObjectDraw>")));
-    const QDomElement e = doc.documentElement();
+    const QDomElement e = headerElement(
+        doc, QStringLiteral("<numberOfPoint value=\"7\"/><numberOffacette value=\"2\"/>"));
     ZN3DObjectDraw object;
     object.setPixelSize(core::vec3(3, 3, 3));
     object.setRecordSize(8);
@@ -352,10 +346,9 @@ TEST_F(ObjectDrawTest, HeaderCountsSizeTheNextDataReadOnlyWhenTheFileHoldsThem)
     for (const char* points : {"2147483647", "9", "8", "5", "3"}) {
         SCOPED_TRACE(points);
         QDomDocument doc;
-        ASSERT_TRUE(doc.setContent(QStringLiteral("<ZN3DObjectDraw><numberOfPoint value=\"%1\"/>"
-                                                  "<numberOffacette value=\"0\"/></ZN3DObjectDraw>")
-                                       .arg(QLatin1String(points))));
-        const QDomElement e = doc.documentElement();
+        const QDomElement e = headerElement(
+            doc, QStringLiteral("<numberOfPoint value=\"%1\"/><numberOffacette value=\"0\"/>")
+                     .arg(QLatin1String(points)));
         ZN3DObjectDraw object;
         ASSERT_TRUE(object.getHeader(&e));
         EXPECT_EQ(object.getNumberOfPoints(), 0);  // nothing allocated before the data
@@ -371,10 +364,9 @@ TEST(ObjectDrawHeader, NegativeOrOversizedCountsAreRefusedWithoutChange)
     for (const char* count : {"-1", "2147483648", "12x"}) {
         SCOPED_TRACE(count);
         QDomDocument doc;
-        ASSERT_TRUE(doc.setContent(QStringLiteral("<ZN3DObjectDraw><numberOfPoint value=\"%1\"/>"
-                                                  "<recordSize value=\"8\"/></ZN3DObjectDraw>")
-                                       .arg(QLatin1String(count))));
-        const QDomElement e = doc.documentElement();
+        const QDomElement e = headerElement(
+            doc, QStringLiteral("<numberOfPoint value=\"%1\"/><recordSize value=\"8\"/>")
+                     .arg(QLatin1String(count)));
         ZN3DObjectDraw object;
         objectcorpus::fill(object, 4);
         const Snapshot before(object);
@@ -427,13 +419,13 @@ TEST_F(ObjectDrawTest, HeaderRewriteKeepsTheGeometry)
     ZN3DObjectDraw tight;
     objectcorpus::fill(tight, 8);
     ASSERT_TRUE(tight.writeObjectFile(path(), 0));
-    const QByteArray before = readAll(path());
+    const QByteArray before = readFileBytes(path());
     tight.setWidgetName(QStringLiteral("not in the header"));
     tight.getPoints().add(core::vec3());  // "5" becomes "6": same length, no spare byte
     RecordingEventBus bus;
     EXPECT_FALSE(tight.rewriteObjectHeader(path()));
     EXPECT_EQ(tight.getLastFileError(), ZNObjectFile::ErrorHeaderResize);
-    EXPECT_EQ(readAll(path()), before);
+    EXPECT_EQ(readFileBytes(path()), before);
 }
 
 TEST_F(ObjectDrawTest, CorruptedFilesAreRefusedAndChangeNothing)
@@ -441,7 +433,7 @@ TEST_F(ObjectDrawTest, CorruptedFilesAreRefusedAndChangeNothing)
     int dataReadsTried = 0;
     for (const auto& file : objectcorpus::corruptedFiles()) {
         SCOPED_TRACE(file.first.toStdString());
-        writeAll(path(), file.second);
+        ASSERT_TRUE(writeFileBytes(path(), file.second));
         RecordingEventBus bus;
 
         ZN3DObjectDraw object;
@@ -471,11 +463,11 @@ TEST(ObjectDrawCorpus, CommittedFilesAreThoseTheWriterMakesAndTheValidOneReads)
     if (qEnvironmentVariableIsSet("KORVALITH_REGENERATE_CORPUS")) {
         ASSERT_TRUE(objectcorpus::regenerate(directory));
     }
-    EXPECT_EQ(readAll(directory + QStringLiteral("/valid_record4.zn3d")), objectcorpus::validFile());
+    EXPECT_EQ(readFileBytes(directory + QStringLiteral("/valid_record4.zn3d")), objectcorpus::validFile());
     const auto corrupted = objectcorpus::corruptedFiles();
     EXPECT_EQ(QDir(directory + QStringLiteral("/corrupt")).entryList(QDir::Files).size(), corrupted.size());
     for (const auto& file : corrupted) {
-        EXPECT_EQ(readAll(directory + QStringLiteral("/corrupt/") + file.first), file.second)
+        EXPECT_EQ(readFileBytes(directory + QStringLiteral("/corrupt/") + file.first), file.second)
             << file.first.toStdString();
     }
 

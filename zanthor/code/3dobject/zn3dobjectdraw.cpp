@@ -44,13 +44,6 @@ bool readCount(const QDomElement& e, const QString& key, int& count)
     return true;
 }
 
-// An integer in first..last read from `e`, or `fallback`.
-int readBounded(const QDomElement& e, const QString& key, int fallback, int first, int last)
-{
-    const long long v = ZNXml::readInt(e, key, fallback);
-    return v >= first && v <= last ? static_cast<int>(v) : fallback;
-}
-
 // The names "0", "1", ... of the enumeration values 0..last.
 QStringList numberNames(int last)
 {
@@ -153,11 +146,12 @@ void ZN3DObjectDraw::getHeaderSettings(const QDomElement& parent)
 {
     const QDomElement settings = parent.firstChildElement(kSettings);
     if (!settings.isNull()) {
-        const int width = readBounded(settings, kWidthPen, kDefaultSettingValue, 0, kMaximumEdgeWidth);
-        const int penStyle = readBounded(settings, kStylePen, kDefaultSettingValue, Qt::NoPen,
-                                         ZNStyleIcons::kLastPenStyle);
-        const int brushStyle = readBounded(settings, kStyleBrush, kDefaultSettingValue,
-                                           Qt::NoBrush, ZNStyleIcons::kLastBrushStyle);
+        const int width =
+            ZNXml::readIntInRange(settings, kWidthPen, kDefaultSettingValue, 0, kMaximumEdgeWidth);
+        const int penStyle = ZNXml::readIntInRange(settings, kStylePen, kDefaultSettingValue,
+                                                   Qt::NoPen, ZNStyleIcons::kLastPenStyle);
+        const int brushStyle = ZNXml::readIntInRange(settings, kStyleBrush, kDefaultSettingValue,
+                                                     Qt::NoBrush, ZNStyleIcons::kLastBrushStyle);
         m_pen.setWidth(width);
         m_pen.setStyle(static_cast<Qt::PenStyle>(penStyle));
         if (hasFill()) m_brush.setStyle(static_cast<Qt::BrushStyle>(brushStyle));
@@ -170,8 +164,8 @@ void ZN3DObjectDraw::getHeaderSettings(const QDomElement& parent)
     const double transparency = ZNXml::readDouble(internal, kTransparency, m_transparency);
     if (transparency >= 0.0 && transparency <= 1.0) m_transparency = static_cast<float>(transparency);
     m_hidden = ZNXml::readBool(internal, kIsHidden, m_hidden);
-    const long long id = ZNXml::readInt(internal, kUniqueObjectId, m_uniqueObjectId);
-    if (id >= INT32_MIN && id <= INT32_MAX) m_uniqueObjectId = static_cast<int>(id);
+    m_uniqueObjectId =
+        ZNXml::readIntInRange(internal, kUniqueObjectId, m_uniqueObjectId, INT32_MIN, INT32_MAX);
 }
 
 qint64 ZN3DObjectDraw::getEstimatedFileSize() const
