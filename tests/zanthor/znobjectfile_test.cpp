@@ -231,24 +231,12 @@ TEST_F(ObjectFileTest, HeaderRewriteNeedsOneSpareByteBeforeTheData)
         if (!fits) {
             EXPECT_EQ(readFileBytes(path()), before);
             EXPECT_EQ(object.getLastFileError(), ZNObjectFile::ErrorHeaderResize);
-            EXPECT_TRUE(bus.contains(ZNEventBus::FileError, ZNObjectFile::errorText(0)));
+            const QString text = QStringLiteral(
+                "Error when attempting to resize the header of the file. Please re-save the object.");
+            EXPECT_EQ(object.getLastFileErrorText(), text);
+            EXPECT_TRUE(bus.contains(ZNEventBus::FileError, text));
         }
     }
-}
-
-TEST_F(ObjectFileTest, HeaderRewriteThatDoesNotFitLeavesTheFileUnchanged)
-{
-    NoteObject object;
-    ASSERT_TRUE(object.writeObjectFile(path(), 10));
-    const QByteArray before = readFileBytes(path());
-    object.note = QString(500, QLatin1Char('x'));
-    RecordingEventBus bus;
-    EXPECT_FALSE(object.rewriteObjectHeader(path()));
-    EXPECT_EQ(object.getLastFileError(), ZNObjectFile::ErrorHeaderResize);
-    EXPECT_EQ(object.getLastFileErrorText(),
-              QStringLiteral("Error when attempting to resize the header of the file. "
-                             "Please re-save the object."));
-    EXPECT_EQ(readFileBytes(path()), before);
 }
 
 TEST_F(ObjectFileTest, HeaderRewriteRefusesFilesThatAreNotObjectFilesOrEndBeforeTheirData)
@@ -316,14 +304,6 @@ TEST_F(ObjectFileTest, WriterDestroyedBeforeCommitLeavesNoFile)
         ASSERT_GT(writer.create(doc, 0), 0);
     }
     EXPECT_TRUE(QDir(dir.path()).entryList(QDir::Files).isEmpty());
-}
-
-TEST(ObjectFileErrors, CodesHaveTheirTexts)
-{
-    EXPECT_EQ(ZNObjectFile::errorText(1), QStringLiteral("Error when attempting to open the file."));
-    EXPECT_EQ(ZNObjectFile::errorText(2), QStringLiteral("Error when attempting to write into the file."));
-    EXPECT_TRUE(ZNObjectFile::errorText(3).isEmpty());
-    EXPECT_TRUE(ZNObjectFile::errorText(-1).isEmpty());
 }
 
 TEST(ObjectFilePaths, OnlyPathsOf261CharactersOrMoreGetTheLongPathPrefix)

@@ -197,6 +197,7 @@ TEST_F(ObjectDrawTest, LargeFileReadMatchesTheOrdinaryRead)
 {
     ZN3DObjectDraw source;
     auto& points = source.getPoints();
+    points.reserve(100000);
     for (int i = 0; i < 100000; ++i) points.add(core::vec3(i * 0.5, -i, i * 1e-3));  // > 1 buffer
     ZNFacette f;
     f.index[0] = 99999;
