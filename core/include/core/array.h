@@ -159,7 +159,7 @@ private:
     bool reallocate(int newCapacity)
     {
         T* fresh = newCapacity > 0 && newCapacity <= kMaxCapacity
-                       ? new (std::nothrow) T[static_cast<size_t>(newCapacity)]
+                       ? new (std::nothrow) T[static_cast<size_t>(newCapacity)]()
                        : nullptr;
         if (!CORE_CHECK(fresh != nullptr, "core::Array::reallocate", "core/include/core/array"))
             return false;

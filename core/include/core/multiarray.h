@@ -337,7 +337,7 @@ private:
     // Moves sub-array `arrayIndex` to a fresh buffer of `capacity` default elements.
     bool reallocate(int arrayIndex, int capacity)
     {
-        T* fresh = capacity > 0 ? new (std::nothrow) T[static_cast<size_t>(capacity)] : nullptr;
+        T* fresh = capacity > 0 ? new (std::nothrow) T[static_cast<size_t>(capacity)]() : nullptr;
         if (!CORE_CHECK(fresh != nullptr, "core::MultiArray::reallocate", kSource)) return false;
         const int count = m_countArray[arrayIndex];
         T* old = m_arrays[arrayIndex];

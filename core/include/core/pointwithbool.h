@@ -20,6 +20,13 @@ struct PointWithBool {
     constexpr explicit PointWithBool(const vec3& p, bool flag_ = false)
         : x(p.x), y(p.y), z(p.z), flag(flag_) {}
 
+    // All four fields equal (exact comparison).
+    constexpr bool operator==(const PointWithBool& b) const
+    {
+        return x == b.x && y == b.y && z == b.z && flag == b.flag;
+    }
+    constexpr bool operator!=(const PointWithBool& b) const { return !(*this == b); }
+
     constexpr vec3 position() const { return {x, y, z}; }
     constexpr bool isSeparator() const { return x == kNoValueReal; }
 
