@@ -50,27 +50,6 @@ TEST(ZN3DImage, CheckedAccessRefusesPositionsOutside)
     for (size_t i = 0; i + 1 < image.voxelCount(); ++i) EXPECT_EQ(image.data()[i], 0);
 }
 
-TEST(ZN3DImage, AcceptsOnlyABlocSpaceOfItsOwnSize)
-{
-    ZN3DImage<int> image(3, 2, 1);
-    const georef::BlocSpace moved(3, 2, 1, core::mat4::translation({0.0, 0.0, 7.0}));
-    EXPECT_TRUE(image.setBlocSpace(moved));
-    EXPECT_EQ(image.blocSpace(), moved);
-    EXPECT_FALSE(image.setBlocSpace(georef::BlocSpace(3, 2, 2)));
-    EXPECT_EQ(image.blocSpace(), moved);
-}
-
-TEST(ZN3DImage, ClonesAreDeepCopies)
-{
-    ZN3DImage<int> image(2, 2, 2);
-    image.fill(3);
-    auto copy = image.clone();
-    ASSERT_NE(copy, nullptr);
-    image(0, 0, 0) = 9;
-    EXPECT_EQ((*copy)(0, 0, 0), 3);
-    EXPECT_EQ(copy->blocSpace(), image.blocSpace());
-}
-
 TEST(ZN3DImage, AnImpossibleAllocationGivesANullImageInsteadOfThrowing)
 {
     const ZN3DImage<double> huge(georef::BlocSpace(1 << 20, 1 << 20, 1 << 20));
@@ -97,7 +76,4 @@ TEST(Image, RowsFollowEachOtherAndCheckedAccessRefusesPixelsOutside)
     const img::Image empty(-4, 3);
     EXPECT_TRUE(empty.isEmpty());
     EXPECT_FALSE(empty.isNull());
-    auto copy = image.clone();
-    image.fill(1);
-    EXPECT_EQ((*copy)(2, 1), 4);
 }

@@ -175,13 +175,6 @@ TEST(FaultPatchPropagation, GrowthNeedsALikelihoodStrictlyAboveTheThreshold)
     EXPECT_EQ(g.grow({2, 0, 0}, 5, 1000, 0.5), (std::vector<Triplet>{{2, 0, 0}, {3, 0, 0}}));
 }
 
-TEST(FaultPatchPropagation, TheArrayIsEmptiedBeforeGrowing)
-{
-    Growth g(volume(3, 1, 1, kHigh));
-    g.patch.add({9, 9, 9});
-    EXPECT_EQ(g.grow({0, 0, 0}, 0), (std::vector<Triplet>{{0, 0, 0}}));
-}
-
 TEST(FaultPatchPropagation, UnusableArgumentsAreReportedAndLabelNothing)
 {
     ZN3DImage<float> likelihood = volume(3, 3, 3, kHigh);
