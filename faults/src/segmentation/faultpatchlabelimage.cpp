@@ -100,20 +100,23 @@ private:
 
     void growAndJudge(const core::Triplet& seed, std::size_t seedIndex)
     {
+        // The patch is grown in the mask only; the labels are written once it is kept, so a
+        // rejected patch costs no label writes.
         const detail::GrowthEnd end =
-            detail::growPatchMasked(m_volume, m_mask, seed, m_label, m_patch,
-                                    m_settings.growthIterations, m_settings.maxPatchSize);
+            detail::growPatchMasked(m_mask, seed, m_patch, m_settings.growthIterations,
+                                    m_settings.maxPatchSize);
         const bool bigEnough = m_patch.size() >= m_minPatchSize;
         if (bigEnough && m_settings.maxPlaneDeviation > planeDeviation(m_patch)) {
             accept(seed.z);
             return;
         }
         const bool skipLaterSeeds = !bigEnough && end == detail::GrowthEnd::Exhausted;
-        undo(skipLaterSeeds ? seedIndex : kNoSkip);
+        undo(seedIndex, skipLaterSeeds);
     }
 
     void accept(int z)
     {
+        for (const core::Triplet& v : m_patch) m_volume.labels[m_volume.index(v.x, v.y, v.z)] = m_label;
         ++m_label;
         if (!m_budgetSpent && m_label > m_settings.maxLabelCount) {
             const long long reach = static_cast<long long>(z) + m_settings.growthIterations + 1;
@@ -122,20 +125,21 @@ private:
         }
     }
 
-    // Unlabels the patch. Voxels after `skipAfter` in scan order are marked so that they
-    // seed nothing (kNoSkip: none).
-    void undo(std::size_t skipAfter)
+    // Frees the patch's voxels again. Every voxel but the seed was taken by growth, so
+    // it is above the threshold. With `markLaterSeeds`, the voxels after the seed in scan
+    // order are marked so that they seed nothing.
+    void undo(std::size_t seedIndex, bool markLaterSeeds)
     {
-        for (const core::Triplet& v : m_patch) {
+        const core::Triplet seed = m_patch[0];
+        m_mask.set(seed.x, seed.y, seed.z,
+                   static_cast<double>(m_volume.likelihood[seedIndex]) > m_settings.threshold);
+        for (int k = 1; k < m_patch.size(); ++k) {
+            const core::Triplet& v = m_patch[k];
+            m_mask.set(v.x, v.y, v.z, true);
             const std::size_t i = m_volume.index(v.x, v.y, v.z);
-            m_volume.labels[i] = (skipAfter != kNoSkip && i > skipAfter) ? kKnownTooSmall
-                                                                          : kUnlabelled;
-            m_mask.set(v.x, v.y, v.z,
-                       static_cast<double>(m_volume.likelihood[i]) > m_settings.threshold);
+            if (markLaterSeeds && i > seedIndex) m_volume.labels[i] = kKnownTooSmall;
         }
     }
-
-    static constexpr std::size_t kNoSkip = static_cast<std::size_t>(-1);
 
     detail::VolumeView m_volume;
     ScanSettings m_settings;

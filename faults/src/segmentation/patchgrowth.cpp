@@ -80,22 +80,17 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
     return growRings(patch, maxRings, visit);
 }
 
-GrowthEnd growPatchMasked(const VolumeView& volume, TakeableMask& mask, core::Triplet seed,
-                          int label, core::Array<core::Triplet>& patch, int maxRings,
-                          int maxVoxels)
+GrowthEnd growPatchMasked(TakeableMask& mask, core::Triplet seed,
+                          core::Array<core::Triplet>& patch, int maxRings, int maxVoxels)
 {
-    volume.labels[volume.index(seed.x, seed.y, seed.z)] = label;
     mask.clear(seed.x, seed.y, seed.z);
     patch.clear();
     if (!patch.add(seed)) return GrowthEnd::VoxelLimit;
 
     const std::ptrdiff_t rowBits = mask.rowStride();
     const std::ptrdiff_t sliceBits = mask.sliceStride();
-    const std::ptrdiff_t rowSamples = volume.nx;
-    const std::ptrdiff_t sliceSamples = rowSamples * volume.ny;
     auto visit = [&](const core::Triplet& v) {
         const std::size_t centreBit = mask.bitBefore(v.x, v.y, v.z);
-        const std::size_t centreSample = volume.index(v.x, v.y, v.z) - 1;  // of x - 1
         for (int dz = -1; dz <= 1; ++dz)
             for (int dy = -1; dy <= 1; ++dy) {
                 const std::ptrdiff_t bitShift = dz * sliceBits + dy * rowBits;
@@ -105,7 +100,6 @@ GrowthEnd growPatchMasked(const VolumeView& volume, TakeableMask& mask, core::Tr
                     const int k = lowestBit(row);
                     if (!patch.add(core::Triplet(v.x - 1 + k, v.y + dy, v.z + dz))) return false;
                     mask.clearBit(rowBit + k);
-                    volume.labels[centreSample + dz * sliceSamples + dy * rowSamples + k] = label;
                     if (patch.size() >= maxVoxels) return false;
                 }
             }

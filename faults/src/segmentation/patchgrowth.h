@@ -39,12 +39,13 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
 
 class TakeableMask;
 
-// The same growth reading `mask` (which must describe `volume` for `threshold`) instead of
-// the likelihood and label samples, and keeping it in step: every voxel labelled here is
-// cleared in it. Same patch, same labels, same end as growPatch.
-GrowthEnd growPatchMasked(const VolumeView& volume, TakeableMask& mask, core::Triplet seed,
-                          int label, core::Array<core::Triplet>& patch, int maxRings,
-                          int maxVoxels);
+// The same growth on a mask of takeable voxels alone: the voxels growPatch would label
+// are cleared in `mask` instead, and no label is written. With a mask that describes the
+// volume, the label volume and the threshold, it gives the same patch and the same end
+// as growPatch; the caller writes the labels if it keeps the patch, or sets the bits
+// back if not.
+GrowthEnd growPatchMasked(TakeableMask& mask, core::Triplet seed,
+                          core::Array<core::Triplet>& patch, int maxRings, int maxVoxels);
 
 // The ring loop shared by both growths. `visit(v)` takes what it may around voxel v and
 // answers false once the patch is full; `patch` holds the labelled seed.
