@@ -306,8 +306,8 @@ void reportOutOfCore(const char* self)
     }
     const long base = reset ? before : peakBefore;  // without a reset, the older peak
     const double increase = (peak - base) * 1024.0;
-    std::printf("out-of-core (fault family): %.2f s, %d slices per slab + 3, %d threads\n", seconds, kSlabSlices,
-                threads);
+    std::printf("out-of-core (fault family): %.2f s, %d slices per slab + 3, %d threads\n", seconds,
+                kSlabSlices, threads);
     std::printf("out-of-core: resident before %ld kB, peak %ld kB (peak %s), increase %.1f MB\n",
                 before, peak, reset ? "reset before the run" : "not resettable", increase / 1e6);
     std::printf("out-of-core: one slab (likelihood + labels of %d slices) %.1f MB; "

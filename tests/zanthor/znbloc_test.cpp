@@ -33,7 +33,8 @@ ZN3DImage<T> ramp(int nx, int ny, int nz, int zOffset = 0)
     ZN3DImage<T> image(nx, ny, nz);
     for (int z = 0; z < nz; ++z)
         for (int y = 0; y < ny; ++y)
-            for (int x = 0; x < nx; ++x) image(x, y, z) = static_cast<T>(sampleAt(x, y, z + zOffset));
+            for (int x = 0; x < nx; ++x)
+                image(x, y, z) = static_cast<T>(sampleAt(x, y, z + zOffset));
     return image;
 }
 
@@ -47,7 +48,10 @@ class BlocTest : public testing::Test {
 protected:
     QTemporaryDir dir;
     RecordingEventBus bus;
-    QString path(const QString& name = QStringLiteral("volume.znb")) const { return dir.filePath(name); }
+    QString path(const QString& name = QStringLiteral("volume.znb")) const
+    {
+        return dir.filePath(name);
+    }
 
     // A 4 x 3 x 5 float block of ramp samples whose matrix is surveyMatrix().
     QString writeRamp(int type = ZNBloc::Float32)
@@ -78,7 +82,8 @@ protected:
 
 TEST_F(BlocTest, SlicesWrittenOneByOneReadBackAsABoxWithTheirGeometry)
 {
-    georef::UnitObject units(georef::UnitObject::SpatialFoot, georef::UnitObject::VerticalMillisecond);
+    georef::UnitObject units(georef::UnitObject::SpatialFoot,
+                             georef::UnitObject::VerticalMillisecond);
     const georef::BlocSpace survey(4, 3, 9, surveyMatrix());
     ZNBloc out;
     ASSERT_TRUE(out.create(path(), survey, 2, 7, ZNBloc::Float32, units));
@@ -191,7 +196,8 @@ TEST_F(BlocTest, RealsWithoutAnIntegerValueReadAsNoValueInIntegerImages)
     ASSERT_TRUE(in.open(path()));
     ZN3DImage<int> asInt;
     ASSERT_TRUE(in.readBox(0, 0, 0, 4, 1, 1, asInt));
-    EXPECT_EQ(std::vector<int>(asInt.data(), asInt.data() + 4), (std::vector<int>{-9999, -9999, 3, -7}));
+    EXPECT_EQ(std::vector<int>(asInt.data(), asInt.data() + 4),
+              (std::vector<int>{-9999, -9999, 3, -7}));
 }
 
 TEST_F(BlocTest, ALoweredDepthDropsTheSlicesBeyondIt)
@@ -234,15 +240,17 @@ TEST_F(BlocTest, BoxesAndSlicesOutsideTheBlockAreRefusedAndLeaveTheImageAlone)
     struct Box {
         int x0, y0, z0, cx, cy, cz;
     };
-    for (const Box b : {Box{-1, 0, 0, 1, 1, 1}, Box{0, 0, 0, 5, 3, 5}, Box{0, 2, 0, 4, 2, 1},
-                        Box{0, 0, 5, 4, 3, 1}, Box{0, 0, 0, 0, 3, 5}, Box{3, 0, 0, 2147483647, 1, 1}})
+    for (const Box b :
+         {Box{-1, 0, 0, 1, 1, 1}, Box{0, 0, 0, 5, 3, 5}, Box{0, 2, 0, 4, 2, 1},
+          Box{0, 0, 5, 4, 3, 1}, Box{0, 0, 0, 0, 3, 5}, Box{3, 0, 0, 2147483647, 1, 1}})
         EXPECT_FALSE(in.readBox(b.x0, b.y0, b.z0, b.cx, b.cy, b.cz, image));
     EXPECT_EQ(image.nx(), 1);
     EXPECT_EQ(image(0, 0, 0), 42.0f);
     EXPECT_FALSE(in.writeSlices(0, ramp<float>(4, 3, 1), 0, 1));  // opened for reading
 
     ZNBloc out;
-    ASSERT_TRUE(out.create(path(QStringLiteral("o.znb")), georef::BlocSpace(4, 3, 2), 0, 2, ZNBloc::Int32));
+    ASSERT_TRUE(
+        out.create(path(QStringLiteral("o.znb")), georef::BlocSpace(4, 3, 2), 0, 2, ZNBloc::Int32));
     EXPECT_FALSE(out.writeSlices(0, ramp<int>(3, 3, 1), 0, 1));   // other width
     EXPECT_FALSE(out.writeSlices(2, ramp<int>(4, 3, 1), 0, 1));   // beyond the depth
     EXPECT_FALSE(out.writeSlices(0, ramp<int>(4, 3, 1), 1, 1));   // beyond the image
@@ -294,7 +302,8 @@ TEST_F(BlocTest, CorruptFilesAreRefusedWithoutChangingTheBlock)
         ZNXml::appendString(doc, e, QStringLiteral("ny"), QStringLiteral("3"));
         ZNXml::appendString(doc, e, QStringLiteral("nz"), QStringLiteral("5"));
         ZNXml::appendString(doc, e, QStringLiteral("sampleType"), type);
-        if (!matrix.isEmpty()) ZNXml::appendString(doc, e, QStringLiteral("fromBlocToWorld"), matrix);
+        if (!matrix.isEmpty())
+            ZNXml::appendString(doc, e, QStringLiteral("fromBlocToWorld"), matrix);
         return e;
     };
     const QString identity = QStringLiteral("1 0 0 0 0 1 0 0 0 0 1 0 0 0 0 1");
@@ -313,7 +322,8 @@ TEST_F(BlocTest, CorruptFilesAreRefusedWithoutChangingTheBlock)
         {"missing size", "", "float32", identity, full},
         {"size not a number", "four", "float32", identity, full},
         {"unknown type", "4", "float64", identity, full},
-        {"singular matrix", "4", "float32", QStringLiteral("0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0"), full},
+        {"singular matrix", "4", "float32", QStringLiteral("0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0"),
+         full},
     };
     const QString good = writeRamp();
     for (const Case& c : cases) {

@@ -55,7 +55,8 @@ I toInteger(V v)
         return static_cast<I>(v);
     } else {
         const double r = std::nearbyint(static_cast<double>(v));
-        if (!(r >= double(std::numeric_limits<I>::min()) && r <= double(std::numeric_limits<I>::max())))
+        if (!(r >= double(std::numeric_limits<I>::min()) &&
+              r <= double(std::numeric_limits<I>::max())))
             return static_cast<I>(kNoValue);
         return static_cast<I>(r);
     }
@@ -74,13 +75,16 @@ void decode(const char* raw, int type, std::size_t n, T* out)
 {
     switch (type) {
     case ZNBloc::UInt8:
-        for (std::size_t i = 0; i < n; ++i) out[i] = static_cast<T>(static_cast<unsigned char>(raw[i]));
+        for (std::size_t i = 0; i < n; ++i)
+            out[i] = static_cast<T>(static_cast<unsigned char>(raw[i]));
         break;
     case ZNBloc::Int16:
-        for (std::size_t i = 0; i < n; ++i) out[i] = static_cast<T>(qFromLittleEndian<qint16>(raw + 2 * i));
+        for (std::size_t i = 0; i < n; ++i)
+            out[i] = static_cast<T>(qFromLittleEndian<qint16>(raw + 2 * i));
         break;
     case ZNBloc::Int32:
-        for (std::size_t i = 0; i < n; ++i) out[i] = convert<T>(qFromLittleEndian<qint32>(raw + 4 * i));
+        for (std::size_t i = 0; i < n; ++i)
+            out[i] = convert<T>(qFromLittleEndian<qint32>(raw + 4 * i));
         break;
     default: {
         for (std::size_t i = 0; i < n; ++i) {
@@ -105,10 +109,12 @@ void encode(const T* in, int type, std::size_t n, char* raw)
         }
         break;
     case ZNBloc::Int16:
-        for (std::size_t i = 0; i < n; ++i) qToLittleEndian<qint16>(toInteger<qint16>(in[i]), raw + 2 * i);
+        for (std::size_t i = 0; i < n; ++i)
+            qToLittleEndian<qint16>(toInteger<qint16>(in[i]), raw + 2 * i);
         break;
     case ZNBloc::Int32:
-        for (std::size_t i = 0; i < n; ++i) qToLittleEndian<qint32>(toInteger<qint32>(in[i]), raw + 4 * i);
+        for (std::size_t i = 0; i < n; ++i)
+            qToLittleEndian<qint32>(toInteger<qint32>(in[i]), raw + 4 * i);
         break;
     default:
         for (std::size_t i = 0; i < n; ++i) {
@@ -126,7 +132,8 @@ bool sameLayout(int type)
 {
     const bool littleEndianHost = QSysInfo::ByteOrder == QSysInfo::LittleEndian;
     if (std::is_same_v<T, float>) return littleEndianHost && type == ZNBloc::Float32;
-    if (std::is_same_v<T, int> && sizeof(int) == 4) return littleEndianHost && type == ZNBloc::Int32;
+    if (std::is_same_v<T, int> && sizeof(int) == 4)
+        return littleEndianHost && type == ZNBloc::Int32;
     return false;
 }
 
@@ -140,7 +147,10 @@ void reportReadError(const QString& path)
 ZNBloc::ZNBloc() = default;
 ZNBloc::~ZNBloc() = default;
 
-int ZNBloc::bytesPerSample(int type) { return type >= 0 && type < kTypeCount ? kTypes[type].bytes : 0; }
+int ZNBloc::bytesPerSample(int type)
+{
+    return type >= 0 && type < kTypeCount ? kTypes[type].bytes : 0;
+}
 
 QString ZNBloc::sampleTypeName(int type)
 {
@@ -219,8 +229,9 @@ bool ZNBloc::open(const QString& path)
     }
     m_reader.setFileName(ZNObjectFile::platformPath(path));
     const qint64 slices = nz();
-    const bool fits = sliceBytes() == 0 ||
-                      slices <= (std::numeric_limits<qint64>::max() - header.dataOffset) / sliceBytes();
+    const bool fits =
+        sliceBytes() == 0 ||
+        slices <= (std::numeric_limits<qint64>::max() - header.dataOffset) / sliceBytes();
     if (!fits || !m_reader.open(QIODevice::ReadOnly) ||
         m_reader.size() < header.dataOffset + slices * sliceBytes()) {
         ZNEventBus::sendMessage(ZNEventBus::FileError,
@@ -287,7 +298,8 @@ bool ZNBloc::finishCreated()
     const QByteArray block = ZNObjectFile::globalHeaderBlock(length, m_dataOffset);
     const bool written =
         device->seek(0) && device->write(block) == block.size() && device->write(text) == length &&
-        ZNObjectFile::writeZeros(*device, m_dataOffset - ZNObjectFile::kGlobalHeaderSize - length) &&
+        ZNObjectFile::writeZeros(*device,
+                                 m_dataOffset - ZNObjectFile::kGlobalHeaderSize - length) &&
         file->resize(m_dataOffset + qint64(nz()) * sliceBytes());
     if (!written) {
         m_writer->fail();
@@ -361,8 +373,8 @@ bool ZNBloc::writeSlicesAs(int z, const ZN3DImage<T>& image, int firstImageSlice
 {
     QIODevice* device = m_writer ? m_writer->device() : nullptr;
     const bool usable = device != nullptr && image.nx() == nx() && image.ny() == ny() &&
-                        count > 0 && firstImageSlice >= 0 && count <= image.nz() - firstImageSlice &&
-                        z >= 0 && count <= nz() - z;
+                        count > 0 && firstImageSlice >= 0 &&
+                        count <= image.nz() - firstImageSlice && z >= 0 && count <= nz() - z;
     if (!usable) return false;
     const std::size_t samples = image.sliceSize();
     const bool direct = sameLayout<T>(m_type);
@@ -399,7 +411,8 @@ bool ZNBloc::writeData(QIODevice& file, qint64 offset) const
     std::vector<char> chunk(static_cast<std::size_t>(qMin<qint64>(remaining, kCopyChunk)));
     while (remaining > 0) {
         const qint64 length = qMin<qint64>(remaining, kCopyChunk);
-        if (m_reader.read(chunk.data(), length) != length || file.write(chunk.data(), length) != length)
+        if (m_reader.read(chunk.data(), length) != length ||
+            file.write(chunk.data(), length) != length)
             return false;
         remaining -= length;
     }

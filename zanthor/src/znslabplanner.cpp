@@ -19,7 +19,8 @@ const core::Triplet kNoSlab(core::kNoValue, core::kNoValue, core::kNoValue);
 } // namespace
 
 ZNSlabPlanner::ZNSlabPlanner()
-    : m_budget(static_cast<long long>(kDefaultMemoryFraction * static_cast<double>(physicalMemory())))
+    : m_budget(
+          static_cast<long long>(kDefaultMemoryFraction * static_cast<double>(physicalMemory())))
 {
 }
 

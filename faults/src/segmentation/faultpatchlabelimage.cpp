@@ -105,6 +105,10 @@ private:
         const detail::GrowthEnd end =
             detail::growPatchMasked(m_mask, seed, m_patch, m_settings.growthIterations,
                                     m_settings.maxPatchSize);
+        if (m_patch.empty()) {  // the array could not hold even the seed: nothing grown
+            m_mask.set(seed.x, seed.y, seed.z, isAboveThreshold(seedIndex));
+            return;
+        }
         const bool bigEnough = m_patch.size() >= m_minPatchSize;
         if (bigEnough && m_settings.maxPlaneDeviation > planeDeviation(m_patch)) {
             accept(seed.z);
@@ -114,9 +118,15 @@ private:
         undo(seedIndex, skipLaterSeeds);
     }
 
+    bool isAboveThreshold(std::size_t i) const
+    {
+        return static_cast<double>(m_volume.likelihood[i]) > m_settings.threshold;
+    }
+
     void accept(int z)
     {
-        for (const core::Triplet& v : m_patch) m_volume.labels[m_volume.index(v.x, v.y, v.z)] = m_label;
+        for (const core::Triplet& v : m_patch)
+            m_volume.labels[m_volume.index(v.x, v.y, v.z)] = m_label;
         ++m_label;
         if (!m_budgetSpent && m_label > m_settings.maxLabelCount) {
             const long long reach = static_cast<long long>(z) + m_settings.growthIterations + 1;
@@ -131,8 +141,7 @@ private:
     void undo(std::size_t seedIndex, bool markLaterSeeds)
     {
         const core::Triplet seed = m_patch[0];
-        m_mask.set(seed.x, seed.y, seed.z,
-                   static_cast<double>(m_volume.likelihood[seedIndex]) > m_settings.threshold);
+        m_mask.set(seed.x, seed.y, seed.z, isAboveThreshold(seedIndex));
         for (int k = 1; k < m_patch.size(); ++k) {
             const core::Triplet& v = m_patch[k];
             m_mask.set(v.x, v.y, v.z, true);

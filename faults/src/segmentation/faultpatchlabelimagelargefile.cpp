@@ -95,7 +95,8 @@ bool segmentLargeFile(ZNBloc* likelihood, const QString& outputPath, int& firstS
             ok = false;
             break;
         }
-        ZNEventBus::sendMessage(ZNEventBus::Information, QStringLiteral("k: ") + QString::number(k));
+        ZNEventBus::sendMessage(ZNEventBus::Information,
+                                QStringLiteral("k: ") + QString::number(k));
         const SlabOutcome outcome = processSlab(run, settings, k, std::min(slabDepth, nz - k), end);
         if (outcome == SlabOutcome::Failed) {
             ok = false;

@@ -26,7 +26,10 @@ public:
         return rowStart(y, z) + static_cast<std::size_t>(x);  // x - 1, plus the row's pad
     }
     // Bit distance between (x, y, z) and (x, y + 1, z), and (x, y, z + 1).
-    std::ptrdiff_t rowStride() const { return static_cast<std::ptrdiff_t>(m_wordsPerRow * kWordBits); }
+    std::ptrdiff_t rowStride() const
+    {
+        return static_cast<std::ptrdiff_t>(m_wordsPerRow * kWordBits);
+    }
     std::ptrdiff_t sliceStride() const { return rowStride() * (m_ny + 2); }
 
     // Bits of voxels (x-1, y, z), (x, y, z), (x+1, y, z) as bits 0, 1, 2, where `bit` is
@@ -40,7 +43,10 @@ public:
         return static_cast<uint32_t>(bits & kThreeBits);
     }
     // Clears the bit at position `bit` (bitBefore(x, y, z) + 1 is voxel (x, y, z)).
-    void clearBit(std::size_t bit) { m_words[bit >> kWordShift] &= ~(uint64_t(1) << (bit & kWordMask)); }
+    void clearBit(std::size_t bit)
+    {
+        m_words[bit >> kWordShift] &= ~(uint64_t(1) << (bit & kWordMask));
+    }
     void clear(int x, int y, int z) { clearBit(bitBefore(x, y, z) + 1); }
     void set(int x, int y, int z, bool takeable)
     {
@@ -62,8 +68,9 @@ private:
     // needs a bounds test.
     std::size_t rowStart(int y, int z) const
     {
-        const std::size_t row = static_cast<std::size_t>(y + 1) +
-                                static_cast<std::size_t>(m_ny + 2) * static_cast<std::size_t>(z + 1);
+        const std::size_t row =
+            static_cast<std::size_t>(y + 1) +
+            static_cast<std::size_t>(m_ny + 2) * static_cast<std::size_t>(z + 1);
         return row * m_wordsPerRow * kWordBits;
     }
 

@@ -94,7 +94,8 @@ ZN3DImage<float> noisySheets(int n, unsigned seed, int nx = 0)
     for (int z = 0; z < n; ++z)
         for (int y = 0; y < n; ++y)
             for (int x = 0; x < v.nx(); ++x) {
-                const bool onSheet = std::abs(x % 24 + z / 2 - n / 2) <= 1 || std::abs(y - z - 3) == 0;
+                const bool onSheet =
+                    std::abs(x % 24 + z / 2 - n / 2) <= 1 || std::abs(y - z - 3) == 0;
                 v(x, y, z) = onSheet ? 0.45f + noise(rng) : noise(rng) * 0.85f;
             }
     return v;

@@ -39,7 +39,8 @@ ZN3DImage<float> sheets()
     for (int z = 0; z < kNz; ++z)
         for (int y = 0; y < kNy; ++y)
             for (int x = 0; x < kNx; ++x) {
-                const bool sheet = std::abs(x - z / 2 - 4) <= 1 || std::abs(y + x / 3 - z / 2 - 6) == 0;
+                const bool sheet =
+                    std::abs(x - z / 2 - 4) <= 1 || std::abs(y + x / 3 - z / 2 - 6) == 0;
                 v(x, y, z) = sheet ? 0.42f + noise(rng) : 0.8f * noise(rng);
             }
     return v;
@@ -57,7 +58,8 @@ protected:
     void SetUp() override
     {
         ZNBloc out;
-        ASSERT_TRUE(out.create(path("likelihood.znb"), volume.blocSpace(), 0, kNz, ZNBloc::Float32));
+        ASSERT_TRUE(
+            out.create(path("likelihood.znb"), volume.blocSpace(), 0, kNz, ZNBloc::Float32));
         ASSERT_TRUE(out.writeSlices(0, volume, 0, kNz));
         ASSERT_TRUE(out.close());
         ASSERT_TRUE(input.open(path("likelihood.znb")));
@@ -96,8 +98,8 @@ protected:
 
     // Counts the voxels of output slices [from, to) (input slice numbers) that differ
     // from slab slices starting at slab slice `slabSlice`.
-    static size_t differences(const ZN3DImage<int>& output, int firstSlice, const ZN3DImage<int>& slab,
-                              int slabStart, int from, int to)
+    static size_t differences(const ZN3DImage<int>& output, int firstSlice,
+                              const ZN3DImage<int>& slab, int slabStart, int from, int to)
     {
         size_t count = 0;
         for (int z = from; z < to; ++z)
@@ -233,8 +235,8 @@ TEST_F(LargeFileTest, ABudgetForTheWholeVolumeGivesOneSlab)
 {
     planner.setMemoryBudget(1LL << 30);
     int firstSlice = 0;
-    ASSERT_TRUE(getFaultPatchLabelImageLargeFile(&input, path("labels.znb"), firstSlice,
-                                                 kMaxPatchSize, kDeviation, kRings, kThreshold, -1));
+    ASSERT_TRUE(getFaultPatchLabelImageLargeFile(
+        &input, path("labels.znb"), firstSlice, kMaxPatchSize, kDeviation, kRings, kThreshold, -1));
     int counter = 1;
     const auto whole = segmentSlab(0, kNz, counter, 1000000);
     EXPECT_EQ(differences(readLabels(), 0, *whole, 0, 0, kNz), 0u);

@@ -25,7 +25,8 @@ double naiveDeviation(const core::Array<Triplet>& voxels)
         c += d * d.transpose();
     }
     c /= voxels.size();
-    return std::sqrt(std::max(0.0, Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>(c).eigenvalues()(0)));
+    return std::sqrt(
+        std::max(0.0, Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>(c).eigenvalues()(0)));
 }
 
 core::Array<Triplet> noisyPlane(int side, unsigned seed, int offset = 0)

@@ -19,7 +19,8 @@ inline ZN3DImage<float> volume(int nx, int ny, int nz, float value = kLow)
     return ZN3DImage<float>(georef::BlocSpace(nx, ny, nz), value);
 }
 
-inline void set(ZN3DImage<float>& v, std::initializer_list<core::Triplet> voxels, float value = kHigh)
+inline void set(ZN3DImage<float>& v, std::initializer_list<core::Triplet> voxels,
+                float value = kHigh)
 {
     for (const core::Triplet& t : voxels) v(t.x, t.y, t.z) = value;
 }

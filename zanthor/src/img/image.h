@@ -41,7 +41,10 @@ public:
     T& operator()(int c, int r) { return m_data[index(c, r)]; }
     const T& operator()(int c, int r) const { return m_data[index(c, r)]; }
     // Checked read: `fallback` outside the image.
-    T value(int c, int r, T fallback) const { return contains(c, r) ? m_data[index(c, r)] : fallback; }
+    T value(int c, int r, T fallback) const
+    {
+        return contains(c, r) ? m_data[index(c, r)] : fallback;
+    }
     // Checked write: false (nothing written) outside the image.
     bool setValue(int c, int r, T v)
     {
@@ -54,7 +57,10 @@ public:
     const T* data() const { return m_data.get(); }
     // First sample of row r, or null for r outside 0..height-1.
     T* row(int r) { return r >= 0 && r < m_height ? m_data.get() + index(0, r) : nullptr; }
-    const T* row(int r) const { return r >= 0 && r < m_height ? m_data.get() + index(0, r) : nullptr; }
+    const T* row(int r) const
+    {
+        return r >= 0 && r < m_height ? m_data.get() + index(0, r) : nullptr;
+    }
 
     void fill(T v)
     {
