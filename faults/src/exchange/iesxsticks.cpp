@@ -94,11 +94,18 @@ private:
     }
 
     // X, Y, stick index and Z from the card-image columns; false when they do not parse.
-    static bool fromColumns(const QString& line, double& x, double& y, int& stick, double& z)
+    // A Z too wide for its nine columns (the undefined value written with %9.2f) runs on
+    // to the next blank, and `overflow` then tells that the later columns are shifted.
+    static bool fromColumns(const QString& line, double& x, double& y, int& stick, double& z,
+                            bool& overflow)
     {
-        return line.size() >= kShortLineLength && parseReal(kX.of(line), x) &&
-               parseReal(kY.of(line), y) && parseInteger(kStick.of(line), stick) &&
-               parseReal(kZ.of(line), z);
+        if (line.size() < kShortLineLength) return false;
+        int zEnd = kZ.start + kZ.width;
+        while (zEnd < line.size() && !line[zEnd].isSpace()) ++zEnd;
+        overflow = zEnd != kZ.start + kZ.width;
+        return parseReal(kX.of(line), x) && parseReal(kY.of(line), y) &&
+               parseInteger(kStick.of(line), stick) &&
+               parseReal(line.mid(kZ.start, zEnd - kZ.start), z);
     }
 
     bool fromFields(const QString& line, double& x, double& y, int& stick, double& z,
@@ -118,13 +125,14 @@ private:
     {
         double x = 0.0, y = 0.0, z = 0.0;
         int stick = 0;
-        const bool columns = fromColumns(line, x, y, stick, z);
+        bool overflow = false;
+        const bool columns = fromColumns(line, x, y, stick, z, overflow);
         if (!columns && !fromFields(line, x, y, stick, z, problem)) return false;
         if (std::fabs(z) >= kUndefinedThreshold) return true;
         StickPoint point;
         point.world = worldFromFile(x, y, z);
         int inlineNumber = 0, crosslineNumber = 0;
-        if (columns && line.size() >= kFullLineLength &&
+        if (columns && !overflow && line.size() >= kFullLineLength &&
             kInlineMarker.of(line) == QLatin1String(" I") &&
             parseInteger(kInline.of(line), inlineNumber) &&
             parseInteger(kCrossline.of(line), crosslineNumber)) {
