@@ -24,6 +24,8 @@ constexpr double kFitMargin = 0.92;         // share of the plot the scene may f
 constexpr int kFloorTicks = 5;
 constexpr double kFog = 0.35;               // share of background mixed in at the far end
 constexpr double kOutlineDarkening = 0.55;  // outline colour: fault colour towards black
+constexpr double kFootprintFading = 0.7;    // footprint colour: fault colour towards the floor
+const QColor kFloorColour(246, 246, 243);
 
 // A pinhole camera looking at the scene centre; world y is up.
 struct Camera {
@@ -163,13 +165,40 @@ QPointF screen(const Camera& camera, double east, double y, double north)
     return {s.x, s.y};
 }
 
+// Each fault's vertical projection on the floor, tinted with its colour: the map view
+// laid on the floor, which tells where a fault stands better than perspective alone.
+void drawFootprints(QPainter& painter, const std::vector<FaultMesh>& faults, const Scene& scene,
+                    const Camera& camera, const QColor& floor)
+{
+    QImage layer(painter.device()->width(), painter.device()->height(), QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
+    QPainter footprint(&layer);
+    footprint.setRenderHint(QPainter::Antialiasing);
+    for (const FaultMesh& fault : faults) {
+        const QColor tint = mix(fault.colour, floor, kFootprintFading);
+        footprint.setPen(QPen(tint, 1));
+        footprint.setBrush(tint);
+        const auto& vertices = fault.surface.vertices;
+        const int count = static_cast<int>(vertices.size());
+        for (const auto& tri : fault.surface.triangles) {
+            if (!isValidTriangle(tri, count)) continue;
+            QPointF corners[3];
+            for (int i = 0; i < 3; ++i)
+                corners[i] = screen(camera, vertices[tri[i]].x, scene.floorY, vertices[tri[i]].z);
+            footprint.drawPolygon(corners, 3);
+        }
+    }
+    footprint.end();
+    painter.drawImage(0, 0, layer);
+}
+
 void drawFloor(QPainter& painter, const Scene& scene, const Camera& camera, const PictureStyle& style)
 {
     const double y = scene.floorY;
     const QPointF corners[4] = {screen(camera, scene.east0, y, scene.north0), screen(camera, scene.east1, y, scene.north0),
                                 screen(camera, scene.east1, y, scene.north1), screen(camera, scene.east0, y, scene.north1)};
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(246, 246, 243));
+    painter.setBrush(kFloorColour);
     painter.drawPolygon(corners, 4);
     painter.setPen(QPen(style.faint.darker(108), 1));
     const double eastStep = niceStep(scene.east1 - scene.east0, kFloorTicks);
@@ -327,6 +356,7 @@ QImage renderPerspective(const std::vector<FaultMesh>& faults, const Perspective
     const Scene scene = makeScene(faults, exaggeration);
     const Camera camera = makeCamera(scene, settings, plot);
     drawFloor(painter, scene, camera, style);
+    drawFootprints(painter, faults, scene, camera, kFloorColour);
     drawZAxis(painter, scene, camera, settings, style);
     painter.end();
     drawFaults(image, plot, faults, scene, camera, settings);

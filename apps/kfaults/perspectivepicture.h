@@ -31,7 +31,7 @@ struct PerspectiveSettings {
 // shoulder with Lambert shading on both sides (a fault has no outside), faded towards the
 // background with distance, outlined along its free edges in a darker tone, hidden parts
 // removed by a depth buffer. A floor grid at the deepest Z with easting and northing
-// ticks, a Z axis at the back corner, a legend and a caption with the viewing angles
+// ticks and each fault's footprint tinted with its colour, a Z axis at the back corner, a legend and a caption with the viewing angles
 // and the vertical exaggeration, and a compass complete it. Triangles with an index outside their mesh
 // are skipped. Needs a QGuiApplication for its text; the image has exactly the requested
 // size (a size below 1 counts as 1).

@@ -25,7 +25,8 @@ int scaled(int base, double factor) { return std::max(kMinimumPixels, int(std::l
 
 PictureStyle::PictureStyle(const QSize& size)
 {
-    const double factor = std::min(size.height(), size.width() * 3 / 4) / kReferenceHeight;
+    // Text shrinks slower than the picture so that small pictures stay readable.
+    const double factor = std::sqrt(std::max(1, std::min(size.height(), size.width() * 3 / 4)) / kReferenceHeight);
     titlePixels = scaled(kTitleBase, factor);
     labelPixels = scaled(kLabelBase, factor);
     smallPixels = scaled(kSmallBase, factor);

@@ -58,21 +58,31 @@ TEST(ReportPictures, ADemonstrationSceneRendersAllThreePictures)
         picturetest::planarFault("F2 crossing", faultColour(1), 2200, 2300, 1250, 130, 55, 2600, 1200, 24),
         picturetest::discFault("F3 disc", faultColour(2), 3600, 1000, 1100, 70, 75, 700, 30),
         picturetest::planarFault("F4 antithetic", faultColour(3), 800, 2600, 1300, 190, 65, 2000, 900, 20)};
-    MapViewSettings map;
-    map.verticalUnit = QStringLiteral("ms");
-    PerspectiveSettings perspective;
-    perspective.verticalUnit = QStringLiteral("ms");
     IdImage ids(160, 90);
     for (int row = 0; row < 90; ++row)
         for (int column = 0; column < 160; ++column) {
             const double dx = (column - 80) / 70.0, dy = (row - 45) / 40.0;
             if (dx * dx + dy * dy <= 1.0) ids.set(column, row, 3 + (column / 23) + 7 * (row / 30));
         }
-    const QImage pictures[] = {renderMapView(faults, map), renderPerspective(faults, perspective),
-                               renderUnfolded(ids)};
-    for (const QImage& image : pictures) EXPECT_FALSE(image.isNull());
     const QString keep = picturetest::keepFolder();
-    if (keep.isEmpty()) return;
-    const char* names[] = {"map.png", "perspective.png", "unfolded.png"};
-    for (int i = 0; i < 3; ++i) EXPECT_TRUE(savePng(pictures[i], QDir(keep).filePath(QLatin1String(names[i]))));
+    for (const QSize size : {QSize(1200, 900), QSize(640, 480)}) {
+        MapViewSettings map;
+        map.width = size.width(), map.height = size.height();
+        map.verticalUnit = QStringLiteral("ms");
+        PerspectiveSettings perspective;
+        perspective.width = size.width(), perspective.height = size.height();
+        perspective.verticalUnit = QStringLiteral("ms");
+        UnfoldedSettings unfolded;
+        unfolded.width = size.width(), unfolded.height = size.height();
+        const QImage pictures[] = {renderMapView(faults, map), renderPerspective(faults, perspective),
+                                   renderUnfolded(ids, unfolded)};
+        const char* names[] = {"map", "perspective", "unfolded"};
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(pictures[i].size(), size) << names[i];
+            const QString file = QStringLiteral("%1_%2x%3.png").arg(QLatin1String(names[i])).arg(size.width()).arg(size.height());
+            if (!keep.isEmpty()) {
+                EXPECT_TRUE(savePng(pictures[i], QDir(keep).filePath(file)));
+            }
+        }
+    }
 }
