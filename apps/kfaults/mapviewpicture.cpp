@@ -115,19 +115,14 @@ void drawDepthKey(QPainter& painter, const QRect& area, double shallow, double d
 
 QImage renderMapView(const std::vector<FaultMesh>& faults, const MapViewSettings& settings)
 {
-    QImage image(std::max(1, settings.width), std::max(1, settings.height), QImage::Format_ARGB32_Premultiplied);
-    image.fill(settings.background);
+    QImage image = blankPicture(settings.width, settings.height, settings.background);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     const PictureStyle style(image.size());
-
     const int legendWidth = int(image.width() * kLegendShare);
-    const int titleHeight = style.titlePixels * 2;
-    const int left = style.margin + style.labelPixels * 6;
-    const int bottom = style.margin + style.labelPixels * 4;
-    const QRect plot(left, titleHeight, image.width() - left - legendWidth - style.margin,
-                     image.height() - titleHeight - bottom);
-    drawTitle(painter, QRect(0, 0, image.width(), titleHeight), settings.title, style);
+    const PlotMargins margins{style.margin + style.labelPixels * 6, legendWidth + style.margin,
+                              style.margin + style.labelPixels * 4};
+    const QRect plot = drawFrame(painter, settings.title, margins, style);
     if (plot.width() < 2 || plot.height() < 2) return image;
 
     const MeshBounds bounds = boundsOf(faults);

@@ -337,16 +337,13 @@ double effectiveVerticalExaggeration(const std::vector<FaultMesh>& faults, const
 
 QImage renderPerspective(const std::vector<FaultMesh>& faults, const PerspectiveSettings& settings)
 {
-    QImage image(std::max(1, settings.width), std::max(1, settings.height), QImage::Format_ARGB32_Premultiplied);
-    image.fill(settings.background);
+    QImage image = blankPicture(settings.width, settings.height, settings.background);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     const PictureStyle style(image.size());
     const int legendWidth = int(image.width() * kLegendShare);
-    const int titleHeight = style.titlePixels * 2;
-    const QRect plot(style.margin, titleHeight, image.width() - legendWidth - 2 * style.margin,
-                     image.height() - titleHeight - style.margin);
-    drawTitle(painter, QRect(0, 0, image.width(), titleHeight), settings.title, style);
+    const QRect plot = drawFrame(painter, settings.title,
+                                 PlotMargins{style.margin, legendWidth + style.margin, style.margin}, style);
     if (plot.width() < 2 || plot.height() < 2) return image;
     if (boundsOf(faults).empty) {
         drawNote(painter, plot, QStringLiteral("No fault surface to show"), style);

@@ -44,6 +44,23 @@ QFont PictureStyle::font(int pixelSize, bool bold) const
     return f;
 }
 
+QImage blankPicture(int width, int height, const QColor& background)
+{
+    QImage image(std::max(1, width), std::max(1, height), QImage::Format_ARGB32_Premultiplied);
+    image.fill(background);
+    return image;
+}
+
+QRect drawFrame(QPainter& painter, const QString& title, const PlotMargins& margins, const PictureStyle& style)
+{
+    const int width = painter.device()->width();
+    const int height = painter.device()->height();
+    const int titleHeight = style.titlePixels * 2;
+    drawTitle(painter, QRect(0, 0, width, titleHeight), title, style);
+    return QRect(margins.left, titleHeight, width - margins.left - margins.right,
+                 height - titleHeight - margins.bottom);
+}
+
 double niceStep(double range, int targetCount)
 {
     if (!(range > 0.0) || !std::isfinite(range) || targetCount < 1) return 1.0;

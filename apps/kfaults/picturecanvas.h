@@ -3,6 +3,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QImage>
 #include <QPainter>
 #include <QRect>
 #include <QString>
@@ -26,6 +27,19 @@ struct PictureStyle {
     QColor ink;      // text, frames and ticks
     QColor faint;    // grid lines
 };
+
+// Space kept around a picture's plot, in pixels, besides the title band on top.
+struct PlotMargins {
+    int left = 0;
+    int right = 0;
+    int bottom = 0;
+};
+
+// A `width` x `height` picture (a size below 1 counts as 1) filled with `background`.
+QImage blankPicture(int width, int height, const QColor& background);
+// Draws the title band of `painter`'s picture and returns the plot rectangle that the
+// title and `margins` leave; it may be empty for a tiny picture.
+QRect drawFrame(QPainter& painter, const QString& title, const PlotMargins& margins, const PictureStyle& style);
 
 // A tick step of 1, 2 or 5 times a power of ten giving about `targetCount` intervals
 // over `range`; 1 for a range that is not positive or not finite.

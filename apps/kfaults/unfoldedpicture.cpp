@@ -78,18 +78,14 @@ QColor patchColour(int id)
 
 QImage renderUnfolded(const IdImage& ids, const UnfoldedSettings& settings)
 {
-    QImage image(std::max(1, settings.width), std::max(1, settings.height), QImage::Format_ARGB32_Premultiplied);
-    image.fill(settings.background);
+    QImage image = blankPicture(settings.width, settings.height, settings.background);
     QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
     const PictureStyle style(image.size());
-    const int titleHeight = style.titlePixels * 2;
     const int barWidth = int(image.width() * kBarShare);
-    const int left = style.margin + style.labelPixels * 4;
-    const int bottom = style.margin + style.labelPixels * 4;
-    const QRect area(left, titleHeight, image.width() - left - barWidth - style.margin,
-                     image.height() - titleHeight - bottom);
-    drawTitle(painter, QRect(0, 0, image.width(), titleHeight), settings.title, style);
+    const PlotMargins margins{style.margin + style.labelPixels * 4, barWidth + style.margin,
+                              style.margin + style.labelPixels * 4};
+    const QRect area = drawFrame(painter, settings.title, margins, style);
     if (area.width() < 2 || area.height() < 2) return image;
     if (!ids.isConsistent() || ids.width == 0 || ids.height == 0) {
         painter.setPen(QPen(style.ink, style.lineWidth));

@@ -2,8 +2,7 @@
 
 #include <QRegularExpression>
 
-#include "exchangeio.h"
-#include "sticksetbuilder.h"
+#include "stickfileio.h"
 #include "textfields.h"
 #include "worldaxes.h"
 
@@ -121,25 +120,16 @@ QString formatPoint(const StickPoint& point)
 
 ExchangeStatus readCharismaSticks(const QString& path, StickSet& result, const QString& defaultName)
 {
-    StickSetBuilder builder;
-    CharismaLineParser parser(builder, defaultName);
-    const ExchangeStatus status = readTextLines(
-        path, [&parser](const QString& line, QString& problem) { return parser.parse(line, problem); });
-    if (status) result = builder.take();
-    return status;
+    return readStickFile<CharismaLineParser>(path, result, defaultName);
 }
 
 ExchangeStatus writeCharismaSticks(const QString& path, const StickSet& sticks)
 {
-    return writeTextFile(path, [&sticks](QTextStream& out, QString& problem) {
-        for (const FaultSticks& fault : sticks.faults) {
-            problem = faultNameProblem(fault.name, false);
-            if (!problem.isEmpty()) return false;
-            for (size_t s = 0; s < fault.sticks.size(); ++s) {
-                const int stickNumber = static_cast<int>(s) + 1;
-                for (const StickPoint& point : fault.sticks[s])
-                    out << formatPoint(point) << ' ' << fault.name << ' ' << stickNumber << '\n';
-            }
+    return writeStickFile(path, sticks, false, [](QTextStream& out, const FaultSticks& fault, QString&) {
+        for (size_t s = 0; s < fault.sticks.size(); ++s) {
+            const int stickNumber = static_cast<int>(s) + 1;
+            for (const StickPoint& point : fault.sticks[s])
+                out << formatPoint(point) << ' ' << fault.name << ' ' << stickNumber << '\n';
         }
         return true;
     });

@@ -2,9 +2,8 @@
 
 #include <QHash>
 
-#include "exchangeio.h"
 #include "gocadobjectparser.h"
-#include "sticksetbuilder.h"
+#include "stickfileio.h"
 
 namespace fault::exchange {
 
@@ -157,6 +156,19 @@ private:
     std::vector<double> m_values;
 };
 
+// The GOCAD framing around the PLine body handler, in the shape readStickFile expects.
+class PLineLineParser {
+public:
+    PLineLineParser(StickSetBuilder& builder, const QString& defaultName)
+        : m_handler(builder, defaultName), m_parser(kPLine, m_handler) {}
+    bool parse(const QString& line, QString& problem) { return m_parser.parse(line, problem); }
+    bool finish(QString& problem) const { return m_parser.finish(problem); }
+
+private:
+    PLineHandler m_handler;
+    GocadObjectParser m_parser;
+};
+
 bool carriesLineNumbers(const FaultSticks& fault)
 {
     for (const Stick& stick : fault.sticks)
@@ -190,25 +202,13 @@ void writeFault(QTextStream& out, const FaultSticks& fault, VerticalDomain domai
 
 ExchangeStatus readGocadPLineSticks(const QString& path, StickSet& result, const QString& defaultName)
 {
-    StickSetBuilder builder;
-    PLineHandler handler(builder, defaultName);
-    GocadObjectParser parser(kPLine, handler);
-    ExchangeStatus status = readTextLines(
-        path, [&parser](const QString& line, QString& problem) { return parser.parse(line, problem); });
-    QString problem;
-    if (status && !parser.finish(problem)) status = ExchangeStatus::failure(path, 0, problem);
-    if (status) result = builder.take();
-    return status;
+    return readStickFile<PLineLineParser>(path, result, defaultName);
 }
 
 ExchangeStatus writeGocadPLineSticks(const QString& path, const StickSet& sticks)
 {
-    return writeTextFile(path, [&sticks](QTextStream& out, QString& problem) {
-        for (const FaultSticks& fault : sticks.faults) {
-            problem = faultNameProblem(fault.name, true);
-            if (!problem.isEmpty()) return false;
-            writeFault(out, fault, sticks.domain);
-        }
+    return writeStickFile(path, sticks, true, [&sticks](QTextStream& out, const FaultSticks& fault, QString&) {
+        writeFault(out, fault, sticks.domain);
         return true;
     });
 }

@@ -4,8 +4,7 @@
 
 #include <QRegularExpression>
 
-#include "exchangeio.h"
-#include "sticksetbuilder.h"
+#include "stickfileio.h"
 #include "textfields.h"
 #include "worldaxes.h"
 
@@ -191,35 +190,24 @@ QString dataLine(const StickPoint& point, int stickIndex)
 
 ExchangeStatus readIesxSticks(const QString& path, StickSet& result, const QString& defaultName)
 {
-    StickSetBuilder builder;
-    IesxLineParser parser(builder, defaultName);
-    const ExchangeStatus status = readTextLines(
-        path, [&parser](const QString& line, QString& problem) { return parser.parse(line, problem); });
-    if (status) result = builder.take();
-    return status;
+    return readStickFile<IesxLineParser>(path, result, defaultName);
 }
 
 ExchangeStatus writeIesxSticks(const QString& path, const StickSet& sticks)
 {
-    return writeTextFile(path, [&sticks](QTextStream& out, QString& problem) {
-        for (const FaultSticks& fault : sticks.faults) {
-            problem = faultNameProblem(fault.name, false);
-            if (!problem.isEmpty()) return false;
-            out << headerLine(fault.name, sticks.domain) << '\n'
-                << "SNAPPING PARAMETERS 5     0 1\n";
-            for (size_t s = 0; s < fault.sticks.size(); ++s) {
-                for (const StickPoint& point : fault.sticks[s]) {
-                    const double z = fileFromWorld(point.world).z;
-                    if (!(std::fabs(z) < kZLimit)) {
-                        problem = QStringLiteral("Z %1 of fault %2 does not fit the IESX Z column")
-                                      .arg(z).arg(fault.name);
-                        return false;
-                    }
-                    out << dataLine(point, static_cast<int>(s) + 1) << '\n';
+    return writeStickFile(path, sticks, false, [&sticks](QTextStream& out, const FaultSticks& fault, QString& problem) {
+        out << headerLine(fault.name, sticks.domain) << '\n' << "SNAPPING PARAMETERS 5     0 1\n";
+        for (size_t s = 0; s < fault.sticks.size(); ++s) {
+            for (const StickPoint& point : fault.sticks[s]) {
+                const double z = fileFromWorld(point.world).z;
+                if (!(std::fabs(z) < kZLimit)) {
+                    problem = QStringLiteral("Z %1 of fault %2 does not fit the IESX Z column").arg(z).arg(fault.name);
+                    return false;
                 }
+                out << dataLine(point, static_cast<int>(s) + 1) << '\n';
             }
-            out << "EOD\n";
         }
+        out << "EOD\n";
         return true;
     });
 }

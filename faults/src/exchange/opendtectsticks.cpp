@@ -1,7 +1,6 @@
 #include "opendtectsticks.h"
 
-#include "exchangeio.h"
-#include "sticksetbuilder.h"
+#include "stickfileio.h"
 #include "textfields.h"
 #include "worldaxes.h"
 
@@ -83,30 +82,20 @@ private:
 
 ExchangeStatus readOpendTectSticks(const QString& path, StickSet& result, const QString& defaultName)
 {
-    StickSetBuilder builder;
-    OpendTectLineParser parser(builder, defaultName);
-    const ExchangeStatus status = readTextLines(
-        path, [&parser](const QString& line, QString& problem) { return parser.parse(line, problem); });
-    if (status) result = builder.take();
-    return status;
+    return readStickFile<OpendTectLineParser>(path, result, defaultName);
 }
 
 ExchangeStatus writeOpendTectSticks(const QString& path, const StickSet& sticks)
 {
-    return writeTextFile(path, [&sticks](QTextStream& out, QString& problem) {
-        for (const FaultSticks& fault : sticks.faults) {
-            problem = faultNameProblem(fault.name, true);
-            if (!problem.isEmpty()) return false;
-            const QString quotedName = QLatin1Char('"') + fault.name + QLatin1Char('"');
-            for (size_t s = 0; s < fault.sticks.size(); ++s) {
-                const Stick& stick = fault.sticks[s];
-                for (size_t node = 0; node < stick.size(); ++node) {
-                    const FileCoordinates file = fileFromWorld(stick[node].world);
-                    out << quotedName << '\t' << QString::number(file.x, 'f', kFileDecimals)
-                        << '\t' << QString::number(file.y, 'f', kFileDecimals) << '\t'
-                        << QString::number(file.z, 'f', kFileDecimals) << '\t' << s << '\t'
-                        << node << '\n';
-                }
+    return writeStickFile(path, sticks, true, [](QTextStream& out, const FaultSticks& fault, QString&) {
+        const QString quotedName = QLatin1Char('"') + fault.name + QLatin1Char('"');
+        for (size_t s = 0; s < fault.sticks.size(); ++s) {
+            const Stick& stick = fault.sticks[s];
+            for (size_t node = 0; node < stick.size(); ++node) {
+                const FileCoordinates file = fileFromWorld(stick[node].world);
+                out << quotedName << '\t' << QString::number(file.x, 'f', kFileDecimals) << '\t'
+                    << QString::number(file.y, 'f', kFileDecimals) << '\t'
+                    << QString::number(file.z, 'f', kFileDecimals) << '\t' << s << '\t' << node << '\n';
             }
         }
         return true;
