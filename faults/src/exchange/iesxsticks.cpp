@@ -68,7 +68,7 @@ public:
         const QString trimmed = line.trimmed();
         if (trimmed.isEmpty() || trimmed.startsWith(QLatin1Char('#')) ||
             trimmed.startsWith(QLatin1String("SNAPPING"))) return true;
-        if (line.startsWith(QLatin1String("PROFILE"))) return beginProfile(line);
+        if (trimmed.startsWith(QLatin1String("PROFILE"))) return beginProfile(trimmed);
         if (trimmed.startsWith(QLatin1String("EOD"))) {
             // Some writers put the next data line right after the block's "EOD".
             m_builder.breakStick();

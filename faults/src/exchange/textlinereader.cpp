@@ -36,6 +36,8 @@ bool TextLineReader::next(QString& line)
         return false;
     }
     line = QString::fromUtf8(bytes.constData(), length);
+    // Some Windows tools start their text files with a byte order mark.
+    if (m_lineNumber == 1 && line.startsWith(QChar(0xFEFF))) line.remove(0, 1);
     return true;
 }
 

@@ -7,7 +7,8 @@ namespace fault::exchange {
 // Reads a text file line by line for the exchange readers, treating it as hostile: a
 // line longer than kMaxLineBytes, a NUL byte (a binary file) or a read error stops the
 // reading with a problem text instead of growing without bound. Lines are decoded as
-// UTF-8 and handed over without their end of line ("\n" or "\r\n").
+// UTF-8 and handed over without their end of line ("\n" or "\r\n") and, on the first
+// line, without a byte order mark.
 class TextLineReader {
 public:
     static constexpr qint64 kMaxLineBytes = 1 << 16;

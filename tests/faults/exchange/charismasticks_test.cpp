@@ -113,3 +113,17 @@ TEST(CharismaSticks, ABadLineNamesItsLineAndWhatIsWrong)
         EXPECT_TRUE(bus.contains(ZNEventBus::FileError, status.message));
     }
 }
+
+TEST(CharismaSticks, WindowsLineEndingsAndAByteOrderMarkReadAsTheUnixFile)
+{
+    const QString sample = exchangetest::dataPath("charisma_fault_sticks.txt");
+    QByteArray windows = exchangetest::readBytes(sample);
+    windows.replace("\n", "\r\n");
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("windows.txt"));
+    ASSERT_TRUE(exchangetest::writeBytes(path, "\xEF\xBB\xBF" + windows));
+    StickSet expected, read;
+    ASSERT_TRUE(readCharismaSticks(sample, expected));
+    ASSERT_TRUE(readCharismaSticks(path, read));
+    exchangetest::expectSameSticks(expected, read, 0.0, true);
+}
