@@ -27,7 +27,8 @@ namespace fault::exchange {
 // into one fault) and `result` (replaced; untouched on failure). ATOM lines repeat an
 // earlier vertex; SEG lines must name vertices of their object; inline and crossline
 // come from properties named Inline/ILINE/IL and Crossline/XLINE/XL, a no-data or
-// non-integer value giving -9999. An object without a name is named `defaultName`.
+// non-integer value giving -9999. An object without a name is named `defaultName`. The
+// vertical domain is that of the last object whose Z unit names one.
 ExchangeStatus readGocadPLineSticks(const QString& path, StickSet& result,
                                     const QString& defaultName = QStringLiteral("Unnamed"));
 

@@ -2,9 +2,10 @@
 
 namespace fault::exchange {
 
-// What the Z of an exchange file measures. Formats that do not say leave it Unknown;
-// writers of formats that carry a unit write milliseconds for Time and metres for Depth
-// and Unknown alike (metres), since the numbers are written unchanged either way.
+// What the Z of an exchange file measures. Readers of formats that do not say (Charisma,
+// OpendTect) leave it Unknown. Writers of formats that carry a Z unit write "ms" for Time
+// and "m" for Depth; for Unknown, GOCAD writes "m" (its unit is mandatory) and IESX leaves
+// the unit out. Z values are written unchanged whatever the domain.
 enum class VerticalDomain { Unknown, Time, Depth };
 
 } // namespace fault::exchange
