@@ -8,7 +8,7 @@
 // Inputs of the report pictures: plain triangulated fault surfaces with a colour.
 namespace kfaults {
 
-// One fault to draw: its surface (name, world vertices with y up, triangles; see
+// One fault to draw: its surface (name, world vertices with y the time or depth, triangles; see
 // exchange/worldaxes.h for the axes) and the colour that stands for it in every picture
 // and legend.
 struct FaultMesh {

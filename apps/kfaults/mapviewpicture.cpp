@@ -50,7 +50,7 @@ std::vector<Triangle> trianglesDeepestFirst(const std::vector<FaultMesh>& faults
             const auto& tri = mesh.triangles[t];
             if (!isValidTriangle(tri, count)) continue;
             const double y = (mesh.vertices[tri[0]].y + mesh.vertices[tri[1]].y + mesh.vertices[tri[2]].y) / 3;
-            triangles.push_back({-y, static_cast<int>(f), static_cast<int>(t)});
+            triangles.push_back({y, static_cast<int>(f), static_cast<int>(t)});  // world y is depth
         }
     }
     std::stable_sort(triangles.begin(), triangles.end(),
@@ -143,8 +143,8 @@ QImage renderMapView(const std::vector<FaultMesh>& faults, const MapViewSettings
     drawHorizontalAxis(painter, plot, eastAxis, QStringLiteral("Easting (%1)").arg(settings.horizontalUnit), style);
     drawVerticalAxis(painter, plot, northAxis, QStringLiteral("Northing (%1)").arg(settings.horizontalUnit), style);
 
-    const double shallow = -bounds.high.y;
-    const double deep = -bounds.low.y;
+    const double shallow = bounds.low.y;  // world y grows downward
+    const double deep = bounds.high.y;
     const double depthRange = deep - shallow;
     painter.save();
     painter.setClipRect(plot);

@@ -49,7 +49,9 @@ struct Scene {
     double east0 = 0, east1 = 0, north0 = 0, north1 = 0;  // floor rectangle
 };
 
-core::vec3 exaggerated(const core::vec3& p, double factor) { return {p.x, p.y * factor, p.z}; }
+// Scene space has y up: world y (time or depth, growing downward) is negated, then
+// stretched by the vertical exaggeration.
+core::vec3 exaggerated(const core::vec3& p, double factor) { return {p.x, -p.y * factor, p.z}; }
 
 Camera makeCamera(const Scene& scene, const PerspectiveSettings& settings, const QRect& plot)
 {

@@ -5,12 +5,11 @@
 //
 // Every exchange file in this folder carries map X (easting), map Y (northing) and Z, the
 // vertical coordinate in time or depth, positive downwards. World vectors have y vertical
-// and positive upwards (a fault's normal is turned so that its y is never positive, i.e.
-// it never points up), so the mapping is
+// holding that same time or depth value (see core/conventions.h), so the mapping is
 //
-//     world.x = X        world.y = -Z        world.z = Y
+//     world.x = X        world.y = Z        world.z = Y
 //
-// A stick point at 2000 ms two-way time therefore has world y = -2000. Readers and
+// A stick point at 2000 ms two-way time therefore has world y = 2000. Readers and
 // writers go through these two functions and nothing else. A zero Z gives +0.0, never
 // -0.0, so that files never show "-0.00".
 namespace fault::exchange {
@@ -24,12 +23,12 @@ struct FileCoordinates {
 
 constexpr core::vec3 worldFromFile(double mapX, double mapY, double z)
 {
-    return {mapX, -z + 0.0, mapY};
+    return {mapX, z + 0.0, mapY};
 }
 
 constexpr FileCoordinates fileFromWorld(const core::vec3& world)
 {
-    return {world.x, world.z, -world.y + 0.0};
+    return {world.x, world.z, world.y + 0.0};
 }
 
 } // namespace fault::exchange

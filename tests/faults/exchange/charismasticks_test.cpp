@@ -30,7 +30,7 @@ TEST(CharismaSticks, TheInterpretationPackageSampleIsOneFaultOfFiveSticks)
     EXPECT_EQ(first.inlineNumber, core::kNoValue) << "2147483647 means unknown";
     EXPECT_EQ(first.crosslineNumber, core::kNoValue);
     EXPECT_DOUBLE_EQ(first.world.x, 1011700.73566);
-    EXPECT_DOUBLE_EQ(first.world.y, -2007.76680) << "Z positive down becomes world y positive up";
+    EXPECT_DOUBLE_EQ(first.world.y, 2007.76680) << "Z positive down is world y, which grows downward";
     EXPECT_DOUBLE_EQ(first.world.z, 9483470.13910);
     EXPECT_EQ(set.domain, VerticalDomain::Unknown);
 }

@@ -26,7 +26,7 @@ TEST(GocadPLineSticks, ObjectsPartsPropertiesAtomsAndElevationAreRead)
     const FaultSticks& f2 = set.faults[1];
     EXPECT_EQ(f2.name, QStringLiteral("F2"));
     ASSERT_EQ(f2.sticks.size(), 2u);
-    EXPECT_DOUBLE_EQ(f2.sticks[0][0].world.y, -1400.0) << "ZPOSITIVE Elevation -1400 is Z 1400";
+    EXPECT_DOUBLE_EQ(f2.sticks[0][0].world.y, 1400.0) << "ZPOSITIVE Elevation -1400 is Z 1400";
     ASSERT_EQ(f2.sticks[1].size(), 2u);
     EXPECT_EQ(f2.sticks[1][0].world, f2.sticks[0][1].world) << "ATOM repeats vertex 11";
 }

@@ -43,7 +43,7 @@ TEST(IesxSticks, CardImagesGiveFaultsSticksLineNumbersAndDomain)
     EXPECT_EQ(a.sticks[0].size(), 3u);
     EXPECT_EQ(a.sticks[1][2].inlineNumber, 1004);
     EXPECT_EQ(a.sticks[1][2].crosslineNumber, 2003);
-    EXPECT_DOUBLE_EQ(a.sticks[1][2].world.y, -1610.25);
+    EXPECT_DOUBLE_EQ(a.sticks[1][2].world.y, 1610.25);
     EXPECT_DOUBLE_EQ(a.sticks[1][1].world.x, 456012.5);
     const FaultSticks& b = set.faults[1];
     EXPECT_EQ(b.name, QStringLiteral("Fault B West"));
@@ -116,7 +116,7 @@ TEST(IesxSticks, TabSeparatedRowsAndRowsBeforeAnyProfileAreRead)
     ASSERT_EQ(set.faults.size(), 1u);
     EXPECT_EQ(set.faults[0].name, QStringLiteral("tabs"));
     EXPECT_EQ(set.faults[0].sticks.size(), 2u);
-    EXPECT_DOUBLE_EQ(set.faults[0].sticks[1][0].world.y, -1700.0);
+    EXPECT_DOUBLE_EQ(set.faults[0].sticks[1][0].world.y, 1700.0);
 }
 
 TEST(IesxSticks, ARowThatIsNeitherColumnsNorFieldsIsAnErrorAtItsLine)

@@ -19,7 +19,7 @@ TEST(OpendTectSticks, QuotedUnquotedAndLineNamedRowsAreRead)
     ASSERT_EQ(set.faults[0].sticks.size(), 2u);
     EXPECT_EQ(set.faults[0].sticks[1].size(), 3u);
     EXPECT_DOUBLE_EQ(set.faults[0].sticks[1][1].world.x, 456012.5);
-    EXPECT_DOUBLE_EQ(set.faults[0].sticks[1][1].world.y, -1620.0);
+    EXPECT_DOUBLE_EQ(set.faults[0].sticks[1][1].world.y, 1620.0);
     EXPECT_EQ(set.faults[1].name, QStringLiteral("F2"));
     EXPECT_EQ(set.faults[1].sticks.size(), 1u) << "the trailing 2D line name is not a field of ours";
     EXPECT_EQ(set.faults[2].name, QStringLiteral("North Branch")) << "unquoted name with a space";
