@@ -8,6 +8,7 @@ packages=(
   build-essential cmake pkg-config
   qtbase5-dev libgdal-dev libproj-dev libeigen3-dev libcgal-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  fonts-dejavu-core   # the text of the report pictures
 )
 
 missing=()

@@ -6,7 +6,8 @@
 // - Stick separator: inside one patch's picked-point list, a point whose x is exactly
 //   -9999.0 separates two sticks. Only x is tested.
 // - Index order of grid positions: (inline, crossline, sample), held as (x, y, z) in
-//   block space. In world space the vertical axis is y.
+//   block space. In world space the vertical axis is y and holds the time or depth value,
+//   so it grows downward; x and z are map coordinates (x east, z north).
 // - Angles are returned in degrees unless a name says otherwise.
 // - Matrices are 4x4, row-major, m0..m15 (see mat4.h).
 

@@ -1,0 +1,103 @@
+#include "exchangetesthelpers.h"
+
+#include <QFile>
+
+#include <gtest/gtest.h>
+
+#include <exchange/worldaxes.h>
+
+using namespace fault::exchange;
+
+namespace exchangetest {
+
+QString dataPath(const char* name)
+{
+    return QStringLiteral(KORVALITH_TEST_DATA_DIR "/exchange/") + QLatin1String(name);
+}
+
+StickSet sampleSet(bool withLineNumbers)
+{
+    auto point = [withLineNumbers](double x, double y, double z, int il, int xl) {
+        StickPoint p;
+        p.world = worldFromFile(x, y, z);
+        if (withLineNumbers) {
+            p.inlineNumber = il;
+            p.crosslineNumber = xl;
+        }
+        return p;
+    };
+    StickSet set;
+    set.domain = VerticalDomain::Time;
+    set.faults.push_back({QStringLiteral("Main Fault"),
+                          {{point(456000.25, 6780000.5, 1500.0, 1201, 3301),
+                            point(456010.75, 6780000.5, 1600.125, 1201, 3301),
+                            point(456020.0, 6780000.5, 1700.5, core::kNoValue, core::kNoValue)},
+                           {point(456000.0, 6780100.0, 1510.0, 1205, 3301),
+                            point(456012.5, 6780100.0, 1620.0, 1205, 3302)}}});
+    set.faults.push_back({QStringLiteral("F2"), {{point(457000.0, 6781000.0, 1400.0, 1210, 3302),
+                                                  point(457000.0, 6781000.0, 1450.0, 1210, 3302),
+                                                  point(457010.0, 6781000.0, 1800.0, 1210, 3303)}}});
+    FaultSticks branch{QStringLiteral("North Branch 3"), {}};
+    for (int s = 0; s < 3; ++s)
+        branch.sticks.push_back({point(458000.0 + 50 * s, 6782000.0, 1200.0, 1300 + s, 3400),
+                                 point(458010.0 + 50 * s, 6782000.0, 1250.0, 1300 + s, 3401)});
+    set.faults.push_back(branch);
+    return set;
+}
+
+StickSet markerSet()
+{
+    StickSet set;
+    set.faults.push_back({QStringLiteral("marker"), {{StickPoint{}}}});
+    return set;
+}
+
+bool writeBytes(const QString& path, const QByteArray& bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+QByteArray readBytes(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void expectSameSticks(const StickSet& expected, const StickSet& actual, double tolerance,
+                      bool compareLineNumbers)
+{
+    ASSERT_EQ(actual.faults.size(), expected.faults.size());
+    for (size_t f = 0; f < expected.faults.size(); ++f) {
+        const FaultSticks& e = expected.faults[f];
+        const FaultSticks& a = actual.faults[f];
+        EXPECT_EQ(a.name, e.name);
+        ASSERT_EQ(a.sticks.size(), e.sticks.size()) << e.name.toStdString();
+        for (size_t s = 0; s < e.sticks.size(); ++s) {
+            ASSERT_EQ(a.sticks[s].size(), e.sticks[s].size()) << e.name.toStdString() << " stick " << s;
+            for (size_t p = 0; p < e.sticks[s].size(); ++p) {
+                const StickPoint& ep = e.sticks[s][p];
+                const StickPoint& ap = a.sticks[s][p];
+                EXPECT_NEAR(ap.world.x, ep.world.x, tolerance);
+                EXPECT_NEAR(ap.world.y, ep.world.y, tolerance);
+                EXPECT_NEAR(ap.world.z, ep.world.z, tolerance);
+                EXPECT_EQ(ap.inlineNumber, compareLineNumbers ? ep.inlineNumber : core::kNoValue);
+                EXPECT_EQ(ap.crosslineNumber, compareLineNumbers ? ep.crosslineNumber : core::kNoValue);
+            }
+        }
+    }
+}
+
+void expectSameMesh(const TriangleMesh& expected, const TriangleMesh& actual, double tolerance)
+{
+    EXPECT_EQ(actual.name, expected.name);
+    ASSERT_EQ(actual.vertices.size(), expected.vertices.size());
+    for (size_t i = 0; i < expected.vertices.size(); ++i) {
+        EXPECT_NEAR(actual.vertices[i].x, expected.vertices[i].x, tolerance);
+        EXPECT_NEAR(actual.vertices[i].y, expected.vertices[i].y, tolerance);
+        EXPECT_NEAR(actual.vertices[i].z, expected.vertices[i].z, tolerance);
+    }
+    EXPECT_EQ(actual.triangles, expected.triangles);
+}
+
+} // namespace exchangetest
