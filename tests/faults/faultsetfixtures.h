@@ -5,6 +5,7 @@
 
 #include <core/pointwithbool.h>
 #include <znfaultpatchmanager.h>
+#include <znfaultsurface.h>
 
 namespace fixtures {
 
@@ -57,6 +58,35 @@ struct State {
         return fathers == o.fathers && points == o.points && faultIds == o.faultIds &&
                faultNames == o.faultNames;
     }
+};
+
+// A fault surface standing in for the 3D fault patch: a fixed mesh (possibly none) and
+// the current-fault mark.
+class MeshSurface : public ZNFaultSurface {
+public:
+    explicit MeshSurface(int faultId) : m_faultId(faultId) {}
+    int getFaultSurfaceId() const override { return m_faultId; }
+    void setCurrentFault(bool current) override { m_current = current; }
+    bool isCurrentFault() const override { return m_current; }
+    bool getSurfaceMesh(core::Array<core::vec3>& vertices,
+                        core::Array<core::Triplet>& triangles) const override
+    {
+        if (this->triangles.empty()) {
+            vertices.clear();
+            triangles.clear();
+            return false;
+        }
+        vertices = this->vertices;
+        triangles = this->triangles;
+        return true;
+    }
+
+    core::Array<core::vec3> vertices;
+    core::Array<core::Triplet> triangles;
+
+private:
+    int m_faultId;
+    bool m_current = false;
 };
 
 } // namespace fixtures
