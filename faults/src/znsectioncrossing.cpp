@@ -152,12 +152,28 @@ void crossPanel(const core::Array<core::vec3>& v, const core::Array<core::Triple
     }
 }
 
-// Joins segments that share end points into polylines.
+// Marks in `used` every segment that repeats an earlier one: a crossing along the
+// vertical line of a node between two panels is found by both panels.
+void markRepeatedSegments(const core::Array<Segment>& segments, double tolerance,
+                          core::Array<char>& used)
+{
+    auto near = [tolerance](const core::vec3& p, const core::vec3& q) {
+        return (p - q).length() <= tolerance;
+    };
+    for (int s = 0; s < segments.size(); ++s)
+        for (int k = 0; k < s && !used[s]; ++k)
+            if ((near(segments[k].a, segments[s].a) && near(segments[k].b, segments[s].b)) ||
+                (near(segments[k].a, segments[s].b) && near(segments[k].b, segments[s].a)))
+                used[s] = 1;
+}
+
+// Joins segments that share end points into polylines, each segment used once.
 void chainSegments(const core::Array<Segment>& segments, double tolerance,
                    core::MultiArray<core::vec3>& polylines)
 {
     core::Array<char> used(segments.size());
     used.fill(segments.size(), 0);
+    markRepeatedSegments(segments, tolerance, used);
     auto near = [tolerance](const core::vec3& p, const core::vec3& q) {
         return (p - q).length() <= tolerance;
     };
