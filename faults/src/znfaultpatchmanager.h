@@ -427,6 +427,9 @@ private:
     void appendStick(int patchId, const core::vec3& start, const core::vec3& end);
     // Inserts a descriptor for every patch 1..n-1 that holds a point.
     void insertFaultLightsForPickedPatches();
+    // Applies a per-patch cleaning to every patch of the fault of `faultId`; returns the
+    // total it reports (entries removed), 0 for a bad id.
+    int forEachPatchOfFault(int faultId, int (ZNFaultPatchManager::*perPatch)(int));
     // Removes from patch `patchId` the entries for which `drop(points, count, index)` is
     // true, in one pass that keeps the order; returns how many were removed and moves
     // `*currentIndex` (may be null) along.

@@ -233,22 +233,23 @@ void ZNFaultPatchManager::cleanFaultPicking(int faultId)
     removePickingInterruptionForOneFault(faultId);
 }
 
-int ZNFaultPatchManager::removeIsolatedPointForOneFault(int faultId)
+int ZNFaultPatchManager::forEachPatchOfFault(int faultId, int (ZNFaultPatchManager::*perPatch)(int))
 {
     core::Array<int> fault(16);
     if (!collectFault(faultId, fault)) return 0;
     int removed = 0;
-    for (int id : fault) removed += removeIsolatedPointForOnePatch(id);
+    for (int id : fault) removed += (this->*perPatch)(id);
     return removed;
+}
+
+int ZNFaultPatchManager::removeIsolatedPointForOneFault(int faultId)
+{
+    return forEachPatchOfFault(faultId, &ZNFaultPatchManager::removeIsolatedPointForOnePatch);
 }
 
 int ZNFaultPatchManager::removePickingInterruptionForOneFault(int faultId)
 {
-    core::Array<int> fault(16);
-    if (!collectFault(faultId, fault)) return 0;
-    int removed = 0;
-    for (int id : fault) removed += removePickingInterruptionForOnePatch(id);
-    return removed;
+    return forEachPatchOfFault(faultId, &ZNFaultPatchManager::removePickingInterruptionForOnePatch);
 }
 
 int ZNFaultPatchManager::removeIsolatedPointForAllPatch()

@@ -55,16 +55,6 @@ TEST(FaultDescriptors, InsertedDescriptorsListTheirFaultAndTakeItsSamplingPrecis
     EXPECT_EQ(set.findFaultLight(3), light);
 }
 
-TEST(FaultDescriptors, TheOverloadWithSettingsUsesThemInsteadOfTheTemplate)
-{
-    ZNFaultPatchManager set(3);
-    set.getTemplateFaultLight().setInterpolationSize(21);
-    ZN3DFaultPatchLight settings;
-    settings.setInterpolationSize(33);
-    EXPECT_EQ(set.insertNewFaultLight(1)->getInterpolationSize(), 21);
-    EXPECT_EQ(set.insertNewFaultLight(2, settings)->getInterpolationSize(), 33);
-}
-
 TEST(FaultDescriptors, MergedSamplingTakesTheSmallestStepAndSkipsTheUnsetMarker)
 {
     ZNFaultPatchManager set(5);
@@ -115,17 +105,6 @@ TEST(FaultDescriptors, RemovingDeletesOnlyDescriptorsOfTheList)
     EXPECT_TRUE(set.getFaultLightList().isEmpty());
 }
 
-TEST(FaultDescriptors, RefillingPatchListsFollowsTheCurrentFathers)
-{
-    ZNFaultPatchManager set(5);
-    ZN3DFaultPatchLight* light = set.insertNewFaultLight(1);
-    set.setFather(2, 1);
-    set.initElementListBis();
-    set.fillFaultLightListPatchList();
-    EXPECT_EQ(std::vector<int>(light->getPatchList().begin(), light->getPatchList().end()),
-              (std::vector<int>{1, 2}));
-}
-
 // ----- conversions -----
 
 TEST(FaultSetConversions, EachRowOfPointsBecomesOneFault)
@@ -146,24 +125,6 @@ TEST(FaultSetConversions, EachRowOfPointsBecomesOneFault)
     EXPECT_EQ(set.getFaultLightList()[0]->getTimePrecision(), 12);
     EXPECT_EQ(set.getFaultPatch(2)->getSamplingVect(), V(60, 12, 60));
     EXPECT_TRUE(set.isValid());
-}
-
-TEST(FaultSetConversions, NoRowsStillGiveThePatchToPickIn)
-{
-    ZNFaultPatchManager set{core::MultiArray<core::vec3>(0)};
-    EXPECT_EQ(set.getNumberOfPatch(), 2);
-    EXPECT_TRUE(set.getFaultLightList().isEmpty());
-}
-
-TEST(FaultSetConversions, RowsOfPointsWithUnitsGiveTheUnitsToEveryPatch)
-{
-    core::MultiArray<core::vec3> rows(1);
-    rows.addElement(0, V(1, 2, 3), false);
-    const georef::UnitObject time(georef::UnitObject::SpatialMetre,
-                                  georef::UnitObject::VerticalMillisecond);
-    ZNFaultPatchManager set(rows, time);
-    EXPECT_TRUE(set.getUnitObject(0).isTime());
-    EXPECT_TRUE(set.getUnitObject(1).isTime());
 }
 
 TEST(FaultSetConversions, LinesBecomeTwoPointSticksBetweenSeparators)

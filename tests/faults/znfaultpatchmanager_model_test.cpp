@@ -34,11 +34,6 @@ TEST(FaultSetModel, ANewFaultSetHasTheReservedPatchAndOnePatchToPickIn)
     EXPECT_EQ(set.getFather(1), 1);
     EXPECT_EQ(set.getHistoryLimit(), 100);
     EXPECT_TRUE(set.isValid());
-}
-
-TEST(FaultSetModel, TheObjectTypeFollowsThePickedFlag)
-{
-    ZNFaultPatchManager set;
     set.setPicked(false);
     EXPECT_EQ(set.getZNObjectType(), "ZNFaultPatchManager");
 }
@@ -257,15 +252,6 @@ TEST(FaultSetModel, InitWithResetDropsEveryDescriptorAndWithoutOnlyThoseOutOfRan
     EXPECT_TRUE(set.isValid());
 }
 
-TEST(FaultSetModel, InitBelowOnePatchKeepsTheReservedPatch)
-{
-    StderrCapture err;
-    ZNFaultPatchManager set(0);
-    EXPECT_EQ(set.getNumberOfPatch(), 1);
-    EXPECT_TRUE(set.isValid());
-    EXPECT_TRUE(err.text().contains("assert fail"));
-}
-
 TEST(FaultSetModel, AnAddedPatchIsAnEmptyFaultOfItsOwn)
 {
     ZNFaultPatchManager set;
@@ -292,16 +278,3 @@ TEST(FaultSetModel, TheValidityCheckNamesStaleLinkedLists)
     EXPECT_EQ(why, "list of 2");
 }
 
-TEST(FaultSetModel, UnitsAndCoordinateSystemAreThoseOfTheMiddlePatch)
-{
-    ZNFaultPatchManager set(5);
-    const georef::Crs utm = georef::Crs::fromEpsg(32631);
-    set.setCrs(utm);
-    EXPECT_EQ(set.getCrs(), utm);
-    georef::UnitObject feet(georef::UnitObject::SpatialFoot, georef::UnitObject::VerticalMillisecond);
-    set.getFaultPatch(2)->SetUnitObject(feet);
-    EXPECT_EQ(set.getUnitObjectFromMiddlePatch(), feet);
-    set.SetUnitObjectToAllPatch(georef::UnitObject());
-    EXPECT_EQ(set.getUnitObject(4), georef::UnitObject());
-    EXPECT_EQ(set.getUnitObject(9), georef::UnitObject());
-}

@@ -48,15 +48,6 @@ TEST(FaultPicking, InsertionAcceptsIndicesUpToTheCountOnly)
     EXPECT_EQ(pointsOf(set, 1), (Points{P(0, 0), P(1, 1), P(2, 2), P(3, 3)}));
 }
 
-TEST(FaultPicking, OverwritingAcceptsExistingEntriesOnly)
-{
-    ZNFaultPatchManager set(2);
-    append(set, 1, {P(1, 1)});
-    EXPECT_TRUE(set.setPickedPoint(1, 0, P(5, 5, 5, true)));
-    EXPECT_FALSE(set.setPickedPoint(1, 1, P(6, 6)));
-    EXPECT_EQ(pointsOf(set, 1), (Points{P(5, 5, 5, true)}));
-}
-
 TEST(FaultPicking, RemovingAnyPointUnsetsTheMovingPoint)
 {
     ZNFaultPatchManager set(2);
@@ -154,24 +145,33 @@ TEST(FaultPicking, TheNearestEntryDecidesBetweenTheThreeInsertionModes)
     EXPECT_EQ(set.getNearestPatchIdAndPointId(1, core::vec3(), nullptr), T(kNo, kNo, kNo));
 }
 
-TEST(FaultPicking, AFaultWithoutPointsOffersNoPlace)
-{
-    ZNFaultPatchManager set(2);
+// One fault of two patches: patch 1 holds a stick at x = 0, patch 2 a separator and a
+// stick at x = 10.
+class TwoPatchFault : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        append(set, 1, {P(0, 0), P(0, 10)});
+        append(set, 2, {S, P(10, 0), P(10, 10)});
+        set.setFather(2, 1);
+        set.initElementListBis();
+    }
+    ZNFaultPatchManager set{4};
     OrthographicViewer viewer;
-    EXPECT_EQ(set.getNearestPatchIdAndPointId(1, core::vec3(), &viewer), T(kNo, kNo, kNo));
-    append(set, 1, {S, S});
-    EXPECT_EQ(set.getNearestPatchIdAndPointId(1, core::vec3(), &viewer), T(kNo, kNo, kNo));
+};
+
+TEST_F(TwoPatchFault, PastTheLastStickOfAPatchThePointGoesToTheNextPatch)
+{
+    EXPECT_EQ(set.getNearestPatchIdAndPointId(1, core::vec3(0, 15, 0), &viewer), T(2, 0, 3));
 }
 
-TEST(FaultPicking, PastTheLastStickOfAPatchThePointGoesToTheNextPatchOfTheFault)
+TEST_F(TwoPatchFault, DraggingIntoAnotherPatchOfTheFaultMakesItCurrent)
 {
-    ZNFaultPatchManager set(4);
-    append(set, 1, {P(0, 0), P(0, 10)});
-    append(set, 2, {S, P(10, 0), P(10, 10)});
-    set.setFather(2, 1);
-    set.initElementListBis();
-    OrthographicViewer viewer;
-    EXPECT_EQ(set.getNearestPatchIdAndPointId(1, core::vec3(0, 15, 0), &viewer), T(2, 0, 3));
+    set.insertMovingPointBis(1, core::vec3(10, 5, 0), &viewer);
+    EXPECT_EQ(set.getCurrentPickedFaultId(), 2);
+    EXPECT_EQ(set.getCurrentMovingPointId(), 2);
+    EXPECT_EQ(pointsOf(set, 2), (Points{S, P(10, 0), P(10, 5), P(10, 10)}));
+    EXPECT_TRUE(set.isValid());
 }
 
 // ----- dragging -----
@@ -198,21 +198,6 @@ TEST(FaultPicking, DraggingBeyondAClosedStickGrowsItBeforeItsSeparator)
     set.insertMovingPointBis(1, core::vec3(0, 15, 0), &viewer);
     EXPECT_EQ(pointsOf(set, 1), (Points{P(0, 0), P(0, 10), P(0, 15), S}));
     EXPECT_EQ(set.getCurrentMovingPointId(), 2);
-}
-
-TEST(FaultPicking, DraggingIntoAnotherPatchOfTheFaultMakesItCurrent)
-{
-    ZNFaultPatchManager set(4);
-    append(set, 1, {P(0, 0), P(0, 10)});
-    append(set, 2, {S, P(10, 0), P(10, 10)});
-    set.setFather(2, 1);
-    set.initElementListBis();
-    OrthographicViewer viewer;
-    set.insertMovingPointBis(1, core::vec3(10, 5, 0), &viewer);
-    EXPECT_EQ(set.getCurrentPickedFaultId(), 2);
-    EXPECT_EQ(set.getCurrentMovingPointId(), 2);
-    EXPECT_EQ(pointsOf(set, 2), (Points{S, P(10, 0), P(10, 5), P(10, 10)}));
-    EXPECT_TRUE(set.isValid());
 }
 
 // A fault on the plane x = z, sticks at z = 0 and z = 10; the view shows the section

@@ -63,14 +63,6 @@ TEST(PickingViewer, ASeparatorEndsEverySegment)
     EXPECT_EQ(r.segmentEnd, core::kNoValue);
 }
 
-TEST(PickingViewer, ScreenDistancesFollowTheProjection)
-{
-    OrthographicViewer viewer;
-    viewer.setWorldToScreen(core::mat4::scaling(core::vec3(100, 1, 1)));
-    const std::vector<PointWithBool> list{P(0, 0), P(1, 50)};
-    EXPECT_EQ(nearest(viewer, list, 0, 40).entry, 0) << "x is stretched a hundred times";
-}
-
 TEST(PickingViewer, NoPointsGiveNoEntry)
 {
     OrthographicViewer viewer;
@@ -79,13 +71,9 @@ TEST(PickingViewer, NoPointsGiveNoEntry)
     EXPECT_EQ(viewer.getNearestPoint2D(core::vec2(), nullptr, 4).entry, core::kNoValue);
 }
 
-TEST(PickingViewer, ASectionIsReportedOnlyWhileOneIsShown)
+TEST(RandomLine, TheMapPositionLeavesOutTheVerticalAxis)
 {
-    OrthographicViewer viewer;
-    geom::RandomLine line;
-    EXPECT_FALSE(viewer.getShownRandomLine(line));
-    viewer.setSection(OrthographicViewer::sectionAlongX(3, 0, 10, -1, 1));
-    ASSERT_TRUE(viewer.getShownRandomLine(line));
+    geom::RandomLine line = OrthographicViewer::sectionAlongX(3, 0, 10, -1, 1);
     EXPECT_TRUE(line.isValid());
     EXPECT_EQ(line.mapPosition(core::vec3(1, 2, 3)), core::vec2(1, 3));
     EXPECT_EQ(line.toSpace(core::vec2(1, 3), 2), core::vec3(1, 2, 3));
