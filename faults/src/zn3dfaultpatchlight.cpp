@@ -29,12 +29,10 @@ const QString kShowPickingIntersection = QStringLiteral("ShowPickingIntersection
 constexpr int kOpaqueAlpha = 255;
 constexpr float kChannelScale = 256.0f;  // numerator of the channel formula
 
-// Reads an integer key into `field` when it is present and fits 32 bits.
-void readIntInto(const QDomElement& e, const QString& key, int32_t& field)
+// An integer key that fits 32 bits, or `fallback`.
+int32_t readInt32(const QDomElement& e, const QString& key, int32_t fallback)
 {
-    bool found = false;
-    const long long v = ZNXml::readInt(e, key, field, &found);
-    if (found && v >= INT32_MIN && v <= INT32_MAX) field = static_cast<int32_t>(v);
+    return ZNXml::readIntInRange(e, key, fallback, INT32_MIN, INT32_MAX);
 }
 } // namespace
 
@@ -89,21 +87,14 @@ void ZN3DFaultPatchLight::copy(const ZN3DFaultPatchLight* other, bool withPatchL
 {
     if (!CORE_CHECK(other != nullptr, "ZN3DFaultPatchLight::copy", "faults/src/zn3dfaultpatchlight"))
         return;
-    m_pen = other->m_pen;
-    m_faultId = other->m_faultId;
-    m_faultName = other->m_faultName;
-    m_utmPrecision = other->m_utmPrecision;
-    m_timePrecision = other->m_timePrecision;
-    m_filterSize = other->m_filterSize;
-    m_spare = other->m_spare;
-    m_interpolationSize = other->m_interpolationSize;
-    m_meshingMethod = other->m_meshingMethod;
-    m_drawPickedPoint = other->m_drawPickedPoint;
-    m_drawPickingIntersection = other->m_drawPickingIntersection;
-    m_showPreview = other->m_showPreview;
-    m_transparency = other->m_transparency;
-    m_link = other->m_link;
-    if (withPatchList) m_patchList = other->m_patchList;
+    if (other == this) return;
+    // Every field but the saved flag and, unless asked, the patch list.
+    const bool saved = m_saved;
+    core::Array<int> patchList;
+    if (!withPatchList) patchList.swap(m_patchList);
+    ZN3DFaultPatchLight::operator=(*other);
+    if (!withPatchList) m_patchList.swap(patchList);
+    m_saved = saved;
 }
 
 bool ZN3DFaultPatchLight::IsNamed() const
@@ -134,18 +125,16 @@ void ZN3DFaultPatchLight::getHeader(const QDomElement* header)
     if (!header || header->isNull()) return;
     const QDomElement& e = *header;
     m_pen = ZNXml::readPen(e, kPen, m_pen);
-    readIntInto(e, kFaultId, m_faultId);
+    m_faultId = readInt32(e, kFaultId, m_faultId);
     m_faultName = ZNXml::readString(e, kFaultName, m_faultName);
-    readIntInto(e, kUtmPrecision, m_utmPrecision);
-    readIntInto(e, kTimePrecision, m_timePrecision);
-    readIntInto(e, kFilterSize, m_filterSize);
-    readIntInto(e, kInterpolationSize, m_interpolationSize);
+    m_utmPrecision = readInt32(e, kUtmPrecision, m_utmPrecision);
+    m_timePrecision = readInt32(e, kTimePrecision, m_timePrecision);
+    m_filterSize = readInt32(e, kFilterSize, m_filterSize);
+    m_interpolationSize = readInt32(e, kInterpolationSize, m_interpolationSize);
 
-    // Starts from 0, not from the current value: a header without the key means method
+    // Falls back to 0, not to the current value: a header without the key means method
     // 0. Kept for file compatibility.
-    int32_t meshingMethod = 0;
-    readIntInto(e, kMeshingMethod, meshingMethod);
-    m_meshingMethod = meshingMethod;
+    m_meshingMethod = readInt32(e, kMeshingMethod, 0);
 
     m_drawPickedPoint = ZNXml::readBool(e, kDrawPickedPoint, m_drawPickedPoint);
 

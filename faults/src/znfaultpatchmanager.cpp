@@ -111,15 +111,14 @@ QString ZNFaultPatchManager::getZNObjectType() const
                     : QStringLiteral("ZNFaultPatchManager");
 }
 
-georef::Crs ZNFaultPatchManager::getCrs() const { return getUnitObjectFromMiddlePatch().getCrs(); }
-
-void ZNFaultPatchManager::setCrs(const georef::Crs& crs)
+georef::UnitObject ZNFaultPatchManager::GetUnitObject() const
 {
-    for (ZNFaultPatch& patch : m_patches) {
-        georef::UnitObject units = patch.GetUnitObject();
-        units.setCrs(crs);
-        patch.SetUnitObject(units);
-    }
+    return getUnitObjectFromMiddlePatch();
+}
+
+void ZNFaultPatchManager::SetUnitObject(const georef::UnitObject& unitObject)
+{
+    SetUnitObjectToAllPatch(unitObject);
 }
 
 int ZNFaultPatchManager::addPatch()

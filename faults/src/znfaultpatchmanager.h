@@ -126,10 +126,10 @@ public:
 
     // "ZNPickedFaultPatchManager" for a picked fault set, "ZNFaultPatchManager" otherwise.
     QString getZNObjectType() const override;
-    // The coordinate system of the middle patch's units.
-    georef::Crs getCrs() const override;
-    // Declares `crs` as the coordinate system of every patch.
-    void setCrs(const georef::Crs& crs) override;
+    // The units of the fault set: those of its middle patch (getUnitObjectFromMiddlePatch).
+    georef::UnitObject GetUnitObject() const override;
+    // Gives `unitObject` to every patch (SetUnitObjectToAllPatch).
+    void SetUnitObject(const georef::UnitObject& unitObject) override;
 
     // Checks the invariants: patch 0 exists; point and voxel containers have one
     // sub-array per patch with 0 <= count <= capacity; stamps and links cover every patch;

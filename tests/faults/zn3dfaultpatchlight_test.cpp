@@ -64,6 +64,15 @@ QDomElement headerOf(QDomDocument& doc, const ZN3DFaultPatchLight& d)
     return e;
 }
 
+// Everything the header carries, as text: two descriptors with the same text agree on
+// every written field.
+QString headerText(const ZN3DFaultPatchLight& d)
+{
+    QDomDocument doc;
+    headerOf(doc, d);
+    return doc.toString();
+}
+
 QDomElement parse(QDomDocument& doc, const QString& xml)
 {
     EXPECT_TRUE(doc.setContent(xml));
@@ -143,28 +152,14 @@ TEST(FaultDescriptor, CopyTakesThePatchListOnlyWhenAskedAndNeverTheSavedFlag)
         target.getPatchList().add(42);
         target.setSaved(true);
         target.copy(&source, withPatchList);
-        EXPECT_EQ(target.getPen(), source.getPen());
-        EXPECT_EQ(target.getFaultId(), 12);
-        EXPECT_EQ(target.GetFaultName(), QStringLiteral("North"));
-        EXPECT_EQ(target.getUtmPrecision(), 50);
-        EXPECT_EQ(target.getTimePrecision(), 10);
-        EXPECT_EQ(target.getFilterSize(), 9);
+        EXPECT_EQ(headerText(target), headerText(source));
         EXPECT_EQ(target.getSpare(), 3);
-        EXPECT_EQ(target.getInterpolationSize(), 33);
-        EXPECT_EQ(target.getMeshingMethod(), 0);
-        EXPECT_TRUE(target.getDrawPickedPoint());
-        EXPECT_FALSE(target.getDrawPickingIntersection());
-        EXPECT_FALSE(target.getShowPreview());
-        EXPECT_EQ(target.getTransparency(), 0.25f);
         EXPECT_EQ(target.getLink(), 77u);
         EXPECT_TRUE(target.isSaved());
-        if (withPatchList) {
-            ASSERT_EQ(target.getPatchList().size(), 2);
-            EXPECT_EQ(target.getPatchList()[1], 9);
-        } else {
-            ASSERT_EQ(target.getPatchList().size(), 1);
-            EXPECT_EQ(target.getPatchList()[0], 42);
-        }
+        const QList<int> expected = withPatchList ? QList<int>{5, 9} : QList<int>{42};
+        QList<int> patches;
+        for (int p : target.getPatchList()) patches << p;
+        EXPECT_EQ(patches, expected);
     }
 }
 
@@ -226,28 +221,17 @@ TEST(FaultDescriptorHeader, NameIsWrittenAsItsCompleteBaseName)
 TEST(FaultDescriptorHeader, RoundTripRestoresEverySettingButThePickingIntersection)
 {
     ViewerParameters none({});
-    const ZN3DFaultPatchLight source = customised();
+    const ZN3DFaultPatchLight source = customised();  // picking intersection false
     QDomDocument doc;
-    headerOf(doc, source);
-    QDomDocument reparsed;
-    ASSERT_TRUE(reparsed.setContent(doc.toByteArray()));
-    const QDomElement e = reparsed.documentElement();
+    ASSERT_TRUE(doc.setContent(headerText(source)));
+    const QDomElement e = doc.documentElement();
 
-    ZN3DFaultPatchLight d;  // picking intersection true, saved false
+    ZN3DFaultPatchLight d;
     d.getHeader(&e);
-    EXPECT_EQ(d.getPen(), source.getPen());
-    EXPECT_EQ(d.getFaultId(), 12);
-    EXPECT_EQ(d.GetFaultName(), QStringLiteral("North"));
-    EXPECT_EQ(d.getUtmPrecision(), 50);
-    EXPECT_EQ(d.getTimePrecision(), 10);
-    EXPECT_EQ(d.getFilterSize(), 9);
-    EXPECT_EQ(d.getInterpolationSize(), 33);
-    EXPECT_EQ(d.getMeshingMethod(), 0);
-    EXPECT_TRUE(d.getDrawPickedPoint());
-    EXPECT_FALSE(d.getShowPreview());
-    EXPECT_EQ(d.getTransparency(), 0.25f);
     EXPECT_TRUE(d.getDrawPickingIntersection());  // "0" in the header, not read back
-    EXPECT_EQ(d.getSpare(), 0);                   // never written
+    d.setDrawPickingIntersection(false);
+    EXPECT_EQ(headerText(d), headerText(source));
+    EXPECT_EQ(d.getSpare(), 0);  // never written
     EXPECT_EQ(d.getLink(), 0u);
     EXPECT_TRUE(d.getPatchList().empty());
 }
@@ -257,19 +241,13 @@ TEST(FaultDescriptorHeader, MissingKeysKeepTheirValuesExceptMeshingMethodWhichBe
     ViewerParameters none({});
     ZN3DFaultPatchLight d = customised();
     d.setMeshingMethod(1);
-    const QPen pen = d.getPen();
+    ZN3DFaultPatchLight expected = customised();
+    expected.setMeshingMethod(0);
     QDomDocument doc;
     const QDomElement e = parse(doc, "<ZN3DFaultPatchLight/>");
     d.getHeader(&e);
     EXPECT_EQ(d.getMeshingMethod(), 0);
-    EXPECT_EQ(d.getPen(), pen);
-    EXPECT_EQ(d.getFaultId(), 12);
-    EXPECT_EQ(d.GetFaultName(), QStringLiteral("North"));
-    EXPECT_EQ(d.getUtmPrecision(), 50);
-    EXPECT_EQ(d.getInterpolationSize(), 33);
-    EXPECT_TRUE(d.getDrawPickedPoint());
-    EXPECT_FALSE(d.getShowPreview());
-    EXPECT_EQ(d.getTransparency(), 0.25f);
+    EXPECT_EQ(headerText(d), headerText(expected));
 }
 
 TEST(FaultDescriptorHeader, PickingIntersectionComesFromTheUserViewerParameters)

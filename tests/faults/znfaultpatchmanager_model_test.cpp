@@ -278,3 +278,16 @@ TEST(FaultSetModel, TheValidityCheckNamesStaleLinkedLists)
     EXPECT_EQ(why, "list of 2");
 }
 
+
+TEST(FaultSetModel, TheUnitsOfTheFaultSetAreThoseOfItsMiddlePatch)
+{
+    ZNFaultPatchManager set(5);
+    const georef::UnitObject time(georef::UnitObject::SpatialFoot,
+                                  georef::UnitObject::VerticalMillisecond);
+    set.getFaultPatch(2)->SetUnitObject(time);
+    EXPECT_EQ(set.GetUnitObject(), time);
+    set.SetUnitObject(georef::UnitObject());
+    EXPECT_EQ(set.getUnitObject(2), georef::UnitObject());
+    EXPECT_EQ(set.getUnitObject(4), georef::UnitObject());
+    EXPECT_EQ(set.getUnitObject(9), georef::UnitObject()) << "default units for a bad id";
+}

@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <testfiles.h>
 #include <testservices.h>
 #include <znobject.h>
 #include <znobjectfile.h>
@@ -32,19 +33,6 @@ public:
     }
 };
 
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-void writeAll(const QString& path, const QByteArray& bytes)
-{
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    ASSERT_EQ(f.write(bytes), bytes.size());
-}
-
 // A file whose first 2500 bytes hold `text` zero-padded, followed by `rest`.
 QByteArray withGlobalHeader(const QByteArray& text, const QByteArray& rest = {})
 {
@@ -69,7 +57,7 @@ TEST_F(ObjectFileTest, CreatedFileHasPaddedGlobalHeaderThenHeaderThenZeroReserve
     NoteObject object;
     const qint64 reserve = 300;
     ASSERT_TRUE(object.writeObjectFile(path(), reserve));
-    const QByteArray bytes = readAll(path());
+    const QByteArray bytes = readFileBytes(path());
     const QByteArray header = ZNObjectFile::headerBytes(object.createHeaderDocument());
     const qint64 dataOffset = ZNObjectFile::kGlobalHeaderSize + header.size() + reserve;
 
@@ -160,7 +148,7 @@ TEST_F(ObjectFileTest, DataOffsetOfDamagedGlobalHeadersIsMinusOne)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        writeAll(path(), c.bytes);
+        ASSERT_TRUE(writeFileBytes(path(), c.bytes));
         EXPECT_EQ(ZNObjectFile::getDataOffset(path()), c.expected);
     }
     EXPECT_EQ(ZNObjectFile::getDataOffset(path(QStringLiteral("missing.zno"))), -1);
@@ -185,7 +173,7 @@ TEST_F(ObjectFileTest, DamagedHeadersAreRejectedAndLeaveTheResultUntouched)
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        writeAll(path(), c.bytes);
+        ASSERT_TRUE(writeFileBytes(path(), c.bytes));
         ZNObjectFile::Header header;
         header.type = QStringLiteral("unchanged");
         EXPECT_FALSE(ZNObjectFile::readHeader(path(), header));
@@ -198,14 +186,14 @@ TEST_F(ObjectFileTest, HeaderRewriteThatFitsKeepsTheDataInPlace)
 {
     NoteObject object;
     ASSERT_TRUE(object.writeObjectFile(path(), 200));
-    const QByteArray before = readAll(path());
+    const QByteArray before = readFileBytes(path());
     const qint64 offset = ZNObjectFile::getDataOffset(path());
 
     object.note = QString(150, QLatin1Char('n'));  // grows the header into the reserve
     ASSERT_TRUE(object.rewriteObjectHeader(path()));
     EXPECT_EQ(object.getLastFileError(), -1);
 
-    const QByteArray after = readAll(path());
+    const QByteArray after = readFileBytes(path());
     ASSERT_EQ(after.size(), before.size());
     EXPECT_EQ(after.mid(offset), before.mid(offset));
     EXPECT_EQ(ZNObjectFile::getDataOffset(path()), offset);
@@ -218,7 +206,7 @@ TEST_F(ObjectFileTest, HeaderRewriteThatFitsKeepsTheDataInPlace)
 
     object.note = QStringLiteral("s");  // shrinking zeroes what the longer header left
     ASSERT_TRUE(object.rewriteObjectHeader(path()));
-    EXPECT_EQ(readAll(path()).mid(offset), before.mid(offset));
+    EXPECT_EQ(readFileBytes(path()).mid(offset), before.mid(offset));
     ASSERT_TRUE(ZNObjectFile::readHeader(path(), read));
     EXPECT_EQ(ZNXml::readString(read.objectHeader, QStringLiteral("note")), QStringLiteral("s"));
 }
@@ -230,7 +218,7 @@ TEST_F(ObjectFileTest, HeaderRewriteNeedsOneSpareByteBeforeTheData)
         SCOPED_TRACE(extra);
         NoteObject object;
         ASSERT_TRUE(object.writeObjectFile(path(), 0));
-        const QByteArray before = readAll(path());
+        const QByteArray before = readFileBytes(path());
         const qint64 oldLength = ZNObjectFile::headerBytes(object.createHeaderDocument()).size();
         // With no reserve the data starts right after the old header: a new header
         // `extra` bytes shorter fits only when extra >= 2.
@@ -241,42 +229,30 @@ TEST_F(ObjectFileTest, HeaderRewriteNeedsOneSpareByteBeforeTheData)
         RecordingEventBus bus;
         EXPECT_EQ(object.rewriteObjectHeader(path()), fits);
         if (!fits) {
-            EXPECT_EQ(readAll(path()), before);
+            EXPECT_EQ(readFileBytes(path()), before);
             EXPECT_EQ(object.getLastFileError(), ZNObjectFile::ErrorHeaderResize);
-            EXPECT_TRUE(bus.contains(ZNEventBus::FileError, ZNObjectFile::errorText(0)));
+            const QString text = QStringLiteral(
+                "Error when attempting to resize the header of the file. Please re-save the object.");
+            EXPECT_EQ(object.getLastFileErrorText(), text);
+            EXPECT_TRUE(bus.contains(ZNEventBus::FileError, text));
         }
     }
-}
-
-TEST_F(ObjectFileTest, HeaderRewriteThatDoesNotFitLeavesTheFileUnchanged)
-{
-    NoteObject object;
-    ASSERT_TRUE(object.writeObjectFile(path(), 10));
-    const QByteArray before = readAll(path());
-    object.note = QString(500, QLatin1Char('x'));
-    RecordingEventBus bus;
-    EXPECT_FALSE(object.rewriteObjectHeader(path()));
-    EXPECT_EQ(object.getLastFileError(), ZNObjectFile::ErrorHeaderResize);
-    EXPECT_EQ(object.getLastFileErrorText(),
-              QStringLiteral("Error when attempting to resize the header of the file. "
-                             "Please re-save the object."));
-    EXPECT_EQ(readAll(path()), before);
 }
 
 TEST_F(ObjectFileTest, HeaderRewriteRefusesFilesThatAreNotObjectFilesOrEndBeforeTheirData)
 {
     NoteObject object;
     RecordingEventBus bus;
-    writeAll(path(), QByteArray(5000, 'z'));
+    ASSERT_TRUE(writeFileBytes(path(), QByteArray(5000, 'z')));
     EXPECT_FALSE(object.rewriteObjectHeader(path()));
-    EXPECT_EQ(readAll(path()), QByteArray(5000, 'z'));
+    EXPECT_EQ(readFileBytes(path()), QByteArray(5000, 'z'));
 
     const QByteArray farData = withGlobalHeader(
         "<GlobalHeader><headerSize value=\"10\"/><Version value=\"WithTampon\"/>"
         "<DataOffset value=\"100000000\"/></GlobalHeader>", "0123456789");
-    writeAll(path(), farData);
+    ASSERT_TRUE(writeFileBytes(path(), farData));
     EXPECT_FALSE(object.rewriteObjectHeader(path()));
-    EXPECT_EQ(readAll(path()), farData);
+    EXPECT_EQ(readFileBytes(path()), farData);
 }
 
 TEST_F(ObjectFileTest, OpenFailuresReportCodeOneAndTheOpenMessage)
@@ -305,7 +281,7 @@ TEST_F(ObjectFileTest, FailedDataWriteReportsCodeTwoAndKeepsThePreviousFile)
 {
     NoteObject object;
     ASSERT_TRUE(object.writeObjectFile(path()));
-    const QByteArray before = readAll(path());
+    const QByteArray before = readFileBytes(path());
 
     object.failData = true;
     object.note = QStringLiteral("never saved");
@@ -315,7 +291,7 @@ TEST_F(ObjectFileTest, FailedDataWriteReportsCodeTwoAndKeepsThePreviousFile)
     EXPECT_EQ(object.getLastFileErrorText(),
               QStringLiteral("Error when attempting to write into the file."));
     EXPECT_TRUE(bus.contains(ZNEventBus::FileError, QStringLiteral("Error when writing into ") + path()));
-    EXPECT_EQ(readAll(path()), before);
+    EXPECT_EQ(readFileBytes(path()), before);
     EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files), QStringList{QStringLiteral("object.zno")});
 }
 
@@ -328,14 +304,6 @@ TEST_F(ObjectFileTest, WriterDestroyedBeforeCommitLeavesNoFile)
         ASSERT_GT(writer.create(doc, 0), 0);
     }
     EXPECT_TRUE(QDir(dir.path()).entryList(QDir::Files).isEmpty());
-}
-
-TEST(ObjectFileErrors, CodesHaveTheirTexts)
-{
-    EXPECT_EQ(ZNObjectFile::errorText(1), QStringLiteral("Error when attempting to open the file."));
-    EXPECT_EQ(ZNObjectFile::errorText(2), QStringLiteral("Error when attempting to write into the file."));
-    EXPECT_TRUE(ZNObjectFile::errorText(3).isEmpty());
-    EXPECT_TRUE(ZNObjectFile::errorText(-1).isEmpty());
 }
 
 TEST(ObjectFilePaths, OnlyPathsOf261CharactersOrMoreGetTheLongPathPrefix)

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 
+#include "znbytesource.h"
 #include "zneventbus.h"
 #include "znxml.h"
 
@@ -49,12 +50,17 @@ GlobalHeaderInfo parseGlobalHeader(const QByteArray& block)
     return info;
 }
 
+GlobalHeaderInfo readGlobalHeader(ZNByteSource& file)
+{
+    QByteArray block(ZNObjectFile::kGlobalHeaderSize, '\0');
+    if (!file.seek(0) || !file.read(block.data(), block.size())) return {};
+    return parseGlobalHeader(block);
+}
+
 GlobalHeaderInfo readGlobalHeader(QIODevice& file)
 {
-    if (!file.seek(0)) return {};
-    const QByteArray block = file.read(ZNObjectFile::kGlobalHeaderSize);
-    if (block.size() != ZNObjectFile::kGlobalHeaderSize) return {};
-    return parseGlobalHeader(block);
+    ZNDeviceSource source(file);
+    return readGlobalHeader(source);
 }
 
 void setError(int* error, int code)
@@ -109,6 +115,8 @@ QByteArray ZNObjectFile::globalHeaderBlock(qint64 headerSize, qint64 dataOffset)
 }
 
 qint64 ZNObjectFile::getDataOffset(QIODevice& file) { return readGlobalHeader(file).dataOffset; }
+
+qint64 ZNObjectFile::getDataOffset(ZNByteSource& file) { return readGlobalHeader(file).dataOffset; }
 
 qint64 ZNObjectFile::getDataOffset(const QString& path)
 {

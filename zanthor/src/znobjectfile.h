@@ -6,6 +6,7 @@
 #include <QtGlobal>
 
 class QIODevice;
+class ZNByteSource;
 
 // The object file container. Every persistent object is stored in one file of three
 // regions:
@@ -56,8 +57,10 @@ public:
     // holds sizes that cannot describe a file (negative, or a data offset inside the
     // header). The offset is not checked against the file's size.
     static qint64 getDataOffset(const QString& path);
-    // The same from an open, readable device (read from its start; position changed).
+    // The same from an open, readable device or byte source (read from its start;
+    // position changed).
     static qint64 getDataOffset(QIODevice& file);
+    static qint64 getDataOffset(ZNByteSource& file);
 
     // The XML header of an object file, read without touching the data.
     struct Header {

@@ -41,13 +41,6 @@ int readChoice(const QDomElement& e, const QString& key, int fallback,
     return fallback;
 }
 
-// An integer child of `e` in first..last; `fallback` otherwise.
-int readInRange(const QDomElement& e, const QString& key, int fallback, int first, int last)
-{
-    const long long v = ZNXml::readInt(e, key, fallback);
-    return v >= first && v <= last ? static_cast<int>(v) : fallback;
-}
-
 QString joinReals(const double* values, int n)
 {
     QStringList parts;
@@ -162,6 +155,16 @@ bool readBool(const QDomElement& parent, const QString& key, bool fallback, bool
 
 QString formatDouble(double value) { return QString::number(value, 'g', 17); }
 
+int readIntInRange(const QDomElement& parent, const QString& key, int fallback, int first, int last,
+                   bool* found)
+{
+    bool ok = false;
+    const long long v = readInt(parent, key, fallback, &ok);
+    ok = ok && v >= first && v <= last;
+    if (found) *found = ok;
+    return ok ? static_cast<int>(v) : fallback;
+}
+
 QDomElement appendPen(QDomDocument& doc, QDomElement& parent, const QString& key, const QPen& pen)
 {
     QDomElement e = doc.createElement(key);
@@ -181,7 +184,7 @@ QPen readPen(const QDomElement& parent, const QString& key, const QPen& fallback
     if (e.isNull()) return fallback;
     QPen pen = fallback;
     pen.setColor(readColor(e, fallback.color()));
-    pen.setStyle(static_cast<Qt::PenStyle>(readInRange(e, kStyle, fallback.style(), Qt::NoPen,
+    pen.setStyle(static_cast<Qt::PenStyle>(readIntInRange(e, kStyle, fallback.style(), Qt::NoPen,
                                                        kLastPenStyle)));
     const double width = readDouble(e, kWidth, fallback.widthF());
     pen.setWidthF(width >= 0.0 ? width : fallback.widthF());
@@ -211,7 +214,7 @@ QBrush readBrush(const QDomElement& parent, const QString& key, const QBrush& fa
     const int fallbackStyle = fallback.style() <= kLastBrushStyle ? fallback.style() : Qt::NoBrush;
     QBrush brush(readColor(e, fallback.color()),
                  static_cast<Qt::BrushStyle>(
-                     readInRange(e, kStyle, fallbackStyle, Qt::NoBrush, kLastBrushStyle)));
+                     readIntInRange(e, kStyle, fallbackStyle, Qt::NoBrush, kLastBrushStyle)));
     return brush;
 }
 

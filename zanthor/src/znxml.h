@@ -30,6 +30,10 @@ long long readInt(const QDomElement& parent, const QString& key, long long fallb
 double readDouble(const QDomElement& parent, const QString& key, double fallback,
                   bool* found = nullptr);
 bool readBool(const QDomElement& parent, const QString& key, bool fallback, bool* found = nullptr);
+// An integer in first..last; `fallback` (and `*found` false) when missing, not a number or
+// outside the range.
+int readIntInRange(const QDomElement& parent, const QString& key, int fallback, int first,
+                   int last, bool* found = nullptr);
 
 // Text of a real that reads back to the same binary64 value.
 QString formatDouble(double value);

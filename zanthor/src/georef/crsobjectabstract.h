@@ -1,19 +1,15 @@
 #pragma once
-#include "georef/crs.h"
+#include "georef/unitobject.h"
 
 namespace georef {
 
-// An object whose coordinates are given in a coordinate reference system. The host's
-// conversion tools ask it for its system and hand it a new one after a conversion; how
-// the object stores the system is its own business.
+// An object whose coordinates carry units and a coordinate reference system.
 class CrsObjectAbstract {
 public:
     virtual ~CrsObjectAbstract() = default;
 
-    // The system the object's coordinates are in; empty when it has none.
-    virtual Crs getCrs() const = 0;
-    // Declares the system of the coordinates (it converts nothing).
-    virtual void setCrs(const Crs& crs) = 0;
+    virtual UnitObject GetUnitObject() const = 0;
+    virtual void SetUnitObject(const UnitObject& unitObject) = 0;
 };
 
 } // namespace georef
