@@ -1,0 +1,464 @@
+#pragma once
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <core/array.h>
+#include <core/multiarray.h>
+#include <core/pointwithbool.h>
+#include <core/triplet.h>
+#include <core/vec3.h>
+#include <geom/line.h>
+#include <geom/randomline.h>
+#include <georef/blocspace.h>
+#include <georef/crsobjectabstract.h>
+#include <georef/unitobject.h>
+#include <znobject.h>
+
+#include "zn3dfaultpatchlight.h"
+#include "znfaultpatch.h"
+#include "znfaultstick.h"
+
+class ZNFaultPatchManagerConfig;
+class ZNFaultSurface;
+class ZNPickingViewer;
+
+// The fault set: every patch of one interpretation, the picked points of each patch,
+// the grouping of patches into faults, one descriptor per fault, the picking cursors and
+// the undo history.
+//
+// Patch ids. A patch's index in the patch array is its id. Patch 0 is reserved and never
+// holds picks: every per-patch operation on picked points accepts only ids 1 to
+// getNumberOfPatch() - 1 and answers with a neutral value (0, false, -9999, null, an
+// unchanged list) for any other id.
+//
+// Faults. Each patch record's father is the patch it has been merged into; a patch not
+// merged is its own father. A fault is a tree of patches; its root gives the fault its
+// id, so fault ids are patch ids. The patches of each tree are also kept in a linked
+// list, rebuilt from the fathers by initElementListBis(); setFather() alone does not
+// update it.
+//
+// Picked points. Each patch holds one ordered list; a point whose x is -9999.0 separates
+// two sticks (core/stickrules.h). Points flagged true were added automatically along the
+// section shown in a viewer; they are removed before every hand edit and added again
+// after it.
+//
+// Kinds. A picked fault set (picked flag true) is built point by point; an automatic one
+// (flag false) comes from a label volume and keeps each patch's voxels as byte offsets
+// from the patch's origin.
+//
+// The fault set owns its patch records, points, voxels, descriptors and snapshots. It
+// registers itself with the host's object registry while it lives. It never draws.
+// The implementation is split by concern: znfaultpatchmanager.cpp (model),
+// _faults.cpp (descriptors and conversion constructors), _picking.cpp, _resample.cpp,
+// _history.cpp.
+class ZNFaultPatchManager : public QObject, public ZNObject, public georef::CrsObjectAbstract {
+    Q_OBJECT
+public:
+    static constexpr int kPatchGrowthStep = 100;     // patch and id arrays
+    static constexpr int kPointGrowthStep = 3;       // picked point and voxel sub-arrays
+    static constexpr int kInitialNumberOfPatch = 2;  // the reserved patch and one to pick
+    static constexpr int kDefaultHistoryLimit = 100; // snapshots kept before a new one
+    // Construction parameters of the conversions when none are given.
+    static constexpr int kDefaultUtmPrecision = ZN3DFaultPatchLight::kDefaultUtmPrecision;
+    static constexpr int kDefaultTimePrecision = ZN3DFaultPatchLight::kDefaultTimePrecision;
+
+    // Where getNearestPatchIdAndPointId places a new point (third member of its result).
+    enum InsertionMode {
+        InsertBetween = 1,  // before the entry, between it and the previous one
+        AppendAfter = 2,    // after the last entry of the fault
+        InsertBefore = 3,   // before the entry
+    };
+
+    // ----- construction (znfaultpatchmanager.cpp, conversions in _faults.cpp) -----
+
+    // A picked fault set with the reserved patch 0 and one patch to pick in.
+    ZNFaultPatchManager();
+    // A picked fault set of `numberOfPatch` empty patches (at least 1).
+    explicit ZNFaultPatchManager(int numberOfPatch);
+    // One fault per row of `faults`: row r becomes patch r + 1 with the row's points in
+    // order, a point whose x is -9999.0 separating two sticks. Each patch's sampling
+    // vector is (utmPrecision, timePrecision, utmPrecision), and every row holding at least
+    // one point gets a descriptor named "Unnamed". A fault set has at least two patches.
+    explicit ZNFaultPatchManager(const core::MultiArray<core::vec3>& faults,
+                                 int utmPrecision = kDefaultUtmPrecision,
+                                 int timePrecision = kDefaultTimePrecision);
+    // The same, every patch taking `unitObject`.
+    ZNFaultPatchManager(const core::MultiArray<core::vec3>& faults,
+                        const georef::UnitObject& unitObject,
+                        int utmPrecision = kDefaultUtmPrecision,
+                        int timePrecision = kDefaultTimePrecision);
+    // One fault per row, each line of the row a two-point stick, sticks separated by
+    // separators. New descriptors take the interpolation size.
+    ZNFaultPatchManager(const core::MultiArray<geom::Line>& faults, int utmPrecision,
+                        int timePrecision, int interpolationSize);
+    // The same, the precisions and every other setting (not the colour) taken from
+    // `settings`; null gives the defaults.
+    ZNFaultPatchManager(const core::MultiArray<geom::Line>& faults,
+                        const ZN3DFaultPatchLight* settings);
+    // One fault per row, each stick a two-point stick; a fault takes the name of the
+    // first named stick of its row. Every patch takes `unitObject`.
+    ZNFaultPatchManager(const core::MultiArray<ZNFaultStick>& faults,
+                        const georef::UnitObject& unitObject,
+                        int utmPrecision = kDefaultUtmPrecision,
+                        int timePrecision = kDefaultTimePrecision);
+    // One fault per row of `pickedPoints` from row `firstRow` on (1 skips the reserved
+    // row of another fault set's container): row r becomes patch r - firstRow + 1, its
+    // entries copied as they are, flags included. A negative firstRow counts as 0.
+    ZNFaultPatchManager(int firstRow, const core::MultiArray<core::PointWithBool>& pickedPoints);
+    // A copy of `other`'s model: block space, kind, patches, points, voxels, descriptors,
+    // templates, lock and stored id. The history is empty, no surface is attached and both
+    // cursors are unset.
+    ZNFaultPatchManager(const ZNFaultPatchManager& other);
+    ZNFaultPatchManager& operator=(const ZNFaultPatchManager&) = delete;
+    // Releases everything the fault set owns (descriptors and snapshots included) and
+    // leaves the host's registry. Attached surfaces are not deleted.
+    ~ZNFaultPatchManager() override;
+
+    // Resets the model to `numberOfPatch` empty patches, each its own father (a number
+    // below 1 is reported and taken as 1): registers with the host's registry, empties
+    // points and voxels, makes the set picked and unlocked, unsets both cursors and sets
+    // the history limit to 100. With `resetDescriptors` every fault descriptor is deleted
+    // and the two template descriptors are initialised again (new random colours);
+    // without it, descriptors whose id is no longer a patch id are deleted. The history
+    // is kept: its snapshots no longer match the patch count unless it is unchanged.
+    void init(int numberOfPatch, bool resetDescriptors);
+
+    // "ZNPickedFaultPatchManager" for a picked fault set, "ZNFaultPatchManager" otherwise.
+    QString getZNObjectType() const override;
+    // The units of the fault set: those of its middle patch (getUnitObjectFromMiddlePatch).
+    georef::UnitObject GetUnitObject() const override;
+    // Gives `unitObject` to every patch (SetUnitObjectToAllPatch).
+    void SetUnitObject(const georef::UnitObject& unitObject) override;
+
+    // Checks the invariants: patch 0 exists; point and voxel containers have one
+    // sub-array per patch with 0 <= count <= capacity; stamps and links cover every patch;
+    // every father is a patch id; every linked list ends within the patch count and lists
+    // only patches of its tree; every descriptor has an id 1..n-1; the cursors are unset
+    // or in range; the current snapshot is in the history, which holds at most the limit
+    // plus one. On failure `why` (when given) receives the first broken rule.
+    bool isValid(QString* why = nullptr) const;
+
+    // ----- state -----
+    bool isPicked() const { return m_picked; }
+    void setPicked(bool picked) { m_picked = picked; }
+    bool isLocked() const { return m_locked; }
+    void setLock(bool locked) { m_locked = locked; }
+    const georef::BlocSpace& getBlocSpace() const { return m_blocSpace; }
+    void setBlocSpace(const georef::BlocSpace& blocSpace) { m_blocSpace = blocSpace; }
+    // An id value that travels with the undo snapshots; -9999 until set.
+    int getStoredId() const { return m_storedId; }
+    void setStoredId(int id) { m_storedId = id; }
+
+    // ----- patches -----
+    int getNumberOfPatch() const { return m_patches.size(); }
+    // True for a patch that may hold picks: 1 to getNumberOfPatch() - 1.
+    bool isValidPatchId(int id) const { return id >= 1 && id < m_patches.size(); }
+    // Appends an empty patch (its own father) and returns its id; -9999 when memory ran
+    // out (nothing changed).
+    int addPatch();
+    // The record of patch `id` (0 included), owned by the fault set; null for a bad id.
+    ZNFaultPatch* getFaultPatch(int id) { return m_patches.at(id); }
+    const ZNFaultPatch* getFaultPatch(int id) const { return m_patches.at(id); }
+    // The position of voxel `v` of patch `id` in the grid: (origin x + u, origin y + v,
+    // origin z + w), the first two offsets read unsigned and the third signed (kept for
+    // file compatibility). The origin for a bad id is (-9999, -9999, -9999).
+    core::vec3 getVoxelPosition(int id, const core::ByteTriplet& v) const;
+    // The voxels of every patch (automatic fault sets), one sub-array per patch.
+    core::MultiArray<core::ByteTriplet>& getPatchVoxels() { return m_patchVoxels; }
+    const core::MultiArray<core::ByteTriplet>& getPatchVoxels() const { return m_patchVoxels; }
+    // The picked points of every patch, one sub-array per patch (read only: edits go
+    // through the picking operations so that cursors stay right).
+    const core::MultiArray<core::PointWithBool>& getPickedPoints() const { return m_pickedPoints; }
+    // Units of patch `id`; the default units for a bad id.
+    georef::UnitObject getUnitObject(int id) const;
+    // Units of patch getNumberOfPatch() / 2.
+    georef::UnitObject getUnitObjectFromMiddlePatch() const;
+    void SetUnitObjectToAllPatch(const georef::UnitObject& unitObject);
+
+    // ----- patch tree -----
+
+    // Root of `id`'s tree: the first patch met from `id` through fathers that is its own
+    // father. An id >= getNumberOfPatch() is returned as it is, and so is the out-of-range
+    // id a broken father link leads to. A walk longer than the patch count (a father
+    // cycle) is reported and stops where it is.
+    int getFather(int id) const;
+    // Sets the father of `id` (ignored for an id outside the array); the father is not
+    // checked. Call initElementListBis() after a batch of changes.
+    void setFather(int id, int father);
+    // The root found by repeated walks: each walk goes through fathers until a patch that
+    // is its own father or an id beyond the array, and the next walk starts where the last
+    // one ended, until a walk ends where it started. Same root as getFather for a
+    // well-formed tree; bounded by the patch count like getFather.
+    int getInitialFather(int id) const;
+    // Rebuilds the linked list of every tree from the fathers: root first, then the other
+    // patches in increasing id order. Patch 0 and the last patch are never linked.
+    void initElementListBis();
+    // Every patch of the fault that contains `id`, appended to `list` (emptied first with
+    // `clearFirst`). An id outside the array adds nothing; patch 0 and the last patch add
+    // themselves only, and so does a patch whose root is one of them or lies outside the
+    // array. A linked list that does not end within the patch count sends "Loop in
+    // getPatchListWithLinkedList" (kind 1) and the walk stops.
+    void getPatchListWithLinkedList(int id, core::Array<int>& list, bool clearFirst) const;
+    // The patches of every fault that contains one of `patches`, each fault once, in the
+    // order the faults are first met; ids outside the array are skipped. `list` is
+    // replaced. Uses the visit stamps.
+    void getPatchListInsideFault(const core::Array<int>& patches, core::Array<int>& list);
+    // Starts a traversal: the current stamp + 1, returned. A patch whose stamp equals the
+    // current stamp is visited, one whose stamp equals minus the current stamp is queued.
+    int incrementCurrentIndex();
+    int getCurrentIndex() const { return m_currentStamp; }
+    // Scratch output of the queries above and of the undo machinery.
+    core::Array<int>& getWorkingPatchList() { return m_workingPatchList; }
+
+    // ----- counts -----
+
+    // Entries of patch `id`'s list, separators included; 0 for a bad id; -9999 when the
+    // point container has no count array.
+    int getNumberOfPickedPoint(int id) const;
+    // Entries that are not separators; 0 for a bad id or an empty list.
+    int getNumberOfValidPickedPoint(int id) const;
+    // Number of patches whose list is not empty. Refreshes, as callers rely on, the point
+    // count of each such patch's record to its number of entries.
+    int getNumberOfValidPatch();
+    // Entries of every patch of the fault that contains `faultId`; 0 for a bad id.
+    int getNumberOfFaultPickedPoint(int faultId) const;
+
+    // ----- patch parameters -----
+
+    // Recomputes every patch record from its points. A patch that holds both picked
+    // points and voxels sends "Pb with picked patch" (kind 1) and is treated as picked. An
+    // automatic patch accumulates its voxel positions (getVoxelPosition), a picked one its
+    // hand-picked points (updatePickedPatchParameters). Other fields are kept.
+    void computePatchParameters();
+    // Record of patch `id` (0 included) recomputed from its hand-picked points;
+    // separators and automatic points are not counted (automatic points repeat the same
+    // surface). Ignored for an id outside the array.
+    void updatePickedPatchParameters(int id);
+
+    // ----- fault descriptors (_faults.cpp) -----
+
+    // A new descriptor, owned by the caller, with every setting of `settings` (the
+    // defaults for null) but its own random pen colour, no link, not saved, id `faultId`,
+    // and an empty patch list.
+    ZN3DFaultPatchLight* createNewFaultLight(int faultId, const ZN3DFaultPatchLight* settings) const;
+    // createNewFaultLight with the template descriptor, then inserted. Returns the
+    // descriptor (owned by the fault set), null when it was refused.
+    ZN3DFaultPatchLight* insertNewFaultLight(int faultId);
+    // The same with the given settings.
+    ZN3DFaultPatchLight* insertNewFaultLight(int faultId, const ZN3DFaultPatchLight& settings);
+    // Takes ownership of `light` and appends it after filling its patch list with the
+    // patches of its fault and setting its UTM precision to the integer part of the
+    // smaller of the first and third components of their merged sampling vector, and its
+    // time precision to that of the second. Null is ignored (false); a descriptor whose id
+    // is not a patch id 1..n-1 is deleted and false returned.
+    bool insertNewFaultLight(ZN3DFaultPatchLight* light);
+    // The first descriptor in list order whose id is `faultId`; null when there is none
+    // or the id is not 1..n-1. Owned by the fault set.
+    ZN3DFaultPatchLight* findFaultLight(int faultId) const;
+    // Deletes the descriptor found by findFaultLight(faultId), if any.
+    void removeFaultLight(int faultId);
+    // Removes `light` from the list and deletes it; a pointer not in the list is ignored.
+    void removeFaultLight(ZN3DFaultPatchLight* light);
+    // The descriptors, in insertion order, owned by the fault set.
+    const QList<ZN3DFaultPatchLight*>& getFaultLightList() const { return m_faultLights; }
+    // Settings given to every new fault.
+    ZN3DFaultPatchLight& getTemplateFaultLight() { return m_templateFaultLight; }
+    const ZN3DFaultPatchLight& getTemplateFaultLight() const { return m_templateFaultLight; }
+    // A second settings descriptor, reset together with the template.
+    ZN3DFaultPatchLight& getSecondFaultLight() { return m_secondFaultLight; }
+    // Refills each descriptor's patch list with the patches of its fault.
+    void fillFaultLightListPatchList();
+    // Component-wise minimum of the listed patches' sampling vectors, ids outside the
+    // array skipped; a component equal to -9999 is replaced by the next patch's value.
+    // (-9999, -9999, -9999) for an empty list.
+    core::vec3 getMergedSamplingVect(const core::Array<int>& patchList) const;
+
+    // ----- fault surfaces -----
+
+    // Adds a surface (not owned) to those marked by setCurrentPickedFaultId and used by
+    // resamplePatchWithRandomLine; null and repeats are ignored.
+    void attachFaultSurface(ZNFaultSurface* surface);
+    void detachFaultSurface(ZNFaultSurface* surface);
+    // The first attached surface whose fault id is `faultId`; null when there is none.
+    ZNFaultSurface* findFaultSurface(int faultId) const;
+
+    // ----- picking and editing (_picking.cpp) -----
+
+    // Appends `point` to the current picked fault's list (false when it is unset).
+    bool addPickedPoint(const core::PointWithBool& point);
+    // Appends `point` to patch `patchId`'s list; the same position may be added twice.
+    bool addPickedPoint(int patchId, const core::PointWithBool& point);
+    // Inserts a hand point before entry `index`; index == count appends. False, nothing
+    // changed, for any other index.
+    bool insertPickedPoint(int patchId, int index, const core::vec3& position);
+    // Overwrites entry `index` (0 to count - 1).
+    bool setPickedPoint(int patchId, int index, const core::PointWithBool& point);
+    // Entry `index` of patch `patchId`, owned by the fault set; null for a bad id or index.
+    const core::PointWithBool* getPickedPoint(int patchId, int index) const;
+    // Removes entry `index` (0 to count - 1). For any valid patch id the moving point
+    // cursor is unset, even when the index was bad.
+    bool removePickedPoint(int patchId, int index);
+    // Removes the moving point from the current picked fault's list when both cursors are
+    // valid, and unsets the moving point cursor.
+    bool removePickedMovingPoint();
+    int getCurrentMovingPointId() const { return m_currentMovingPointId; }
+    void setCurrentMovingPointId(int id) { m_currentMovingPointId = id; }
+    int getCurrentPickedFaultId() const { return m_currentPickedFaultId; }
+    // Marks every attached surface as current exactly when its fault id is `faultId`,
+    // then makes `faultId` the patch that receives picks. -9999 unsets it; other ids
+    // outside 1..n-1 are ignored.
+    void setCurrentPickedFaultId(int faultId);
+    // True when patch `patchId`'s list is not empty and ends with a separator: the
+    // current stick is closed. False for a bad id or an empty list.
+    bool isLastPickedPointNo_Value(int patchId) const;
+
+    // The picked points of every patch of the fault of `faultId` gathered into `points`,
+    // patch after patch in linked-list order; returns the number gathered. `points` is
+    // replaced; 0 for a bad id.
+    int getFaultPickedPointArray(int faultId, core::Array<core::PointWithBool>& points) const;
+    // Maps an index of that gathered list to (patch id, index in the patch): returns the
+    // patch id and sets `indexInPatch`; -9999 (index untouched) when out of range.
+    int getPatchIdFromPickedPointId(int faultId, int pickedPointId, int& indexInPatch) const;
+    // Where a point picked at `position` joins the fault of `faultId`, as (patch id, index
+    // in the patch, InsertionMode); (-9999, -9999, -9999) for a bad id, a fault without
+    // points or a null viewer. See the insertion rules in _picking.cpp.
+    core::Triplet getNearestPatchIdAndPointId(int faultId, const core::vec3& position,
+                                              const ZNPickingViewer* viewer) const;
+    // Places a dragged point at its best place in the fault of `patchId`: the patch's
+    // automatic points are removed when the patch is shown, the current moving point of
+    // the patch is taken out, the point is inserted where getNearestPatchIdAndPointId
+    // says, the moving point cursor follows it, and automatic points are made again.
+    void insertMovingPointBis(int patchId, const core::vec3& position,
+                              const ZNPickingViewer* viewer);
+    // When the patch is shown by `viewer`: removes its automatic points and adds new ones
+    // along the viewer's section. Returns whether the patch is shown.
+    bool createAdditionalPoint(int patchId, const ZNPickingViewer* viewer);
+    // When the patch is shown: removes its automatic points. Returns whether it is shown.
+    bool removeAdditionalPoint(int patchId, const ZNPickingViewer* viewer);
+    // Keeps only the hand-picked entries of the patch; `*currentIndex` (may be null) is
+    // moved to the same entry's new position, or -9999 when that entry was removed.
+    // Returns the number of entries removed.
+    int removeAutomaticPickedPoints(int patchId, int* currentIndex);
+
+    // ----- section resampling (_resample.cpp) -----
+
+    // Appends to the patch, as automatic entries (flag true, separators included), the
+    // lines along which its fault's surface crosses `section`: each crossing is a stick
+    // of its own. The surface is the attached surface's mesh of the patch's fault when it
+    // has one, otherwise a triangulation between consecutive sticks of the patch.
+    // Crossings that only repeat hand-picked points of the patch are left out. Returns the
+    // number of entries appended; 0 for a bad id or an invalid section.
+    int resamplePatchWithRandomLine(int patchId, const geom::RandomLine& section);
+
+    // ----- cleaning (_picking.cpp) -----
+
+    // removeIsolatedPointForOneFault then removePickingInterruptionForOneFault.
+    void cleanFaultPicking(int faultId);
+    // The per-patch operations applied to every patch of the fault (patch 0 excluded);
+    // return the number of entries removed.
+    int removeIsolatedPointForOneFault(int faultId);
+    int removePickingInterruptionForOneFault(int faultId);
+    // removeIsolatedPointForOnePatch on every patch.
+    int removeIsolatedPointForAllPatch();
+    // Drops every isolated point (a one-point stick), keeping the order of the rest.
+    // Unsets the moving point cursor when something was removed.
+    int removeIsolatedPointForOnePatch(int patchId);
+    // Drops every separator directly followed by another, so runs of separators collapse
+    // to one. Unsets the moving point cursor when something was removed.
+    int removePickingInterruptionForOnePatch(int patchId);
+
+    // ----- undo and redo (_history.cpp) -----
+
+    // A new snapshot (owned by the caller until inserted) filled by fillConfiguration.
+    // For an edition snapshot taken while a point is being moved (current picked fault
+    // valid, moving point within the snapshot's copy of it), that point is left out of
+    // the copy: the snapshot shows the fault without the dragged point.
+    ZNFaultPatchManagerConfig* getConfiguration(const QString& actionName,
+                                                const core::Array<int>* patchList) const;
+    // Fills `config`: fathers of every patch, stored id, action name; with `patchList` an
+    // edition snapshot of the listed patches' points (ids outside the array skipped),
+    // without it a full snapshot with deep copies of every descriptor. Null is ignored.
+    void fillConfiguration(const QString& actionName, ZNFaultPatchManagerConfig* config,
+                           const core::Array<int>* patchList) const;
+    // An edition snapshot of the fault of `faultId` when it is a patch id 1..n-1, a full
+    // snapshot otherwise; inserted, and returned (owned by the history).
+    ZNFaultPatchManagerConfig* insertUndoListConfiguration(const QString& actionName, int faultId);
+    // Takes ownership of `config` and makes it the current snapshot: the snapshots after
+    // the current one are deleted (all of them when the current one is not in the
+    // history), and when the history already holds more than the limit the oldest one is
+    // deleted, so up to limit + 1 snapshots are kept. A snapshot already in the history,
+    // or null, is ignored.
+    void insertUndoListConfiguration(ZNFaultPatchManagerConfig* config);
+    // Steps back: the snapshot before the current one is restored and becomes current.
+    // False at the first snapshot, with an empty history, or when the current snapshot is
+    // unknown (it is then unset). `focus` receives the point to show, or -9999s.
+    bool undoWithLastConfiguration(core::vec3& focus);
+    // Steps forward: the snapshot after the current one (the first one when the current
+    // one is unset) is restored and becomes current. False at the last snapshot or with an
+    // empty history. `focus` as for undo.
+    bool redoWithLastConfiguration(core::vec3& focus);
+    // Restores `config` and returns the point the view should show, (-9999, -9999, -9999)
+    // when none. A snapshot of another patch count, or null, restores nothing. See the
+    // restore rules in _history.cpp.
+    core::vec3 setConfiguration(const ZNFaultPatchManagerConfig* config);
+    // Deletes every snapshot; undo and redo answer false until new ones arrive.
+    void clearUndoConfigurationList();
+    // True when the current snapshot is in the history and is an edition snapshot.
+    bool isCurrentConfigInEditionMode() const;
+    int getNumberOfConfiguration() const { return m_history.size(); }
+    // Snapshot `i` of the history, oldest first, owned by it; null for a bad index.
+    const ZNFaultPatchManagerConfig* getConfigurationAt(int i) const;
+    const ZNFaultPatchManagerConfig* getCurrentConfiguration() const { return m_currentConfig; }
+    int getHistoryLimit() const { return m_historyLimit; }
+    // A limit below 0 counts as 0.
+    void setHistoryLimit(int limit) { m_historyLimit = limit < 0 ? 0 : limit; }
+
+private:
+    void initMembers();
+    void copyModelFrom(const ZNFaultPatchManager& other);
+    // Patches of the fault of `faultId`, into the working list; false for a bad id.
+    bool collectFault(int faultId, core::Array<int>& list) const;
+    // Resets to one patch per row (at least two patches) and gives every row patch the
+    // sampling vector (utm, time, utm).
+    void initForRows(int numberOfRows, int utmPrecision, int timePrecision);
+    // Appends a two-point stick to patch `patchId`, after a separator when the list is
+    // not empty.
+    void appendStick(int patchId, const core::vec3& start, const core::vec3& end);
+    // Inserts a descriptor for every patch 1..n-1 that holds a point.
+    void insertFaultLightsForPickedPatches();
+    // Applies a per-patch cleaning to every patch of the fault of `faultId`; returns the
+    // total it reports (entries removed), 0 for a bad id.
+    int forEachPatchOfFault(int faultId, int (ZNFaultPatchManager::*perPatch)(int));
+    // Removes from patch `patchId` the entries for which `drop(points, count, index)` is
+    // true, in one pass that keeps the order; returns how many were removed and moves
+    // `*currentIndex` (may be null) along.
+    template <class Drop>
+    int removeEntries(int patchId, int* currentIndex, Drop drop);
+    // Index of `config` in the history, -1 when absent.
+    int historyIndexOf(const ZNFaultPatchManagerConfig* config) const;
+    // The focus rule of a "Pick Point" restore for one patch.
+    bool findPickFocus(int patchId, const ZNFaultPatchManagerConfig& config,
+                       core::vec3& focus) const;
+
+    georef::BlocSpace m_blocSpace;                        // survey grid of the fault set
+    bool m_picked = true;                                 // picked (true) or automatic
+    ZN3DFaultPatchLight m_templateFaultLight;             // settings of new faults
+    ZN3DFaultPatchLight m_secondFaultLight;               // reset with the template
+    core::Array<ZNFaultPatch> m_patches{kPatchGrowthStep};  // one record per patch id
+    core::Array<int> m_workingPatchList{kPatchGrowthStep};  // scratch patch list
+    core::Array<int> m_visitStamps{kPatchGrowthStep};       // one stamp per patch
+    int m_currentStamp = 0;                               // "visited now" stamp value
+    core::Array<int> m_nextInFault{kPatchGrowthStep};       // linked lists: next patch, -1 at end
+    core::MultiArray<core::ByteTriplet> m_patchVoxels;    // voxels of each patch
+    core::MultiArray<core::PointWithBool> m_pickedPoints; // picked points of each patch
+    QList<ZN3DFaultPatchLight*> m_faultLights;            // owned, one per fault
+    bool m_locked = false;                                // must not be edited
+    int m_currentPickedFaultId = -9999;                   // patch receiving picks
+    int m_currentMovingPointId = -9999;                   // entry being dragged
+    int m_storedId = -9999;                               // travels with snapshots
+    QList<ZNFaultPatchManagerConfig*> m_history;          // owned, oldest first
+    ZNFaultPatchManagerConfig* m_currentConfig = nullptr; // snapshot matching the state
+    int m_historyLimit = kDefaultHistoryLimit;
+    QList<ZNFaultSurface*> m_faultSurfaces;               // attached, not owned
+};

@@ -1,0 +1,206 @@
+// Fault descriptors of the fault set, and the constructors that build a fault set from
+// points, sticks or another fault set's picked points.
+#include "znfaultpatchmanager.h"
+
+#include <algorithm>
+
+#include <core/conventions.h>
+
+namespace {
+
+// The separator entry between two sticks of a hand-made list.
+const core::PointWithBool kSeparator = core::PointWithBool::separator();
+
+} // namespace
+
+// ----- descriptors -----
+
+ZN3DFaultPatchLight* ZNFaultPatchManager::createNewFaultLight(
+    int faultId, const ZN3DFaultPatchLight* settings) const
+{
+    auto* light = new ZN3DFaultPatchLight();
+    const QColor ownColour = light->getPen().color();  // drawn by the constructor
+    if (settings) light->copy(settings, false);
+    QPen pen = light->getPen();
+    pen.setColor(ownColour);
+    light->setPen(pen);
+    light->setLink(0);
+    light->setSaved(false);
+    light->setFaultId(faultId);
+    return light;
+}
+
+ZN3DFaultPatchLight* ZNFaultPatchManager::insertNewFaultLight(int faultId)
+{
+    return insertNewFaultLight(faultId, m_templateFaultLight);
+}
+
+ZN3DFaultPatchLight* ZNFaultPatchManager::insertNewFaultLight(
+    int faultId, const ZN3DFaultPatchLight& settings)
+{
+    ZN3DFaultPatchLight* light = createNewFaultLight(faultId, &settings);
+    return insertNewFaultLight(light) ? light : nullptr;
+}
+
+bool ZNFaultPatchManager::insertNewFaultLight(ZN3DFaultPatchLight* light)
+{
+    if (!light) return false;
+    if (!isValidPatchId(light->getFaultId())) {
+        delete light;
+        return false;
+    }
+    getPatchListWithLinkedList(light->getFaultId(), light->getPatchList(), true);
+    const core::vec3 sampling = getMergedSamplingVect(light->getPatchList());
+    light->setUtmPrecision(static_cast<int>(std::min(sampling.x, sampling.z)));
+    light->setTimePrecision(static_cast<int>(sampling.y));
+    m_faultLights.append(light);
+    return true;
+}
+
+ZN3DFaultPatchLight* ZNFaultPatchManager::findFaultLight(int faultId) const
+{
+    if (!isValidPatchId(faultId)) return nullptr;
+    for (ZN3DFaultPatchLight* light : m_faultLights)
+        if (light->getFaultId() == faultId) return light;
+    return nullptr;
+}
+
+void ZNFaultPatchManager::removeFaultLight(int faultId)
+{
+    if (ZN3DFaultPatchLight* light = findFaultLight(faultId)) removeFaultLight(light);
+}
+
+void ZNFaultPatchManager::removeFaultLight(ZN3DFaultPatchLight* light)
+{
+    if (!light || !m_faultLights.removeOne(light)) return;
+    delete light;
+}
+
+void ZNFaultPatchManager::fillFaultLightListPatchList()
+{
+    for (ZN3DFaultPatchLight* light : m_faultLights)
+        getPatchListWithLinkedList(light->getFaultId(), light->getPatchList(), true);
+}
+
+core::vec3 ZNFaultPatchManager::getMergedSamplingVect(const core::Array<int>& patchList) const
+{
+    core::vec3 merged(core::kNoValueReal, core::kNoValueReal, core::kNoValueReal);
+    for (int id : patchList) {
+        const ZNFaultPatch* patch = getFaultPatch(id);
+        if (!patch) continue;
+        const core::vec3& s = patch->getSamplingVect();
+        for (int c = 0; c < 3; ++c)
+            merged[c] = merged[c] == core::kNoValueReal ? s[c] : std::min(merged[c], s[c]);
+    }
+    return merged;
+}
+
+// ----- conversion constructors -----
+
+void ZNFaultPatchManager::initForRows(int numberOfRows, int utmPrecision, int timePrecision)
+{
+    init(std::max(kInitialNumberOfPatch, numberOfRows + 1), true);
+    const core::vec3 sampling(utmPrecision, timePrecision, utmPrecision);
+    for (int id = 1; id < getNumberOfPatch(); ++id) m_patches[id].setSamplingVect(sampling);
+}
+
+void ZNFaultPatchManager::appendStick(int patchId, const core::vec3& start, const core::vec3& end)
+{
+    if (m_pickedPoints.getCount(patchId) > 0) m_pickedPoints.addElement(patchId, kSeparator, false);
+    m_pickedPoints.addElement(patchId, core::PointWithBool(start), false);
+    m_pickedPoints.addElement(patchId, core::PointWithBool(end), false);
+}
+
+void ZNFaultPatchManager::insertFaultLightsForPickedPatches()
+{
+    for (int id = 1; id < getNumberOfPatch(); ++id)
+        if (m_pickedPoints.getCount(id) > 0) insertNewFaultLight(id);
+}
+
+ZNFaultPatchManager::ZNFaultPatchManager(const core::MultiArray<core::vec3>& faults,
+                                         int utmPrecision, int timePrecision)
+{
+    initMembers();
+    const int rows = faults.getNumberOfArray();
+    initForRows(rows, utmPrecision, timePrecision);
+    for (int r = 0; r < rows; ++r) {
+        const core::vec3* points = faults.getArray(r);
+        for (int k = 0; points && k < faults.getCount(r); ++k)
+            m_pickedPoints.addElement(r + 1, core::PointWithBool(points[k]), false);
+    }
+    insertFaultLightsForPickedPatches();
+}
+
+ZNFaultPatchManager::ZNFaultPatchManager(const core::MultiArray<core::vec3>& faults,
+                                         const georef::UnitObject& unitObject,
+                                         int utmPrecision, int timePrecision)
+    : ZNFaultPatchManager(faults, utmPrecision, timePrecision)
+{
+    SetUnitObjectToAllPatch(unitObject);
+}
+
+ZNFaultPatchManager::ZNFaultPatchManager(const core::MultiArray<geom::Line>& faults,
+                                         int utmPrecision, int timePrecision,
+                                         int interpolationSize)
+{
+    initMembers();
+    const int rows = faults.getNumberOfArray();
+    initForRows(rows, utmPrecision, timePrecision);
+    m_templateFaultLight.setInterpolationSize(interpolationSize);
+    for (int r = 0; r < rows; ++r) {
+        const geom::Line* lines = faults.getArray(r);
+        for (int k = 0; lines && k < faults.getCount(r); ++k)
+            appendStick(r + 1, lines[k].start, lines[k].end);
+    }
+    insertFaultLightsForPickedPatches();
+}
+
+ZNFaultPatchManager::ZNFaultPatchManager(const core::MultiArray<geom::Line>& faults,
+                                         const ZN3DFaultPatchLight* settings)
+{
+    initMembers();
+    const ZN3DFaultPatchLight defaults;
+    const ZN3DFaultPatchLight& from = settings ? *settings : defaults;
+    const int rows = faults.getNumberOfArray();
+    initForRows(rows, from.getUtmPrecision(), from.getTimePrecision());
+    m_templateFaultLight.copy(&from, false);
+    m_templateFaultLight.setFaultId(-1);
+    for (int r = 0; r < rows; ++r) {
+        const geom::Line* lines = faults.getArray(r);
+        for (int k = 0; lines && k < faults.getCount(r); ++k)
+            appendStick(r + 1, lines[k].start, lines[k].end);
+    }
+    insertFaultLightsForPickedPatches();
+}
+
+ZNFaultPatchManager::ZNFaultPatchManager(const core::MultiArray<ZNFaultStick>& faults,
+                                         const georef::UnitObject& unitObject,
+                                         int utmPrecision, int timePrecision)
+{
+    initMembers();
+    const int rows = faults.getNumberOfArray();
+    initForRows(rows, utmPrecision, timePrecision);
+    SetUnitObjectToAllPatch(unitObject);
+    for (int r = 0; r < rows; ++r) {
+        const ZNFaultStick* sticks = faults.getArray(r);
+        QString name;  // of the first named stick of the row
+        for (int k = 0; sticks && k < faults.getCount(r); ++k) {
+            appendStick(r + 1, sticks[k].start(), sticks[k].end());
+            if (name.isEmpty() && sticks[k].IsNamed()) name = sticks[k].GetFaultName();
+        }
+        if (m_pickedPoints.getCount(r + 1) <= 0) continue;
+        ZN3DFaultPatchLight* light = insertNewFaultLight(r + 1);
+        if (light && !name.isEmpty()) light->SetFaultName(name);
+    }
+}
+
+ZNFaultPatchManager::ZNFaultPatchManager(int firstRow,
+                                         const core::MultiArray<core::PointWithBool>& pickedPoints)
+{
+    initMembers();
+    const int first = std::max(0, firstRow);
+    const int rows = std::max(0, pickedPoints.getNumberOfArray() - first);
+    initForRows(rows, kDefaultUtmPrecision, kDefaultTimePrecision);
+    for (int r = 0; r < rows; ++r) pickedPoints.copyOneArray(first + r, m_pickedPoints, r + 1);
+    insertFaultLightsForPickedPatches();
+}
