@@ -1,12 +1,15 @@
 #include "znsettings.h"
 
 #include <QDir>
+#include <QDomDocument>
+#include <QFile>
 #include <QSettings>
 #include <QStandardPaths>
 
 namespace {
 const char* const kDirectoryVariable = "KORVALITH_SETTINGS_DIR";
 const char* const kSettingsFileName = "settings.ini";
+constexpr qint64 kLargestXmlSettingsFile = 16 * 1024 * 1024;  // bytes
 } // namespace
 
 QString ZNSettings::userSettingsDirectory()
@@ -39,4 +42,17 @@ bool ZNSettings::setValue(const QString& group, const QString& key, const QVaria
     settings.endGroup();
     settings.sync();
     return settings.status() == QSettings::NoError;
+}
+
+bool ZNSettings::xmlFileValue(const QString& fileName, const QString& key, QString& value)
+{
+    QFile file(userSettingsFile(fileName));
+    if (!file.open(QIODevice::ReadOnly) || file.size() > kLargestXmlSettingsFile) return false;
+    QDomDocument doc;
+    if (!doc.setContent(&file)) return false;
+    const QDomElement e = doc.elementsByTagName(key).item(0).toElement();
+    const QString attribute = QStringLiteral("value");
+    if (e.isNull() || !e.hasAttribute(attribute)) return false;
+    value = e.attribute(attribute);
+    return true;
 }

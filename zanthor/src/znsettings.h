@@ -18,4 +18,12 @@ public:
                           const QVariant& defaultValue = QVariant());
     // Stores a value; false when the settings file could not be written.
     static bool setValue(const QString& group, const QString& key, const QVariant& value);
+
+    // The 3D viewer's default parameters, an XML file of key-value elements.
+    static QString viewer3dParametersFileName() { return QStringLiteral("default3dviewerparameters.xml"); }
+    // The text of the first key-value element `key` (at any depth) of the XML file
+    // `fileName` of the user settings directory. False, `value` untouched, when the file
+    // is missing, unreadable, larger than a settings file can be, not XML, or has no
+    // such element with a "value" attribute.
+    static bool xmlFileValue(const QString& fileName, const QString& key, QString& value);
 };

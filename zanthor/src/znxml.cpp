@@ -1,7 +1,85 @@
 #include "znxml.h"
 
+#include <algorithm>
+#include <initializer_list>
+
+#include <QStringList>
+
 namespace {
 const QString kValue = QStringLiteral("value");
+const QString kColor = QStringLiteral("color");
+const QString kStyle = QStringLiteral("style");
+const QString kWidth = QStringLiteral("width");
+const QString kCapStyle = QStringLiteral("capStyle");
+const QString kJoinStyle = QStringLiteral("joinStyle");
+
+constexpr int kLastPenStyle = Qt::CustomDashLine;
+constexpr int kLastBrushStyle = Qt::DiagCrossPattern;
+constexpr int kMatrixSize = 16;
+constexpr int kPixelSizeCount = 3;
+
+QString colorText(const QColor& c) { return c.isValid() ? c.name(QColor::HexArgb) : QString(); }
+
+// The colour child of `e`: empty text is the invalid colour; text that names no colour
+// keeps `fallback`.
+QColor readColor(const QDomElement& e, const QColor& fallback)
+{
+    bool found = false;
+    const QString text = ZNXml::readString(e, kColor, {}, &found);
+    if (!found) return fallback;
+    if (text.isEmpty()) return QColor();
+    return QColor::isValidColor(text) ? QColor(text) : fallback;
+}
+
+// An integer child of `e` that must be one of `allowed`; `fallback` otherwise.
+int readChoice(const QDomElement& e, const QString& key, int fallback,
+               std::initializer_list<int> allowed)
+{
+    const long long v = ZNXml::readInt(e, key, fallback);
+    for (int a : allowed)
+        if (v == a) return a;
+    return fallback;
+}
+
+// An integer child of `e` in first..last; `fallback` otherwise.
+int readInRange(const QDomElement& e, const QString& key, int fallback, int first, int last)
+{
+    const long long v = ZNXml::readInt(e, key, fallback);
+    return v >= first && v <= last ? static_cast<int>(v) : fallback;
+}
+
+QString joinReals(const double* values, int n)
+{
+    QStringList parts;
+    for (int i = 0; i < n; ++i) parts << ZNXml::formatDouble(values[i]);
+    return parts.join(QLatin1Char(' '));
+}
+
+// Parses exactly `n` reals separated by white space into `out`; false (out untouched)
+// for any other text.
+bool splitReals(const QString& text, double* out, int n)
+{
+    const QStringList parts = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    if (parts.size() != n) return false;
+    double values[kMatrixSize];
+    for (int i = 0; i < n; ++i) {
+        bool ok = false;
+        values[i] = parts[i].toDouble(&ok);
+        if (!ok) return false;
+    }
+    std::copy(values, values + n, out);
+    return true;
+}
+
+// Reads `n` reals stored under `key` into `out`; false when missing or malformed.
+bool readReals(const QDomElement& parent, const QString& key, double* out, int n, bool* found)
+{
+    bool present = false;
+    const QString text = ZNXml::readString(parent, key, {}, &present);
+    const bool ok = present && splitReals(text, out, n);
+    if (found) *found = ok;
+    return ok;
+}
 
 // The first child element named `key`, and whether it carries a value.
 bool findValue(const QDomElement& parent, const QString& key, QString& text)
@@ -83,5 +161,87 @@ bool readBool(const QDomElement& parent, const QString& key, bool fallback, bool
 }
 
 QString formatDouble(double value) { return QString::number(value, 'g', 17); }
+
+QDomElement appendPen(QDomDocument& doc, QDomElement& parent, const QString& key, const QPen& pen)
+{
+    QDomElement e = doc.createElement(key);
+    appendString(doc, e, kColor, colorText(pen.color()));
+    appendInt(doc, e, kStyle, pen.style());
+    appendDouble(doc, e, kWidth, pen.widthF());
+    appendInt(doc, e, kCapStyle, pen.capStyle());
+    appendInt(doc, e, kJoinStyle, pen.joinStyle());
+    parent.appendChild(e);
+    return e;
+}
+
+QPen readPen(const QDomElement& parent, const QString& key, const QPen& fallback, bool* found)
+{
+    const QDomElement e = parent.firstChildElement(key);
+    if (found) *found = !e.isNull();
+    if (e.isNull()) return fallback;
+    QPen pen = fallback;
+    pen.setColor(readColor(e, fallback.color()));
+    pen.setStyle(static_cast<Qt::PenStyle>(readInRange(e, kStyle, fallback.style(), Qt::NoPen,
+                                                       kLastPenStyle)));
+    const double width = readDouble(e, kWidth, fallback.widthF());
+    pen.setWidthF(width >= 0.0 ? width : fallback.widthF());
+    pen.setCapStyle(static_cast<Qt::PenCapStyle>(
+        readChoice(e, kCapStyle, fallback.capStyle(), {Qt::FlatCap, Qt::SquareCap, Qt::RoundCap})));
+    pen.setJoinStyle(static_cast<Qt::PenJoinStyle>(readChoice(
+        e, kJoinStyle, fallback.joinStyle(),
+        {Qt::MiterJoin, Qt::BevelJoin, Qt::RoundJoin, Qt::SvgMiterJoin})));
+    return pen;
+}
+
+QDomElement appendBrush(QDomDocument& doc, QDomElement& parent, const QString& key,
+                        const QBrush& brush)
+{
+    QDomElement e = doc.createElement(key);
+    appendString(doc, e, kColor, colorText(brush.color()));
+    appendInt(doc, e, kStyle, brush.style());
+    parent.appendChild(e);
+    return e;
+}
+
+QBrush readBrush(const QDomElement& parent, const QString& key, const QBrush& fallback, bool* found)
+{
+    const QDomElement e = parent.firstChildElement(key);
+    if (found) *found = !e.isNull();
+    if (e.isNull()) return fallback;
+    const int fallbackStyle = fallback.style() <= kLastBrushStyle ? fallback.style() : Qt::NoBrush;
+    QBrush brush(readColor(e, fallback.color()),
+                 static_cast<Qt::BrushStyle>(
+                     readInRange(e, kStyle, fallbackStyle, Qt::NoBrush, kLastBrushStyle)));
+    return brush;
+}
+
+QDomElement appendMatrix(QDomDocument& doc, QDomElement& parent, const QString& key,
+                         const core::mat4& matrix)
+{
+    return appendString(doc, parent, key, joinReals(matrix.m, kMatrixSize));
+}
+
+core::mat4 readMatrix(const QDomElement& parent, const QString& key, const core::mat4& fallback,
+                      bool* found)
+{
+    core::mat4 m = fallback;
+    readReals(parent, key, m.m, kMatrixSize, found);
+    return m;
+}
+
+QDomElement appendPixelSize(QDomDocument& doc, QDomElement& parent, const QString& key,
+                            const core::vec3& size)
+{
+    const double values[kPixelSizeCount] = {size.x, size.y, size.z};
+    return appendString(doc, parent, key, joinReals(values, kPixelSizeCount));
+}
+
+core::vec3 readPixelSize(const QDomElement& parent, const QString& key, const core::vec3& fallback,
+                         bool* found)
+{
+    double values[kPixelSizeCount] = {fallback.x, fallback.y, fallback.z};
+    readReals(parent, key, values, kPixelSizeCount, found);
+    return {values[0], values[1], values[2]};
+}
 
 } // namespace ZNXml

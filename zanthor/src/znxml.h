@@ -1,7 +1,12 @@
 #pragma once
+#include <QBrush>
 #include <QDomDocument>
 #include <QDomElement>
+#include <QPen>
 #include <QString>
+
+#include <core/mat4.h>
+#include <core/vec3.h>
 
 // The key-value elements every header uses: an element whose tag is the key and whose
 // attribute "value" holds the value as text (integers in decimal, reals with full
@@ -28,5 +33,38 @@ bool readBool(const QDomElement& parent, const QString& key, bool fallback, bool
 
 // Text of a real that reads back to the same binary64 value.
 QString formatDouble(double value);
+
+// Compound elements. Each is one element `key` built from the simple elements above;
+// readers take what is present and keep the fallback's value for whatever is missing or
+// does not parse (a colour that is not a colour, a style outside the toolkit's plain
+// styles), and set `*found` to whether the element itself exists.
+
+// Element "pen" (or `key`) with children "color" (text "#aarrggbb", empty for an invalid
+// colour), "style" (0 no line .. 5 dash-dot-dot, 6 custom dash), "width" (real),
+// "capStyle" and "joinStyle" (the toolkit's values).
+QDomElement appendPen(QDomDocument& doc, QDomElement& parent, const QString& key, const QPen& pen);
+QPen readPen(const QDomElement& parent, const QString& key, const QPen& fallback,
+             bool* found = nullptr);
+
+// Element "brush" (or `key`) with children "color" (as for the pen) and "style" (0 no
+// brush .. 14 diagonal cross pattern; gradients and textures are not stored).
+QDomElement appendBrush(QDomDocument& doc, QDomElement& parent, const QString& key,
+                        const QBrush& brush);
+QBrush readBrush(const QDomElement& parent, const QString& key, const QBrush& fallback,
+                 bool* found = nullptr);
+
+// A 4x4 matrix: one key-value element whose value is the 16 reals row by row,
+// separated by spaces. A value without exactly 16 reals reads as `fallback`.
+QDomElement appendMatrix(QDomDocument& doc, QDomElement& parent, const QString& key,
+                         const core::mat4& matrix);
+core::mat4 readMatrix(const QDomElement& parent, const QString& key, const core::mat4& fallback,
+                      bool* found = nullptr);
+
+// The pixel size (x, y, z scale factors): one key-value element whose value is the
+// three reals separated by spaces; anything else reads as `fallback`.
+QDomElement appendPixelSize(QDomDocument& doc, QDomElement& parent, const QString& key,
+                            const core::vec3& size);
+core::vec3 readPixelSize(const QDomElement& parent, const QString& key, const core::vec3& fallback,
+                         bool* found = nullptr);
 
 } // namespace ZNXml

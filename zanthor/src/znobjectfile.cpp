@@ -1,0 +1,220 @@
+#include "znobjectfile.h"
+
+#include <QDir>
+#include <QFile>
+
+#include "zneventbus.h"
+#include "znxml.h"
+
+namespace {
+const QString kGlobalHeader = QStringLiteral("GlobalHeader");
+const QString kGlobalObject = QStringLiteral("globalObject");
+const QString kHeaderOffset = QStringLiteral("headerOffset");
+const QString kHeaderSize = QStringLiteral("headerSize");
+const QString kVersion = QStringLiteral("Version");
+const QString kDataOffset = QStringLiteral("DataOffset");
+const QString kVersionNumberKey = QStringLiteral("VersionNumber");
+const QString kWithTampon = QStringLiteral("WithTampon");
+
+constexpr int kLongPathLength = 261;           // paths this long need the Windows prefix
+constexpr qint64 kLargestHeader = qint64(1) << 40; // sizes beyond it are corrupt, not real
+constexpr int kZeroChunk = 64 * 1024;           // bytes of zeros written per call
+
+// What the global header block tells: the header size and the data offset.
+struct GlobalHeaderInfo {
+    qint64 headerSize = -1;
+    qint64 dataOffset = ZNObjectFile::kNoDataOffset;
+};
+
+// Parses the global header block. A block without a valid "headerSize" or with sizes
+// that cannot describe a file gives dataOffset kNoDataOffset.
+GlobalHeaderInfo parseGlobalHeader(const QByteArray& block)
+{
+    GlobalHeaderInfo info;
+    const int textEnd = block.indexOf('\0');
+    QDomDocument doc;
+    if (!doc.setContent(textEnd < 0 ? block : block.left(textEnd))) return info;
+    const QDomElement root = doc.documentElement();
+    bool found = false;
+    const qint64 headerSize = ZNXml::readInt(root, kHeaderSize, -1, &found);
+    if (!found || headerSize < 0 || headerSize > kLargestHeader) return info;
+
+    qint64 dataOffset = headerSize + ZNObjectFile::kGlobalHeaderSize;
+    if (ZNXml::readString(root, kVersion) == kWithTampon) {
+        dataOffset = ZNXml::readInt(root, kDataOffset, -1, &found);
+        if (!found || dataOffset < headerSize + ZNObjectFile::kGlobalHeaderSize) return info;
+    }
+    info.headerSize = headerSize;
+    info.dataOffset = dataOffset;
+    return info;
+}
+
+GlobalHeaderInfo readGlobalHeader(QIODevice& file)
+{
+    if (!file.seek(0)) return {};
+    const QByteArray block = file.read(ZNObjectFile::kGlobalHeaderSize);
+    if (block.size() != ZNObjectFile::kGlobalHeaderSize) return {};
+    return parseGlobalHeader(block);
+}
+
+void setError(int* error, int code)
+{
+    if (error) *error = code;
+}
+} // namespace
+
+QString ZNObjectFile::errorText(int code)
+{
+    switch (code) {
+    case ErrorHeaderResize:
+        return QStringLiteral(
+            "Error when attempting to resize the header of the file. Please re-save the object.");
+    case ErrorOpen:
+        return QStringLiteral("Error when attempting to open the file.");
+    case ErrorWrite:
+        return QStringLiteral("Error when attempting to write into the file.");
+    default:
+        return {};
+    }
+}
+
+QDomElement ZNObjectFile::createHeaderDocument(QDomDocument& doc)
+{
+    doc = QDomDocument();
+    QDomElement root = doc.createElement(kGlobalObject);
+    doc.appendChild(root);
+    return root;
+}
+
+QByteArray ZNObjectFile::headerBytes(const QDomDocument& doc) { return doc.toByteArray(); }
+
+QByteArray ZNObjectFile::globalHeaderBlock(qint64 headerSize, qint64 dataOffset)
+{
+    QDomDocument doc;
+    QDomElement root = doc.createElement(kGlobalHeader);
+    doc.appendChild(root);
+    ZNXml::appendInt(doc, root, kHeaderOffset, kGlobalHeaderSize);
+    ZNXml::appendInt(doc, root, kHeaderSize, headerSize);
+    ZNXml::appendString(doc, root, kVersion, kWithTampon);
+    ZNXml::appendInt(doc, root, kDataOffset, dataOffset);
+    ZNXml::appendInt(doc, root, kVersionNumberKey, kVersionNumber);
+
+    // The text is printed into a block one byte longer than stored, so that it always
+    // ends with a zero inside the file when it is shorter than the block.
+    QByteArray block(kGlobalHeaderSize + 1, '\0');
+    const QByteArray text = doc.toByteArray();
+    memcpy(block.data(), text.constData(), static_cast<size_t>(qMin(text.size(), kGlobalHeaderSize)));
+    block.truncate(kGlobalHeaderSize);
+    return block;
+}
+
+qint64 ZNObjectFile::getDataOffset(QIODevice& file) { return readGlobalHeader(file).dataOffset; }
+
+qint64 ZNObjectFile::getDataOffset(const QString& path)
+{
+    QFile file(platformPath(path));
+    if (!file.open(QIODevice::ReadOnly)) return kNoDataOffset;
+    return getDataOffset(file);
+}
+
+bool ZNObjectFile::readHeader(const QString& path, Header& header)
+{
+    QFile file(platformPath(path));
+    if (!file.open(QIODevice::ReadOnly)) return false;
+    const GlobalHeaderInfo info = readGlobalHeader(file);
+    if (info.dataOffset == kNoDataOffset) return false;
+    if (info.headerSize > file.size() - kGlobalHeaderSize) return false;
+
+    if (!file.seek(kGlobalHeaderSize)) return false;
+    const QByteArray text = file.read(info.headerSize);
+    if (text.size() != info.headerSize) return false;
+    QDomDocument doc;
+    if (!doc.setContent(text)) return false;
+    const QDomElement root = doc.documentElement();
+    if (root.tagName() != kGlobalObject) return false;
+    const QDomElement objectHeader = root.firstChildElement();
+    if (objectHeader.isNull()) return false;
+
+    header.document = doc;
+    header.objectHeader = objectHeader;
+    header.type = objectHeader.tagName();
+    header.headerSize = info.headerSize;
+    header.dataOffset = info.dataOffset;
+    return true;
+}
+
+QString ZNObjectFile::readObjectType(const QString& path)
+{
+    Header header;
+    return readHeader(path, header) ? header.type : QString();
+}
+
+bool ZNObjectFile::rewriteHeader(const QString& path, const QDomDocument& doc, int* error)
+{
+    QFile file(platformPath(path));
+    if (!file.open(QIODevice::ReadWrite)) {
+        reportOpenError(path, file.errorString());
+        setError(error, ErrorOpen);
+        return false;
+    }
+    const QByteArray text = headerBytes(doc);
+    const qint64 length = text.size();
+    const qint64 dataOffset = getDataOffset(file);
+    // A data offset beyond the end belongs to a damaged file: zero-filling up to it
+    // would write what was never there.
+    if (!(length + kGlobalHeaderSize + 1 < dataOffset) || dataOffset > file.size()) {
+        ZNEventBus::sendMessage(ZNEventBus::FileError, errorText(ErrorHeaderResize));
+        setError(error, ErrorHeaderResize);
+        return false;
+    }
+    const QByteArray block = globalHeaderBlock(length, dataOffset);
+    const bool written = file.seek(0) && file.write(block) == block.size() &&
+                         file.write(text) == length &&
+                         writeZeros(file, dataOffset - kGlobalHeaderSize - length) &&
+                         file.flush();
+    if (!written) {
+        reportWriteError(path);
+        setError(error, ErrorWrite);
+        return false;
+    }
+    return true;
+}
+
+bool ZNObjectFile::writeZeros(QIODevice& file, qint64 count)
+{
+    const QByteArray zeros(static_cast<int>(qBound<qint64>(0, count, kZeroChunk)), '\0');
+    while (count > 0) {
+        const qint64 n = qMin<qint64>(count, zeros.size());
+        if (file.write(zeros.constData(), n) != n) return false;
+        count -= n;
+    }
+    return true;
+}
+
+QString ZNObjectFile::longPathForm(const QString& path)
+{
+    const QString native = QDir::toNativeSeparators(path);
+    if (native.size() < kLongPathLength) return path;
+    return QStringLiteral("\\\\?\\") + native;
+}
+
+QString ZNObjectFile::platformPath(const QString& path)
+{
+#ifdef Q_OS_WIN
+    return longPathForm(path);
+#else
+    return path;
+#endif
+}
+
+void ZNObjectFile::reportOpenError(const QString& path, const QString& systemText)
+{
+    ZNEventBus::sendMessage(ZNEventBus::FileError,
+                            QStringLiteral("Error when opening in Write mode file : ") + path +
+                                QLatin1Char(' ') + systemText);
+}
+
+void ZNObjectFile::reportWriteError(const QString& path)
+{
+    ZNEventBus::sendMessage(ZNEventBus::FileError, QStringLiteral("Error when writing into ") + path);
+}
