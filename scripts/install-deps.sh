@@ -8,6 +8,7 @@ packages=(
   build-essential cmake pkg-config
   qtbase5-dev libgdal-dev libproj-dev libeigen3-dev libcgal-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+  libsegyio-dev
 )
 
 missing=()

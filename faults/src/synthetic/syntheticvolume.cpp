@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <core/conventions.h>
+#include <volumeio/gridaxes.h>
 #include <zneventbus.h>
 #include <znprogressbarmgr.h>
 
@@ -48,12 +49,7 @@ SyntheticVolume failure(const QString& text)
 
 georef::BlocSpace syntheticBlocSpace(int nx, int ny, int nz)
 {
-    core::mat4 blocToWorld = core::mat4::zero();
-    blocToWorld(0, 0) = 1.0;   // world x = inline
-    blocToWorld(1, 2) = 1.0;   // world y = sample
-    blocToWorld(2, 1) = 1.0;   // world z = crossline
-    blocToWorld(3, 3) = 1.0;
-    return georef::BlocSpace(nx, ny, nz, blocToWorld);
+    return georef::BlocSpace(nx, ny, nz, volumeio::axisAlignedBlocToWorld({1.0, 1.0, 1.0}));
 }
 
 SyntheticVolume generateSyntheticVolume(const SyntheticScene& scene)
