@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -212,6 +213,8 @@ TEST_F(SegyFiles, BadFilesAreRefusedWithAOneLineReason)
     fixedPoint.format = 4;
     TestSegy extended = gridSegy(1, 1, 2, 1, 1, 2, 4);
     extended.declaredExtendedHeaders = 30000;
+    TestSegy negative = gridSegy(1, 1, 2, 1, 1, 2, 4);
+    negative.declaredExtendedHeaders = 0xFFFF;   // -1 as a signed field
     const QByteArray text = QByteArray("This is a text file, not seismic.\n").repeated(200);
 
     const Case cases[] = {
@@ -231,6 +234,8 @@ TEST_F(SegyFiles, BadFilesAreRefusedWithAOneLineReason)
          "not a SEG-Y file, or an unsupported one: sample format code 4 (supported: 1, 2, 3, 5, 8)"},
         {"extended headers", buildSegy(extended), 1, "no trace after the headers (first trace at byte "
                                                       "96003600 of 4624)"},
+        {"negative extended headers", buildSegy(negative), 1,
+         "no trace after the headers (first trace at byte 400 of 4624)"},
     };
     for (const Case& c : cases) {
         RecordingEventBus bus;
@@ -243,6 +248,34 @@ TEST_F(SegyFiles, BadFilesAreRefusedWithAOneLineReason)
         EXPECT_EQ(r.error.toStdString(), (file + ": " + c.reason).toStdString()) << c.what;
         EXPECT_TRUE(bus.contains(c.kind, r.error)) << c.what;
     }
+}
+
+TEST_F(SegyFiles, RandomlyDamagedFilesNeverCrashTheReader)
+{
+    QFile sample(kDataDir + "small.sgy");
+    ASSERT_TRUE(sample.open(QIODevice::ReadOnly));
+    const QByteArray original = sample.readAll();
+    std::mt19937 rng(17);
+    const QString file = dir.filePath("damaged.sgy");
+    int refused = 0;
+    for (int round = 0; round < 300; ++round) {
+        QByteArray bytes = original;
+        // Damage the binary header and the first trace headers, sometimes cut the file.
+        std::uniform_int_distribution<int> where(3200, 3600 + 2 * 440);
+        for (int k = 0; k < 1 + round % 4; ++k) bytes[where(rng)] = char(rng());
+        if (round % 3 == 0) bytes.truncate(std::uniform_int_distribution<int>(0, bytes.size())(rng));
+        ASSERT_TRUE(writeFile(file, bytes));
+        RecordingEventBus bus;
+        const SegyReadResult r = readSegyVolume(file);
+        if (r.ok()) {
+            EXPECT_EQ(r.image.voxelCount(), std::size_t(r.info.traceCount) * r.info.sampleCount);
+        } else {
+            ++refused;
+            EXPECT_TRUE(r.image.isEmpty());
+            EXPECT_EQ(bus.messages.size(), 1);
+        }
+    }
+    EXPECT_GT(refused, 100);
 }
 
 TEST_F(SegyFiles, AMissingFileIsAFileError)
