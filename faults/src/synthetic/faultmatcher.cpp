@@ -111,7 +111,8 @@ FaultMatchReport matchFaults(const ZN3DImage<int>& labels, const ZN3DImage<int>&
     std::sort(tallies.begin(), tallies.end(),
               [](const LabelTally& a, const LabelTally& b) { return a.label < b.label; });
     for (const LabelTally& t : tallies)
-        report.extracted.push_back(extractedMatch(t, planted, plantedVoxels, plantedIds.blocSpace()));
+        report.extracted.push_back(
+            extractedMatch(t, planted, plantedVoxels, plantedIds.blocSpace()));
     for (int id = 0; id < plantedCount; ++id)
         report.planted.push_back(plantedMatch(id, tallies, plantedVoxels[id], settings));
     return report;

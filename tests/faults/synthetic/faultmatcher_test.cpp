@@ -31,7 +31,8 @@ const SyntheticVolume& smallVolume()
 TEST(FaultMatcher, APerfectExtractionRecoversEveryPlantedFaultWhole)
 {
     const SyntheticVolume& v = smallVolume();
-    const auto labels = extraction(v, [](int, int, int, int id) { return id < 0 ? -9999 : 100 + id; });
+    const auto labels =
+        extraction(v, [](int, int, int, int id) { return id < 0 ? -9999 : 100 + id; });
     const FaultMatchReport r = matchFaults(labels, v.plantedIds, v.faults);
     ASSERT_TRUE(r.ok());
     ASSERT_EQ(r.extracted.size(), 5u);

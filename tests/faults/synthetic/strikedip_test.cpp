@@ -137,7 +137,8 @@ TEST(StrikeDip, OrientationErrorReadsNearVerticalPlanesEitherWay)
     };
     for (const Case& c : cases) {
         const OrientationError e = orientationError(c.reference, c.measured);
-        EXPECT_NEAR(e.strike, c.strikeError, 1e-9) << c.reference.strike << "/" << c.measured.strike;
+        EXPECT_NEAR(e.strike, c.strikeError, 1e-9)
+            << c.reference.strike << "/" << c.measured.strike;
         EXPECT_NEAR(e.dip, c.dipError, 1e-9);
     }
     const OrientationError unset = orientationError({-9999.0, -9999.0}, {10, 10});

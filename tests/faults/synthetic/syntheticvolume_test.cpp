@@ -20,7 +20,10 @@ namespace {
 // The built-in scene is generated once and shared by the tests that only read it.
 class DefaultVolume : public testing::Test {
 protected:
-    static void SetUpTestSuite() { volume = new SyntheticVolume(generateSyntheticVolume(defaultScene())); }
+    static void SetUpTestSuite()
+    {
+        volume = new SyntheticVolume(generateSyntheticVolume(defaultScene()));
+    }
     static void TearDownTestSuite() { delete volume; volume = nullptr; }
     static SyntheticVolume* volume;
 };

@@ -162,7 +162,8 @@ TEST(RawVolume, AFailedWriteLeavesTheTargetAsItWas)
     ASSERT_TRUE(writeFile(path, "previous"));
     EXPECT_EQ(writeRawVolume(path, ZN3DImage<float>(), ByteOrder::BigEndian, kTraceOrder),
               path + ": the volume to write is empty");
-    EXPECT_EQ(writeRawVolume(path, image, ByteOrder::BigEndian, {Axis::Inline, Axis::Inline, Axis::Sample}),
+    EXPECT_EQ(writeRawVolume(path, image, ByteOrder::BigEndian,
+                             {Axis::Inline, Axis::Inline, Axis::Sample}),
               path + ": the axis order must name each axis once");
     EXPECT_EQ(fileBytes(path), QByteArray("previous"));
     EXPECT_EQ(bus.messages.size(), 3);
@@ -176,7 +177,8 @@ TEST(RawVolume, CancellingTheProgressBarAbandonsTheRead)
     ASSERT_EQ(writeRawVolume(path, image, ByteOrder::BigEndian, kTraceOrder), QString());
     RecordingProgress progress(1);
     RecordingEventBus bus;
-    const VolumeReadResult r = readRawFloat32Volume(path, layoutOf(image, ByteOrder::BigEndian, kTraceOrder));
+    const VolumeReadResult r =
+        readRawFloat32Volume(path, layoutOf(image, ByteOrder::BigEndian, kTraceOrder));
     EXPECT_EQ(r.error, path + ": reading cancelled");
     EXPECT_EQ(progress.titles, QStringList{"Reading raw volume"});
     EXPECT_EQ(progress.closed, 1);

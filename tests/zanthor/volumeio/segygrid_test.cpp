@@ -74,10 +74,14 @@ TEST(SegyGrid, IrregularNumbersLeaveTheGridUntouched)
     const Case cases[] = {
         {{}, {}, "the file holds no trace"},
         {{1, 2}, {1}, "2 inline numbers for 1 crossline numbers"},
-        {{1, 1, 1}, {1, 2, 4}, "irregular geometry: crossline numbers are not evenly spaced "
-                               "(step 1, but 4 follows 2)"},
+        {{1, 1, 1},
+         {1, 2, 4},
+         "irregular geometry: crossline numbers are not evenly spaced "
+         "(step 1, but 4 follows 2)"},
         {{1, 1, 2}, {1, 2, 1}, "irregular geometry: 3 traces for 2 inlines x 2 crosslines"},
-        {{1, 1, 2, 1}, {1, 2, 1, 1}, "irregular geometry: inline 1 crossline 1 has more than one trace"},
+        {{1, 1, 2, 1},
+         {1, 2, 1, 1},
+         "irregular geometry: inline 1 crossline 1 has more than one trace"},
     };
     for (const Case& c : cases) {
         SegyGrid grid;

@@ -109,7 +109,8 @@ TEST_F(SegyFiles, EverySampleFormatReadsInEitherByteOrder)
             EXPECT_EQ(r.info.formatCode, format);
             EXPECT_EQ(r.info.littleEndian, little);
             for (int k = 0; k < 6; ++k)
-                EXPECT_EQ(r.image(1, 0, k), float(isFloat ? values[k] : integers[k])) << format << " " << k;
+                EXPECT_EQ(r.image(1, 0, k), float(isFloat ? values[k] : integers[k]))
+                    << format << " " << k;
         }
 }
 
@@ -220,20 +221,24 @@ TEST_F(SegyFiles, BadFilesAreRefusedWithAOneLineReason)
     const Case cases[] = {
         {"tiny", good.left(100), 1, "not a SEG-Y file: 100 bytes, fewer than its headers take"},
         // "sm" of "seismic" lies where the format code belongs.
-        {"text", text, 1, "not a SEG-Y file, or an unsupported one: sample format code 29549 "
-                          "(supported: 1, 2, 3, 5, 8)"},
+        {"text", text, 1,
+         "not a SEG-Y file, or an unsupported one: sample format code 29549 "
+         "(supported: 1, 2, 3, 5, 8)"},
         {"truncated", good.left(good.size() - 10), 2,
          "truncated: the 6990 bytes after the headers are not a whole number of 280-byte "
          "traces (10 samples, IEEE float)"},
-        {"missing trace", buildSegy(missing), 1, "irregular geometry: 24 traces for 5 inlines x 5 crosslines"},
-        {"trace twice", buildSegy(twice), 1, "irregular geometry: inline 1 crossline 2 has more than one trace"},
+        {"missing trace", buildSegy(missing), 1,
+         "irregular geometry: 24 traces for 5 inlines x 5 crosslines"},
+        {"trace twice", buildSegy(twice), 1,
+         "irregular geometry: inline 1 crossline 2 has more than one trace"},
         {"uneven lines", buildSegy(uneven), 1,
          "irregular geometry: inline numbers are not evenly spaced (step 1, but 4 follows 2)"},
         {"no samples", buildSegy(noSamples), 1, "no sample count in the headers"},
         {"format 4", buildSegy(fixedPoint), 1,
-         "not a SEG-Y file, or an unsupported one: sample format code 4 (supported: 1, 2, 3, 5, 8)"},
-        {"extended headers", buildSegy(extended), 1, "no trace after the headers (first trace at byte "
-                                                      "96003600 of 4624)"},
+         "not a SEG-Y file, or an unsupported one: sample format code 4 "
+         "(supported: 1, 2, 3, 5, 8)"},
+        {"extended headers", buildSegy(extended), 1,
+         "no trace after the headers (first trace at byte 96003600 of 4624)"},
         {"negative extended headers", buildSegy(negative), 1,
          "no trace after the headers (first trace at byte 400 of 4624)"},
     };
@@ -263,7 +268,8 @@ TEST_F(SegyFiles, RandomlyDamagedFilesNeverCrashTheReader)
         // Damage the binary header and the first trace headers, sometimes cut the file.
         std::uniform_int_distribution<int> where(3200, 3600 + 2 * 440);
         for (int k = 0; k < 1 + round % 4; ++k) bytes[where(rng)] = char(rng());
-        if (round % 3 == 0) bytes.truncate(std::uniform_int_distribution<int>(0, bytes.size())(rng));
+        if (round % 3 == 0)
+            bytes.truncate(std::uniform_int_distribution<int>(0, bytes.size())(rng));
         ASSERT_TRUE(writeFile(file, bytes));
         RecordingEventBus bus;
         const SegyReadResult r = readSegyVolume(file);

@@ -55,7 +55,8 @@ QByteArray buildSegy(const TestSegy& s)
     put(b, 3216, s.intervalMicro, 2, le);
     put(b, 3220, s.binarySamples >= 0 ? s.binarySamples : ns, 2, le);
     put(b, 3224, s.format, 2, le);
-    put(b, 3504, s.declaredExtendedHeaders >= 0 ? s.declaredExtendedHeaders : s.extendedHeaders, 2, le);
+    const int declared = s.declaredExtendedHeaders >= 0 ? s.declaredExtendedHeaders : s.extendedHeaders;
+    put(b, 3504, declared, 2, le);
     const int bytes = sampleBytes(s.format);
     for (const TestTrace& t : s.traces) {
         QByteArray h(240, 0);
@@ -85,7 +86,8 @@ TestSegy gridSegy(int il0, int ilStep, int nIl, int xl0, int xlStep, int nXl, in
             TestTrace t;
             t.inlineNumber = il0 + i * ilStep;
             t.crosslineNumber = xl0 + j * xlStep;
-            for (int k = 0; k < samples; ++k) t.samples.push_back(t.inlineNumber * 100 + t.crosslineNumber + k);
+            for (int k = 0; k < samples; ++k)
+                t.samples.push_back(t.inlineNumber * 100 + t.crosslineNumber + k);
             s.traces.push_back(t);
         }
     return s;

@@ -169,7 +169,8 @@ VolumeReadResult readRawFloat32Volume(const QString& path, const RawVolumeLayout
     if (!problem.isEmpty()) return failed(ZNEventBus::Error, path, problem);
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        return failed(ZNEventBus::FileError, path, QStringLiteral("cannot open: ") + file.errorString());
+        return failed(ZNEventBus::FileError, path,
+                      QStringLiteral("cannot open: ") + file.errorString());
     const unsigned long long expected = layoutBytes(layout);
     if (expected == 0)
         return failed(ZNEventBus::Error, path, QStringLiteral("sizes %1 x %2 x %3 are too large")
@@ -197,12 +198,15 @@ QString writeRawVolume(const QString& path, const ZN3DImage<T>& image, ByteOrder
 {
     static_assert(sizeof(T) == kSampleBytes, "raw volumes hold 4-byte samples");
     if (!isPermutation(axes))
-        return reportVolumeError(ZNEventBus::Error, path, QStringLiteral("the axis order must name each axis once"));
+        return reportVolumeError(ZNEventBus::Error, path,
+                                 QStringLiteral("the axis order must name each axis once"));
     if (image.isEmpty())
-        return reportVolumeError(ZNEventBus::Error, path, QStringLiteral("the volume to write is empty"));
+        return reportVolumeError(ZNEventBus::Error, path,
+                                 QStringLiteral("the volume to write is empty"));
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
-        return reportVolumeError(ZNEventBus::FileError, path, QStringLiteral("cannot write: ") + file.errorString());
+        return reportVolumeError(ZNEventBus::FileError, path,
+                                 QStringLiteral("cannot write: ") + file.errorString());
     const bool swap = !hostIs(byteOrder);
     const std::size_t count = image.voxelCount();
     std::vector<quint32> chunk(std::min(count, kChunkSamples));
@@ -219,7 +223,8 @@ QString writeRawVolume(const QString& path, const ZN3DImage<T>& image, ByteOrder
         done += n;
     }
     if (!file.commit())
-        return reportVolumeError(ZNEventBus::FileError, path, QStringLiteral("cannot write: ") + file.errorString());
+        return reportVolumeError(ZNEventBus::FileError, path,
+                                 QStringLiteral("cannot write: ") + file.errorString());
     return {};
 }
 

@@ -23,7 +23,8 @@ bool ReadProgress::itemDoneAndCheckCancelled()
 {
     ++m_done;
     if (m_done % m_stride == 0)
-        ZNProgressBarMgr::incrementProgressBar(m_id, static_cast<int>(std::min<std::size_t>(m_stride, INT_MAX)));
+        ZNProgressBarMgr::incrementProgressBar(
+            m_id, static_cast<int>(std::min<std::size_t>(m_stride, INT_MAX)));
     return ZNProgressBarMgr::isProgressBarCancelled(m_id);
 }
 

@@ -66,8 +66,10 @@ QString inferSegyGrid(const std::vector<int>& inlines, const std::vector<int>& c
         const int j = indexOf(crosslines[t], g.crosslineNumbers);
         char& cell = filled[static_cast<std::size_t>(i) * g.crosslineNumbers.size() + j];
         if (cell)
-            return QStringLiteral("irregular geometry: inline %1 crossline %2 has more than one trace")
-                .arg(inlines[t]).arg(crosslines[t]);
+            return QStringLiteral(
+                       "irregular geometry: inline %1 crossline %2 has more than one trace")
+                .arg(inlines[t])
+                .arg(crosslines[t]);
         cell = 1;
         g.inlineIndexOfTrace[t] = i;
         g.crosslineIndexOfTrace[t] = j;

@@ -56,14 +56,16 @@ struct TraceLayout {
 // Reads the binary header into `bh`, detecting the byte order from the format code.
 Problem readBinaryHeader(segy_file* fp, char* bh, TraceLayout& layout)
 {
-    if (segy_binheader(fp, bh) != SEGY_OK) return fileProblem(QStringLiteral("cannot read the binary header"));
+    if (segy_binheader(fp, bh) != SEGY_OK)
+        return fileProblem(QStringLiteral("cannot read the binary header"));
     const int code = segy_format(bh);
     const int swapped = ((code & 0xFF) << 8) | ((code >> 8) & 0xFF);
     layout.littleEndian = !isSupportedFormat(code) && isSupportedFormat(swapped);
     layout.format = layout.littleEndian ? swapped : code;
     if (!isSupportedFormat(layout.format))
         return contentProblem(QStringLiteral("not a SEG-Y file, or an unsupported one: sample "
-                                             "format code %1 (supported: 1, 2, 3, 5, 8)").arg(code));
+                                             "format code %1 (supported: 1, 2, 3, 5, 8)")
+                                  .arg(code));
     if (segy_set_format(fp, layout.format | (layout.littleEndian ? SEGY_LSB : SEGY_MSB)) != SEGY_OK)
         return contentProblem(QStringLiteral("unsupported sample format %1").arg(layout.format));
     if (layout.littleEndian && segy_binheader(fp, bh) != SEGY_OK)
@@ -95,7 +97,8 @@ Problem readTraceLayout(segy_file* fp, qint64 fileSize, TraceLayout& layout)
     layout.samples = segy_samples(bh);
     if (layout.samples <= 0 && segy_get_field(th, SEGY_TR_SAMPLE_COUNT, &value) == SEGY_OK)
         layout.samples = value;
-    if (layout.samples <= 0) return contentProblem(QStringLiteral("no sample count in the headers"));
+    if (layout.samples <= 0)
+        return contentProblem(QStringLiteral("no sample count in the headers"));
     if (segy_get_bfield(bh, SEGY_BIN_INTERVAL, &value) == SEGY_OK && value > 0)
         layout.intervalMicro = value;
     else if (segy_get_field(th, SEGY_TR_SAMPLE_INTER, &value) == SEGY_OK && value > 0)
@@ -104,11 +107,15 @@ Problem readTraceLayout(segy_file* fp, qint64 fileSize, TraceLayout& layout)
     const qint64 traceBytes = SEGY_TRACE_HEADER_SIZE + qint64(layout.sampleBytes);
     const qint64 dataBytes = fileSize - layout.trace0;
     if (dataBytes % traceBytes != 0)
-        return fileProblem(QStringLiteral("truncated: the %1 bytes after the headers are not a whole "
-                                          "number of %2-byte traces (%3 samples, %4)")
-                               .arg(dataBytes).arg(traceBytes).arg(layout.samples)
-                               .arg(segyFormatName(layout.format)));
-    if (dataBytes / traceBytes > INT32_MAX) return contentProblem(QStringLiteral("too many traces"));
+        return fileProblem(
+            QStringLiteral("truncated: the %1 bytes after the headers are not a whole "
+                           "number of %2-byte traces (%3 samples, %4)")
+                .arg(dataBytes)
+                .arg(traceBytes)
+                .arg(layout.samples)
+                .arg(segyFormatName(layout.format)));
+    if (dataBytes / traceBytes > INT32_MAX)
+        return contentProblem(QStringLiteral("too many traces"));
     layout.traceCount = static_cast<int>(dataBytes / traceBytes);
     return {};
 }
@@ -160,7 +167,8 @@ Problem readTraceHeaders(segy_file* fp, const TraceLayout& layout, const SegyRea
         out.crosslines.push_back(xl);
         out.cdp.emplace_back(cdpX * scale, cdpY * scale);
         out.source.emplace_back(srcX * scale, srcY * scale);
-        if (progress.itemDoneAndCheckCancelled()) return contentProblem(QStringLiteral("reading cancelled"));
+        if (progress.itemDoneAndCheckCancelled())
+            return contentProblem(QStringLiteral("reading cancelled"));
     }
     return {};
 }
@@ -200,9 +208,11 @@ Problem readTraces(segy_file* fp, const TraceLayout& layout, const SegyGrid& gri
             return fileProblem(QStringLiteral("cannot read the samples of trace %1").arg(t + 1));
         segy_to_native(layout.format, layout.samples, raw.data());
         toFloat(layout.format, raw.data(), layout.samples, trace.data());
-        float* column = image.data() + image.index(grid.inlineIndexOfTrace[t], grid.crosslineIndexOfTrace[t], 0);
+        float* column = image.data() +
+                        image.index(grid.inlineIndexOfTrace[t], grid.crosslineIndexOfTrace[t], 0);
         for (int k = 0; k < layout.samples; ++k) column[slice * k] = trace[k];
-        if (progress.itemDoneAndCheckCancelled()) return contentProblem(QStringLiteral("reading cancelled"));
+        if (progress.itemDoneAndCheckCancelled())
+            return contentProblem(QStringLiteral("reading cancelled"));
     }
     return {};
 }
@@ -211,7 +221,8 @@ Problem readTraces(segy_file* fp, const TraceLayout& layout, const SegyGrid& gri
 SegyCoordinateSource chooseCoordinates(const TraceHeaders& h)
 {
     const auto anySet = [](const std::vector<core::vec2>& points) {
-        return std::any_of(points.begin(), points.end(), [](const core::vec2& p) { return p != core::vec2(); });
+        return std::any_of(points.begin(), points.end(),
+                           [](const core::vec2& p) { return p != core::vec2(); });
     };
     if (anySet(h.cdp)) return SegyCoordinateSource::Cdp;
     if (anySet(h.source)) return SegyCoordinateSource::Source;
@@ -241,8 +252,9 @@ Problem readVolume(const QString& path, const SegyReadOptions& options, SegyRead
     const QFileInfo info(path);
     if (!info.isFile()) return fileProblem(QStringLiteral("cannot open: no such file"));
     if (info.size() < kHeadersBytes + SEGY_TRACE_HEADER_SIZE)
-        return contentProblem(QStringLiteral("not a SEG-Y file: %1 bytes, fewer than its headers take")
-                                  .arg(info.size()));
+        return contentProblem(
+            QStringLiteral("not a SEG-Y file: %1 bytes, fewer than its headers take")
+                .arg(info.size()));
     SegyHandle file;
     file.fp = segy_open(QFile::encodeName(path).constData(), "rb");
     if (!file.fp) return fileProblem(QStringLiteral("cannot open"));
@@ -257,18 +269,21 @@ Problem readVolume(const QString& path, const SegyReadOptions& options, SegyRead
     const QString gridProblem = inferSegyGrid(headers.inlines, headers.crosslines, grid);
     if (!gridProblem.isEmpty()) return contentProblem(gridProblem);
     const SegyCoordinateSource source = chooseCoordinates(headers);
-    const std::vector<core::vec2> none;
+    static const std::vector<core::vec2> kNoPositions;
     const std::vector<core::vec2>& points = source == SegyCoordinateSource::Cdp ? headers.cdp
-                                            : source == SegyCoordinateSource::Source ? headers.source : none;
-    const SegyVerticalAxis vertical{headers.delayMilli,
-                                    layout.intervalMicro > 0 ? layout.intervalMicro * kMicroToMilli : 1.0};
+                                          : source == SegyCoordinateSource::Source ? headers.source
+                                                                                   : kNoPositions;
+    const SegyVerticalAxis vertical{
+        headers.delayMilli, layout.intervalMicro > 0 ? layout.intervalMicro * kMicroToMilli : 1.0};
     const SegyWorldFit fit = segyBlocToWorld(grid, points, vertical);
     out.image = ZN3DImage<float>(georef::BlocSpace(grid.inlineCount(), grid.crosslineCount(),
                                                    layout.samples, fit.blocToWorld));
-    if (out.image.isNull()) return contentProblem(QStringLiteral("not enough memory for the volume"));
+    if (out.image.isNull())
+        return contentProblem(QStringLiteral("not enough memory for the volume"));
     p = readTraces(file.fp, layout, grid, progress, out.image);
     if (p.isSet()) return p;
-    out.info = describe(layout, grid, headers.delayMilli, fit.fromCoordinates ? source : SegyCoordinateSource::None);
+    out.info = describe(layout, grid, headers.delayMilli,
+                        fit.fromCoordinates ? source : SegyCoordinateSource::None);
     return {};
 }
 } // namespace
