@@ -8,7 +8,11 @@ packages=(
   build-essential cmake pkg-config
   qtbase5-dev libgdal-dev libproj-dev libeigen3-dev libcgal-dev
   libgtest-dev libgmock-dev libbenchmark-dev
+<<<<<<< HEAD
   fonts-dejavu-core   # the text of the report pictures
+=======
+  libsegyio-dev
+>>>>>>> issue-9a
 )
 
 missing=()

@@ -1,0 +1,236 @@
+#include "volumeio/rawvolume.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include <QFile>
+#include <QSaveFile>
+#include <QtEndian>
+
+#include <zneventbus.h>
+
+#include "volumeio/gridaxes.h"
+#include "volumeio/readprogress.h"
+
+namespace volumeio {
+namespace {
+constexpr std::size_t kSampleBytes = 4;
+constexpr std::size_t kChunkSamples = 1 << 18;   // 1 MiB of samples per read or write
+
+int axisIndex(Axis a) { return static_cast<int>(a); }
+
+bool isPermutation(const AxisOrder& axes)
+{
+    return axes[0] != axes[1] && axes[0] != axes[2] && axes[1] != axes[2];
+}
+
+bool hostIs(ByteOrder order)
+{
+    return (Q_BYTE_ORDER == Q_BIG_ENDIAN) == (order == ByteOrder::BigEndian);
+}
+
+// Walks the voxels of an image in the order of a file whose fastest axis comes first in
+// `axes`: index() is the image index of the current file position.
+class FileOrderCursor {
+public:
+    FileOrderCursor(int nx, int ny, int nz, const AxisOrder& axes)
+    {
+        const std::size_t sizes[3] = {std::size_t(nx), std::size_t(ny), std::size_t(nz)};
+        const std::size_t strides[3] = {1, sizes[0], sizes[0] * sizes[1]};
+        for (int k = 0; k < 3; ++k) {
+            m_count[k] = sizes[axisIndex(axes[k])];
+            m_stride[k] = strides[axisIndex(axes[k])];
+        }
+    }
+    std::size_t index() const { return m_index; }
+    void advance()
+    {
+        for (int k = 0; k < 3; ++k) {
+            m_index += m_stride[k];
+            if (++m_position[k] < m_count[k] || k == 2) return;
+            m_index -= m_stride[k] * m_count[k];
+            m_position[k] = 0;
+        }
+    }
+
+private:
+    std::size_t m_count[3];
+    std::size_t m_stride[3];
+    std::size_t m_position[3] = {0, 0, 0};
+    std::size_t m_index = 0;
+};
+
+// A one-line reason when the layout cannot describe a volume; empty otherwise.
+QString layoutProblem(const RawVolumeLayout& l)
+{
+    if (l.nInline <= 0 || l.nCrossline <= 0 || l.nSample <= 0)
+        return QStringLiteral("raw volume sizes must be positive (got %1 x %2 x %3)")
+            .arg(l.nInline).arg(l.nCrossline).arg(l.nSample);
+    if (!isPermutation(l.axes)) return QStringLiteral("the axis order must name each axis once");
+    for (int k = 0; k < 3; ++k)
+        if (!(std::isfinite(l.spacing[k]) && l.spacing[k] > 0.0))
+            return QStringLiteral("the spacing must be positive (got %1, %2, %3)")
+                .arg(l.spacing.x).arg(l.spacing.y).arg(l.spacing.z);
+    return {};
+}
+
+VolumeReadResult failed(int kind, const QString& path, const QString& reason)
+{
+    VolumeReadResult r;
+    r.error = reportVolumeError(kind, path, reason);
+    return r;
+}
+
+template <class T>
+T decode(quint32 word, bool swap)
+{
+    if (swap) word = qbswap(word);
+    T value;
+    std::memcpy(&value, &word, kSampleBytes);
+    return value;
+}
+
+template <class T>
+quint32 encode(T value, bool swap)
+{
+    quint32 word;
+    std::memcpy(&word, &value, kSampleBytes);
+    return swap ? qbswap(word) : word;
+}
+
+// Bytes of the layout's samples, or 0 when that number exceeds what a file can hold.
+unsigned long long layoutBytes(const RawVolumeLayout& l)
+{
+    const unsigned long long limit = std::numeric_limits<qint64>::max() / kSampleBytes;
+    const unsigned long long traces = static_cast<unsigned long long>(l.nInline) * l.nCrossline;
+    if (traces > limit / static_cast<unsigned long long>(l.nSample)) return 0;
+    return traces * l.nSample * kSampleBytes;
+}
+
+// Reads the samples of `file` into `out` in the layout's order. Empty on success;
+// otherwise the reason, with the event kind it deserves in `kind`.
+QString readSamples(QFile& file, const RawVolumeLayout& layout, float* out, int& kind)
+{
+    const std::size_t count = std::size_t(layout.nInline) * std::size_t(layout.nCrossline) *
+                              std::size_t(layout.nSample);
+    const bool swap = !hostIs(layout.byteOrder);
+    std::vector<quint32> chunk(std::min(count, kChunkSamples));
+    ReadProgress progress(QStringLiteral("Reading raw volume"),
+                          (count + chunk.size() - 1) / chunk.size());
+    FileOrderCursor cursor(layout.nInline, layout.nCrossline, layout.nSample, layout.axes);
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t n = std::min(chunk.size(), count - done);
+        const qint64 bytes = qint64(n * kSampleBytes);
+        if (file.read(reinterpret_cast<char*>(chunk.data()), bytes) != bytes) {
+            kind = ZNEventBus::FileError;
+            return QStringLiteral("read failed after %1 bytes: %2")
+                .arg(done * kSampleBytes).arg(file.errorString());
+        }
+        for (std::size_t i = 0; i < n; ++i, cursor.advance())
+            out[cursor.index()] = decode<float>(chunk[i], swap);
+        done += n;
+        if (progress.itemDoneAndCheckCancelled()) {
+            kind = ZNEventBus::Error;
+            return QStringLiteral("reading cancelled");
+        }
+    }
+    return {};
+}
+} // namespace
+
+bool parseAxisOrder(const QString& text, AxisOrder& out)
+{
+    const QString letters = text.trimmed().toLower();
+    if (letters.size() != 3) return false;
+    AxisOrder parsed;
+    for (int k = 0; k < 3; ++k) {
+        const int i = QStringLiteral("xyz").indexOf(letters[k]);
+        if (i < 0) return false;
+        parsed[k] = static_cast<Axis>(i);
+    }
+    if (!isPermutation(parsed)) return false;
+    out = parsed;
+    return true;
+}
+
+QString axisOrderName(const AxisOrder& order)
+{
+    QString name;
+    for (Axis a : order) name += QStringLiteral("xyz")[axisIndex(a)];
+    return name;
+}
+
+VolumeReadResult readRawFloat32Volume(const QString& path, const RawVolumeLayout& layout)
+{
+    const QString problem = layoutProblem(layout);
+    if (!problem.isEmpty()) return failed(ZNEventBus::Error, path, problem);
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return failed(ZNEventBus::FileError, path,
+                      QStringLiteral("cannot open: ") + file.errorString());
+    const unsigned long long expected = layoutBytes(layout);
+    if (expected == 0)
+        return failed(ZNEventBus::Error, path, QStringLiteral("sizes %1 x %2 x %3 are too large")
+                          .arg(layout.nInline).arg(layout.nCrossline).arg(layout.nSample));
+    if (static_cast<unsigned long long>(file.size()) != expected)
+        return failed(ZNEventBus::Error, path,
+                      QStringLiteral("holds %1 bytes, but %2 x %3 x %4 float32 samples need %5")
+                          .arg(file.size()).arg(layout.nInline).arg(layout.nCrossline)
+                          .arg(layout.nSample).arg(expected));
+    VolumeReadResult result;
+    const georef::BlocSpace space(layout.nInline, layout.nCrossline, layout.nSample,
+                                  axisAlignedBlocToWorld(layout.spacing));
+    result.image = ZN3DImage<float>(space);
+    if (result.image.isNull())
+        return failed(ZNEventBus::Error, path, QStringLiteral("not enough memory for the volume"));
+    int kind = ZNEventBus::Error;
+    const QString reason = readSamples(file, layout, result.image.data(), kind);
+    if (!reason.isEmpty()) return failed(kind, path, reason);
+    return result;
+}
+
+template <class T>
+QString writeRawVolume(const QString& path, const ZN3DImage<T>& image, ByteOrder byteOrder,
+                       const AxisOrder& axes)
+{
+    static_assert(sizeof(T) == kSampleBytes, "raw volumes hold 4-byte samples");
+    if (!isPermutation(axes))
+        return reportVolumeError(ZNEventBus::Error, path,
+                                 QStringLiteral("the axis order must name each axis once"));
+    if (image.isEmpty())
+        return reportVolumeError(ZNEventBus::Error, path,
+                                 QStringLiteral("the volume to write is empty"));
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return reportVolumeError(ZNEventBus::FileError, path,
+                                 QStringLiteral("cannot write: ") + file.errorString());
+    const bool swap = !hostIs(byteOrder);
+    const std::size_t count = image.voxelCount();
+    std::vector<quint32> chunk(std::min(count, kChunkSamples));
+    FileOrderCursor cursor(image.nx(), image.ny(), image.nz(), axes);
+    for (std::size_t done = 0; done < count;) {
+        const std::size_t n = std::min(chunk.size(), count - done);
+        for (std::size_t i = 0; i < n; ++i, cursor.advance())
+            chunk[i] = encode<T>(image.data()[cursor.index()], swap);
+        const qint64 bytes = qint64(n * kSampleBytes);
+        if (file.write(reinterpret_cast<const char*>(chunk.data()), bytes) != bytes) {
+            file.cancelWriting();
+            break;
+        }
+        done += n;
+    }
+    if (!file.commit())
+        return reportVolumeError(ZNEventBus::FileError, path,
+                                 QStringLiteral("cannot write: ") + file.errorString());
+    return {};
+}
+
+template QString writeRawVolume<float>(const QString&, const ZN3DImage<float>&, ByteOrder,
+                                       const AxisOrder&);
+template QString writeRawVolume<std::int32_t>(const QString&, const ZN3DImage<std::int32_t>&,
+                                              ByteOrder, const AxisOrder&);
+
+} // namespace volumeio
