@@ -8,11 +8,8 @@ packages=(
   build-essential cmake pkg-config
   qtbase5-dev libgdal-dev libproj-dev libeigen3-dev libcgal-dev
   libgtest-dev libgmock-dev libbenchmark-dev
-<<<<<<< HEAD
-  fonts-dejavu-core   # the text of the report pictures
-=======
   libsegyio-dev
->>>>>>> issue-9a
+  fonts-dejavu-core   # the text of the report pictures
 )
 
 missing=()
