@@ -1,5 +1,7 @@
 #include "znobjectfile.h"
 
+#include <limits>
+
 #include <QDir>
 #include <QFile>
 
@@ -129,13 +131,20 @@ bool ZNObjectFile::readHeader(const QString& path, Header& header)
 {
     QFile file(platformPath(path));
     if (!file.open(QIODevice::ReadOnly)) return false;
+    ZNDeviceSource source(file);
+    return readHeader(source, header);
+}
+
+bool ZNObjectFile::readHeader(ZNByteSource& file, Header& header)
+{
     const GlobalHeaderInfo info = readGlobalHeader(file);
     if (info.dataOffset == kNoDataOffset) return false;
-    if (info.headerSize > file.size() - kGlobalHeaderSize) return false;
+    if (info.headerSize > std::numeric_limits<int>::max() || !file.seek(kGlobalHeaderSize) ||
+        !file.mayHold(info.headerSize))
+        return false;
 
-    if (!file.seek(kGlobalHeaderSize)) return false;
-    const QByteArray text = file.read(info.headerSize);
-    if (text.size() != info.headerSize) return false;
+    QByteArray text(static_cast<int>(info.headerSize), '\0');
+    if (!file.read(text.data(), info.headerSize)) return false;
     QDomDocument doc;
     if (!doc.setContent(text)) return false;
     const QDomElement root = doc.documentElement();
