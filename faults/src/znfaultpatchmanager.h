@@ -494,8 +494,9 @@ public:
     // core::Array..." (kind 3). With `showProgress` the bar "Faults saving: Emergency
     // Save" advances every max(1, n / 100) patches; cancelling it stops the write (false).
     // The meshes are written only when "withMesh" is set and `meshes` has one entry per
-    // descriptor (writeMesh). A failed write sends "File write error while writing fault
-    // picked point data" (kind 1) and returns false.
+    // descriptor (writeMesh). A failed write, or a patch of more entries than a reader
+    // accepts, sends "File write error while writing fault picked point data" (kind 1) and
+    // returns false.
     bool writePickedFaultData(QIODevice& file, qint64 offset, bool twoD,
                               QList<ZN3DFaultPatch*>* meshes, bool showProgress) const;
     // Reads the data block at `offset` into the fault set, whose header has been read
