@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <unordered_map>
 
 #include <core/conventions.h>
@@ -143,7 +144,7 @@ private:
 
     const ZNFaultPatchManager& m_set;
     std::vector<int> m_slot;        // entry of each root, -1 when none
-    std::vector<Entry> m_entries;
+    std::deque<Entry> m_entries;    // a deque: references stay valid as it grows
 };
 
 // Brackets a merge driver with the merging-in-progress flag.
