@@ -19,7 +19,7 @@ namespace {
 constexpr int kMaxGridIndex = 32767;        // patch origins are 16-bit grid indices
 constexpr int kMaxLabel = INT_MAX / 4;      // keeps every patch count within int
 constexpr int kMaxByteOffset = 127;         // |voxel - origin| along each axis
-constexpr int kContactChunk = 8;            // slice pairs scored in parallel at a time
+constexpr int kContactChunk = 64;           // slice pairs scored in parallel at a time
 constexpr int kFoundGrowth = 4096;          // growth of the per-pair contact buffers
 
 // What the first pass learns of one label.

@@ -18,6 +18,7 @@ constexpr double kHeapThresholdShare = 0.5;   // direct contacts are queued belo
 constexpr int kMaxProjectionSide = 2048;      // pixels; larger extents take larger pixels
 constexpr int kNoStamp = -2147483647 - 1;     // pixels no projection has stamped
 constexpr int kParallelChunk = 64;            // patches per OpenMP work item
+constexpr int kMinParallelItems = 256;        // smaller strides are not worth the threads
 
 constexpr double kRadToDeg = 180.0 / M_PI;
 
@@ -73,7 +74,7 @@ bool scoreInStrides(int first, int last, ZNStridedProgress& bar, Score score, Pu
     std::vector<core::Array<Candidate>> found(stride);
     for (int start = first; start <= last; start += stride) {
         const int count = std::min(stride, last - start + 1);
-#pragma omp parallel for schedule(dynamic, kParallelChunk)
+#pragma omp parallel for schedule(dynamic, kParallelChunk) if (count >= kMinParallelItems)
         for (int k = 0; k < count; ++k) score(start + k, found[k]);
         for (int k = 0; k < count; ++k)
             for (const Candidate& c : found[k]) push(start + k, c);
