@@ -58,6 +58,8 @@ void ZNFaultPatchManager::copyModelFrom(const ZNFaultPatchManager& other)
     m_nextInFault = other.m_nextInFault;
     m_patchVoxels = other.m_patchVoxels;
     m_contacts = other.m_contacts;
+    m_allocSize = other.m_allocSize;
+    m_minimumPatchSize = other.m_minimumPatchSize;
     m_pickedPoints = other.m_pickedPoints;
     for (const ZN3DFaultPatchLight* light : other.m_faultLights)
         m_faultLights.append(new ZN3DFaultPatchLight(*light));

@@ -256,15 +256,10 @@ void ZNFaultPatchManager::getPatchContactArrayWithFault(int faultA, int faultB,
     const int rootA = getFather(faultA);
     const int rootB = getFather(faultB);
     if (rootA == rootB || !isValidPatchId(rootA) || !isValidPatchId(rootB)) return;
-    core::Array<int> list(64);
-    getPatchListWithLinkedList(rootA, list, true);
-    for (int patch : list) {
-        const int count = getNumberOfContact(patch);
-        for (int k = 0; k < count; ++k) {
-            const int other = getContact(patch, k);
-            if (getFather(other) == rootB) contacts.add(core::Duplet(patch, other));
-        }
-    }
+    std::vector<FaultContacts> groups;
+    groupContactsByFault(rootA, groups);
+    for (const FaultContacts& g : groups)
+        if (g.fault == rootB) contacts = g.pairs;
 }
 
 void ZNFaultPatchManager::getConnexFault(int fault, core::Array<int>& faults) const
