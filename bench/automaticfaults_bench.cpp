@@ -115,7 +115,8 @@ ZNFaultPatchManager& stressSet()
                     }
                 if (i > 0) set->addContact(id(plane, i - 1, j), id(plane, i, j));
                 if (j > 0) set->addContact(id(plane, i, j - 1), id(plane, i, j));
-                if (plane > 0 && i == 0) set->addContact(id(plane - 1, kSide - 1, j), id(plane, i, j));
+                if (plane > 0 && i == 0)
+                    set->addContact(id(plane - 1, kSide - 1, j), id(plane, i, j));
             }
     }
     return *set;

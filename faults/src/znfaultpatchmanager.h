@@ -671,7 +671,8 @@ private:
     // each root's list and is kept up to date.
     void mergeRoots(int rootA, int rootB, core::Array<int>* tails);
     // The points the records of the listed patches are made of.
-    void collectPatchPoints(const core::Array<int>& patchList, core::Array<core::vec3>& points) const;
+    void collectPatchPoints(const core::Array<int>& patchList,
+                            core::Array<core::vec3>& points) const;
     // The contacts of fault `root` grouped by the other fault; no shared state touched.
     void groupContactsByFault(int root, std::vector<FaultContacts>& groups) const;
     bool sameFaultWithBoxes(int faultA, int faultB, const double boxA[6],

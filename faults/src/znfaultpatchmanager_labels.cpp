@@ -90,9 +90,8 @@ bool forEachSlice(ZNLabelSlabReader& labels, Fn fn)
 bool coverLabel(core::Array<LabelExtent>& extents, int label)
 {
     if (label < extents.size()) return true;
-    const long long doubled = 2LL * extents.size();
-    const int size = static_cast<int>(std::max<long long>(label + 1LL,
-                                                          std::min<long long>(doubled, kMaxLabel + 1LL)));
+    const long long doubled = std::min<long long>(2LL * extents.size(), kMaxLabel + 1LL);
+    const int size = static_cast<int>(std::max<long long>(label + 1LL, doubled));
     return extents.resize(size);
 }
 
@@ -174,6 +173,50 @@ bool numberAdditionalPatches(ZNLabelSlabReader& labels, LabelPatchMap& map)
     });
     map.additionalPatches = next - (map.largestLabel + 1);
     return read;
+}
+
+// Sets the origin of every patch, makes each additional patch a child of its label's
+// patch and reserves room for every voxel. False when memory runs out.
+bool placePatches(ZNFaultPatchManager& set, const LabelPatchMap& map)
+{
+    core::MultiArray<core::ByteTriplet>& voxels = set.getPatchVoxels();
+    for (int label = 1; label <= map.largestLabel; ++label) {
+        const LabelExtent& e = map.extents[label];
+        const LabelBoxes& b = map.boxes[label];
+        if (e.count == 0) continue;
+        if (b.tableOffset < 0) {
+            set.getFaultPatch(label)->setOrigin(e.min.x, e.min.y, e.min.z);
+            if (!voxels.setArraySize(label, static_cast<int>(e.count), false)) return false;
+            continue;
+        }
+        const int boxes = b.dims.x * b.dims.y * b.dims.z;
+        for (int i = 0; i < boxes; ++i) {
+            const int patch = map.boxPatch[b.tableOffset + i];
+            if (patch == 0) continue;
+            const core::Triplet o = map.boxOrigin(b, i);
+            set.getFaultPatch(patch)->setOrigin(o.x, o.y, o.z);
+            set.setFather(patch, label);
+            if (!voxels.setArraySize(patch, map.boxCount[b.tableOffset + i], false)) return false;
+        }
+    }
+    return true;
+}
+
+// Stores every labelled voxel in its patch, as offsets from the patch's origin (0..127 by
+// construction), in scan order. False on a read error.
+bool fillVoxels(ZNFaultPatchManager& set, ZNLabelSlabReader& labels, const LabelPatchMap& map)
+{
+    core::MultiArray<core::ByteTriplet>& voxels = set.getPatchVoxels();
+    const int nx = labels.nx();
+    const int ny = labels.ny();
+    return forEachSlice(labels, [&](int z, const int* slice) {
+        for (int y = 0; y < ny; ++y)
+            for (int x = 0; x < nx; ++x) {
+                const int patch = map.patchOf(slice[x + nx * y], x, y, z);
+                if (patch == 0) continue;
+                voxels.addElement(patch, set.getPatchPointByteTriplet(patch, {x, y, z}), false);
+            }
+    });
 }
 
 // The (patch, neighbour patch) pairs met from the interior pixels of slice z towards
@@ -300,42 +343,10 @@ bool ZNFaultPatchManager::initFromLabels(ZNLabelSlabReader& labels)
     m_picked = false;
     m_blocSpace = labels.blocSpace();
 
-    // Origins, fathers of the additional patches and room for every voxel.
-    for (int label = 1; label <= map.largestLabel; ++label) {
-        const LabelExtent& e = map.extents[label];
-        const LabelBoxes& b = map.boxes[label];
-        if (e.count == 0) continue;
-        if (b.tableOffset < 0) {
-            m_patches[label].setOrigin(e.min.x, e.min.y, e.min.z);
-            if (!m_patchVoxels.setArraySize(label, static_cast<int>(e.count), false))
-                return fail(QStringLiteral("not enough memory for the voxels"));
-            continue;
-        }
-        const int boxes = b.dims.x * b.dims.y * b.dims.z;
-        for (int i = 0; i < boxes; ++i) {
-            const int patch = map.boxPatch[b.tableOffset + i];
-            if (patch == 0) continue;
-            const core::Triplet o = map.boxOrigin(b, i);
-            m_patches[patch].setOrigin(o.x, o.y, o.z);
-            m_patches[patch].setFather(label);
-            if (!m_patchVoxels.setArraySize(patch, map.boxCount[b.tableOffset + i], false))
-                return fail(QStringLiteral("not enough memory for the voxels"));
-        }
-    }
+    if (!placePatches(*this, map)) return fail(QStringLiteral("not enough memory for the voxels"));
     initElementListBis();
-
-    // Voxels, as offsets from their patch's origin (0..127 by construction).
-    const int nx = labels.nx();
-    const int ny = labels.ny();
-    const bool read = forEachSlice(labels, [&](int z, const int* slice) {
-        for (int y = 0; y < ny; ++y)
-            for (int x = 0; x < nx; ++x) {
-                const int patch = map.patchOf(slice[x + nx * y], x, y, z);
-                if (patch == 0) continue;
-                m_patchVoxels.addElement(patch, getPatchPointByteTriplet(patch, {x, y, z}), false);
-            }
-    });
-    if (!read) return fail(QStringLiteral("the label volume could not be read"));
+    if (!fillVoxels(*this, labels, map))
+        return fail(QStringLiteral("the label volume could not be read"));
 
     // Lateral contacts between patches, then the patch parameters.
     m_contacts.init(n, m_allocSize);
@@ -445,7 +456,8 @@ bool ZNFaultPatchManager::getLateralContact(const ZN3DImage<int>* labels, int pr
     if (!reader.isUsable() || !ensureContactLists()) return false;
     ZNEventBus::sendMessage(ZNEventBus::Detail, kLateralContactTitle);
     const int pairs = std::max(0, reader.nz() - 1);
-    const int bar = ZNProgressBarMgr::createProgressBar(kLateralContactTitle, pairs, progressParent);
+    const int bar =
+        ZNProgressBarMgr::createProgressBar(kLateralContactTitle, pairs, progressParent);
     const auto sameLabel = [](int label, int, int, int) { return label; };
     bool stopped = false;
     lateralContactPass(

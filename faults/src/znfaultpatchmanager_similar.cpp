@@ -60,7 +60,8 @@ QString faultName(const ZNFaultPatchManager& set, int faultId)
 int ZNFaultPatchManager::getNumberOfSticks(int patch) const
 {
     if (!isValidPatchId(patch)) return 0;
-    return core::sticks::countSticks(m_pickedPoints.getArray(patch), m_pickedPoints.getCount(patch));
+    return core::sticks::countSticks(m_pickedPoints.getArray(patch),
+                                     m_pickedPoints.getCount(patch));
 }
 
 int ZNFaultPatchManager::getNumberOfIsolatedPickedPoints(int patch) const
@@ -225,7 +226,8 @@ bool ZNFaultPatchManager::getSameFaultArray(core::Array<core::Duplet>& pairs, in
         run.clear();
         run.add(fault);
         bar.next();
-        while (!bar.isCancelled() && heap.top() && heap.top()->cost == key && heap.pop(key, fault)) {
+        while (!bar.isCancelled() && heap.top() && heap.top()->cost == key) {
+            heap.pop(key, fault);
             run.add(fault);
             bar.next();
         }

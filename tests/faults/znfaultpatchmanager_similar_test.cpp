@@ -13,7 +13,10 @@ using namespace fixtures;
 namespace {
 
 // Two sticks on inlines x and x + 2.
-Points baseFault(double x) { return {P(x, 20, 30), P(x, 25, 31), S, P(x + 2, 20, 30), P(x + 2, 26, 32)}; }
+Points baseFault(double x)
+{
+    return {P(x, 20, 30), P(x, 25, 31), S, P(x + 2, 20, 30), P(x + 2, 26, 32)};
+}
 
 std::vector<std::pair<int, int>> pairsOf(const core::Array<core::Duplet>& pairs)
 {
@@ -31,8 +34,8 @@ void fillDuplicates(ZNFaultPatchManager& set)
     append(set, 8, {P(10, 20, 30), P(10.3, 25.2, 30.8), S, P(12, 20, 30), P(12, 26, 32)});
     append(set, 9, {P(40, 40, 40)});
     append(set, 10, {P(40, 40, 40)});
-    set.getFaultPatch(6)->SetUnitObject(
-        georef::UnitObject(georef::UnitObject::SpatialMetre, georef::UnitObject::VerticalMillisecond));
+    using Units = georef::UnitObject;
+    set.getFaultPatch(6)->SetUnitObject(Units(Units::SpatialMetre, Units::VerticalMillisecond));
 }
 
 } // namespace
