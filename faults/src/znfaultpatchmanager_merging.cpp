@@ -97,6 +97,18 @@ void listTails(const ZNFaultPatchManager& set, core::Array<int>& tails)
     }
 }
 
+// The points of each fault, at its root's index.
+std::vector<long long> faultSizes(const ZNFaultPatchManager& set)
+{
+    const int n = set.getNumberOfPatch();
+    std::vector<long long> size(n, 0);
+    for (int i = 0; i < n; ++i) {
+        const int root = set.getFather(i);
+        if (root >= 0 && root < n) size[root] += set.getFaultPatch(i)->getNbPoint();
+    }
+    return size;
+}
+
 // The merged record and normal of each fault a merge driver has met, so that each test
 // costs one eigen-solve instead of a pass over the fault's patches.
 class FaultCache {
@@ -353,11 +365,7 @@ bool ZNFaultPatchManager::getSortedFaultContact(core::Heap<core::Duplet>& heap, 
 {
     heap.clear();
     const int n = getNumberOfPatch();
-    std::vector<long long> size(n, 0);   // points of each fault, at its root
-    for (int i = 0; i < n; ++i) {
-        const int root = getFather(i);
-        if (root >= 0 && root < n) size[root] += m_patches[i].getNbPoint();
-    }
+    const std::vector<long long> size = faultSizes(*this);
     const auto score = [&](int root, core::Array<Candidate>& out) {
         out.clear();
         if (getFather(root) != root || size[root] < minFaultSize) return;
@@ -387,11 +395,7 @@ bool ZNFaultPatchManager::fastContactMergingWithFaultContactBis(
         return false;
 
     const int n = getNumberOfPatch();
-    std::vector<long long> size(n, 0);
-    for (int i = 0; i < n; ++i) {
-        const int root = getFather(i);
-        if (root >= 0 && root < n) size[root] += m_patches[i].getNbPoint();
-    }
+    std::vector<long long> size = faultSizes(*this);
     core::Array<int> tails(kPatchGrowthStep);
     listTails(*this, tails);
     std::vector<FaultContacts> groups;
