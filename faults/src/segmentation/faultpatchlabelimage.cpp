@@ -5,11 +5,10 @@
 #include <memory>
 #include <new>
 
-#include <core/array.h>
 #include <core/assertion.h>
 #include <zneventbus.h>
 
-#include "segmentation/patchgrowth.h"
+#include "segmentation/maskedgrowth.h"
 #include "segmentation/patchspread.h"
 #include "segmentation/progressscope.h"
 #include "segmentation/takeablemask.h"
@@ -18,10 +17,13 @@ namespace fault::segmentation {
 
 namespace {
 
-// The patch array holds this many times the largest patch, so that it rarely grows.
-constexpr long long kPatchReserveFactor = 10;
+// The patch buffer starts with room for the largest patch, up to this many voxels.
+constexpr int kMaxPatchReserve = 1 << 24;
 // A patch is kept with at least maxPatchSize / kMinSizeDivisor voxels.
 constexpr int kMinSizeDivisor = 3;
+// A growing patch is checked for a spread that already rules it out every time it has
+// taken this many more voxels.
+constexpr int kSpreadCheckStride = 32;
 
 // Free voxels that a later seed is known to grow into a patch that is again too small.
 // Negative, so growth takes them as it takes any free voxel; not kUnlabelled, so the scan
@@ -53,10 +55,11 @@ public:
     LabelScan(const detail::VolumeView& volume, const ScanSettings& settings, int firstLabel)
         : m_volume(volume), m_settings(settings), m_mask(volume, settings.threshold),
           m_label(firstLabel), m_sliceCount(volume.nz),
-          m_minPatchSize(settings.maxPatchSize / kMinSizeDivisor)
+          m_minPatchSize(settings.maxPatchSize / kMinSizeDivisor),
+          m_reach(std::min(settings.growthIterations,
+                           std::max({volume.nx, volume.ny, volume.nz})))
     {
-        const long long reserve = kPatchReserveFactor * settings.maxPatchSize;
-        m_patch.reserve(static_cast<int>(std::min<long long>(reserve, kMaxReserve)));
+        m_patch.reserve(std::max(1, std::min(settings.maxPatchSize, kMaxPatchReserve)));
     }
 
     // False when memory ran out for the scan's own state.
@@ -96,23 +99,35 @@ public:
     }
 
 private:
-    static constexpr long long kMaxReserve = 1 << 28;
-
     void growAndJudge(const core::Triplet& seed, std::size_t seedIndex)
     {
         // The patch is grown in the mask only; the labels are written once it is kept, so a
-        // rejected patch costs no label writes.
-        const detail::GrowthEnd end =
-            detail::growPatchMasked(m_mask, seed, m_patch, m_settings.growthIterations,
-                                    m_settings.maxPatchSize);
+        // rejected patch costs no label writes. Its moments follow the growth, so that it
+        // is stopped as soon as its spread rules it out: a rejected patch leaves no trace,
+        // so how much of it was grown does not matter.
+        m_moments.reset();
+        int nextCheck = kSpreadCheckStride;
+        auto keepGrowing = [&]() {
+            if (m_patch.size() < nextCheck) return true;
+            m_moments.add(m_patch.begin() + m_moments.count(), m_patch.end());
+            nextCheck = m_patch.size() + kSpreadCheckStride;
+            return !m_moments.forcesDeviationOver(m_settings.maxPlaneDeviation,
+                                                  m_settings.maxPatchSize, m_reach);
+        };
+        const detail::GrowthEnd end = detail::growPatchMasked(
+            m_mask, seed, m_patch, m_settings.growthIterations, m_settings.maxPatchSize,
+            keepGrowing);
         if (m_patch.empty()) {  // the array could not hold even the seed: nothing grown
             m_mask.set(seed.x, seed.y, seed.z, isAboveThreshold(seedIndex));
             return;
         }
         const bool bigEnough = m_patch.size() >= m_minPatchSize;
-        if (bigEnough && m_settings.maxPlaneDeviation > planeDeviation(m_patch)) {
-            accept(seed.z);
-            return;
+        if (bigEnough && end != detail::GrowthEnd::Stopped) {
+            m_moments.add(m_patch.begin() + m_moments.count(), m_patch.end());
+            if (m_settings.maxPlaneDeviation > m_moments.planeDeviation()) {
+                accept(seed.z);
+                return;
+            }
         }
         const bool skipLaterSeeds = !bigEnough && end == detail::GrowthEnd::Exhausted;
         undo(seedIndex, skipLaterSeeds);
@@ -144,7 +159,7 @@ private:
         m_mask.set(seed.x, seed.y, seed.z, isAboveThreshold(seedIndex));
         for (int k = 1; k < m_patch.size(); ++k) {
             const core::Triplet& v = m_patch[k];
-            m_mask.set(v.x, v.y, v.z, true);
+            m_mask.setBit(m_mask.bitOf(v.x, v.y, v.z));
             const std::size_t i = m_volume.index(v.x, v.y, v.z);
             if (markLaterSeeds && i > seedIndex) m_volume.labels[i] = kKnownTooSmall;
         }
@@ -156,8 +171,10 @@ private:
     int m_label;               // label of the next accepted patch
     int m_sliceCount;          // slices to scan; lowered once the label budget is spent
     int m_minPatchSize;        // smallest patch kept
+    int m_reach;               // farthest a patch voxel lies from its seed along an axis
     bool m_budgetSpent = false;
-    core::Array<core::Triplet> m_patch;  // the patch being judged, reused for every seed
+    detail::PatchBuffer m_patch;  // the patch being judged, reused for every seed
+    VoxelMoments m_moments;       // of the first voxels of m_patch
 };
 
 } // namespace

@@ -8,6 +8,11 @@ TakeableMask::TakeableMask(const VolumeView& volume, double threshold)
     : m_ny(volume.ny),
       m_wordsPerRow((static_cast<std::size_t>(volume.nx) + 2 + kWordMask) / kWordBits)
 {
+    int k = 0;
+    for (int dz = -1; dz <= 1; ++dz)
+        for (int dy = -1; dy <= 1; ++dy)
+            for (int dx = -1; dx <= 1; ++dx, ++k)
+                m_neighbourOffsets[k] = dx + dy * rowStride() + dz * sliceStride();
     const std::size_t rows = static_cast<std::size_t>(volume.ny + 2) * (volume.nz + 2);
     // One spare word so that a read of three bits at the very end stays inside.
     const std::size_t words = rows * m_wordsPerRow + 1;
