@@ -17,11 +17,14 @@ constexpr int kFirstCapacity = 1024;
 bool PatchBuffer::reserve(int capacity)
 {
     if (capacity <= m_capacity) return true;
-    std::unique_ptr<core::Triplet[]> fresh(new (std::nothrow)
-                                               core::Triplet[static_cast<size_t>(capacity)]);
-    if (!fresh) return false;
-    std::copy(begin(), end(), fresh.get());
-    m_data = std::move(fresh);
+    const std::size_t n = static_cast<std::size_t>(capacity);
+    std::unique_ptr<core::Triplet[]> voxels(new (std::nothrow) core::Triplet[n]);
+    std::unique_ptr<std::size_t[]> bits(new (std::nothrow) std::size_t[n]);
+    if (!voxels || !bits) return false;
+    std::copy(m_voxels.get(), m_voxels.get() + m_size, voxels.get());
+    std::copy(m_bits.get(), m_bits.get() + m_size, bits.get());
+    m_voxels = std::move(voxels);
+    m_bits = std::move(bits);
     m_capacity = capacity;
     return true;
 }

@@ -13,8 +13,9 @@
 
 namespace fault::segmentation::detail {
 
-// The voxels of one patch in the order taken. Emptying it keeps its storage and does not
-// touch its contents, so that the scan can reuse it for every seed at no cost.
+// The voxels of one patch in the order taken, each with its bit in the takeable mask.
+// Emptying it keeps its storage and does not touch its contents, so that the scan can
+// reuse it for every seed at no cost.
 class PatchBuffer {
 public:
     // Room for `capacity` voxels; false when memory runs out (the buffer is then unchanged).
@@ -23,22 +24,27 @@ public:
     void clear() { m_size = 0; }
     int size() const { return m_size; }
     bool empty() const { return m_size == 0; }
-    const core::Triplet& operator[](int i) const { return m_data[i]; }
-    const core::Triplet* begin() const { return m_data.get(); }
-    const core::Triplet* end() const { return m_data.get() + m_size; }
+    const core::Triplet& operator[](int i) const { return m_voxels[i]; }
+    std::size_t bit(int i) const { return m_bits[i]; }
+    const core::Triplet* begin() const { return m_voxels.get(); }
+    const core::Triplet* end() const { return m_voxels.get() + m_size; }
 
-    // Appends `v`, growing the storage when full; false when memory runs out.
-    bool add(const core::Triplet& v)
+    // Appends voxel `v` whose mask bit is `bit`, growing the storage when full; false when
+    // memory runs out.
+    bool add(const core::Triplet& v, std::size_t bit)
     {
         if (m_size == m_capacity && !grow()) return false;
-        m_data[m_size++] = v;
+        m_voxels[m_size] = v;
+        m_bits[m_size] = bit;
+        ++m_size;
         return true;
     }
 
 private:
     bool grow();
 
-    std::unique_ptr<core::Triplet[]> m_data;
+    std::unique_ptr<core::Triplet[]> m_voxels;
+    std::unique_ptr<std::size_t[]> m_bits;
     int m_size = 0;
     int m_capacity = 0;
 };
@@ -55,28 +61,6 @@ inline int lowestSetBit(uint32_t bits)
 #endif
 }
 
-// Offsets of the 27 neighbours of TakeableMask::around(), in its bit order.
-struct NeighbourSteps {
-    int dx[TakeableMask::kNeighbourCount] = {};
-    int dy[TakeableMask::kNeighbourCount] = {};
-    int dz[TakeableMask::kNeighbourCount] = {};
-};
-
-constexpr NeighbourSteps makeNeighbourSteps()
-{
-    NeighbourSteps steps;
-    int k = 0;
-    for (int dz = -1; dz <= 1; ++dz)
-        for (int dy = -1; dy <= 1; ++dy)
-            for (int dx = -1; dx <= 1; ++dx, ++k) {
-                steps.dx[k] = dx;
-                steps.dy[k] = dy;
-                steps.dz[k] = dz;
-            }
-    return steps;
-}
-inline constexpr NeighbourSteps kNeighbourSteps = makeNeighbourSteps();
-
 // Grows a patch from `seed` (inside the volume) as growPatch would on the volume and
 // labels that `mask` describes, but clears the bits of the voxels taken instead of
 // labelling them. `keepGrowing()` is asked after every voxel visited; when it answers
@@ -85,18 +69,20 @@ template <class KeepGrowing>
 GrowthEnd growPatchMasked(TakeableMask& mask, core::Triplet seed, PatchBuffer& patch,
                           int maxRings, int maxVoxels, KeepGrowing&& keepGrowing)
 {
-    mask.clearBit(mask.bitOf(seed.x, seed.y, seed.z));
+    const std::size_t seedBit = mask.bitOf(seed.x, seed.y, seed.z);
+    mask.clearBit(seedBit);
     patch.clear();
-    if (!patch.add(seed)) return GrowthEnd::VoxelLimit;
+    if (!patch.add(seed, seedBit)) return GrowthEnd::VoxelLimit;
 
-    const NeighbourSteps& step = kNeighbourSteps;
-    auto visit = [&](const core::Triplet& v) {
-        const std::size_t centre = mask.bitOf(v.x, v.y, v.z);
+    auto visit = [&](int i) {
+        const core::Triplet v = patch[i];
+        const std::size_t centre = patch.bit(i);
         for (uint32_t bits = mask.around(centre); bits != 0; bits &= bits - 1) {
-            const int k = lowestSetBit(bits);
-            if (!patch.add(core::Triplet(v.x + step.dx[k], v.y + step.dy[k], v.z + step.dz[k])))
+            const TakeableMask::Neighbour& n = mask.neighbour(lowestSetBit(bits));
+            const std::size_t taken = centre + n.bitOffset;
+            if (!patch.add(core::Triplet(v.x + n.dx, v.y + n.dy, v.z + n.dz), taken))
                 return VisitEnd::PatchFull;
-            mask.clearBit(centre + mask.neighbourOffset(k));
+            mask.clearBit(taken);
             if (patch.size() >= maxVoxels) return VisitEnd::PatchFull;
         }
         return keepGrowing() ? VisitEnd::Continue : VisitEnd::Stopped;

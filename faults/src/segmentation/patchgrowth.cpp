@@ -54,7 +54,8 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
 
     const Neighbourhood around(volume.nx, volume.ny);
     // Takes what it may around v.
-    auto visit = [&](const core::Triplet& v) {
+    auto visit = [&](int i) {
+        const core::Triplet v = patch[i];
         const std::size_t centre = volume.index(v.x, v.y, v.z);
         const bool interior = isInterior(volume, v);
         for (int k = 0; k < kNeighbourCount; ++k) {

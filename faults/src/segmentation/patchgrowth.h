@@ -45,8 +45,8 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
                     core::Array<core::Triplet>& patch, int maxRings, int maxVoxels,
                     double threshold);
 
-// The ring loop shared by the growths. `visit(v)` takes what it may around voxel v;
-// `patch` (indexable, with size()) holds the labelled seed.
+// The ring loop shared by the growths. `visit(i)` takes what it may around voxel i of
+// `patch` (with size()), which holds the labelled seed.
 template <class Patch, class Visit>
 GrowthEnd growRings(Patch& patch, int maxRings, Visit&& visit)
 {
@@ -55,7 +55,7 @@ GrowthEnd growRings(Patch& patch, int maxRings, Visit&& visit)
     int end = patch.size();
     for (int ring = 0;;) {
         for (int i = begin; i < end; ++i) {
-            const VisitEnd visited = visit(core::Triplet(patch[i]));
+            const VisitEnd visited = visit(i);
             if (visited == VisitEnd::PatchFull) return GrowthEnd::VoxelLimit;
             if (visited == VisitEnd::Stopped) return GrowthEnd::Stopped;
         }

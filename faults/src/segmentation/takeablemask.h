@@ -5,6 +5,7 @@
 // bits instead of testing 52 samples. Internal to the segmentation.
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 
 #include "segmentation/patchgrowth.h"
@@ -19,6 +20,9 @@ public:
     // The mask of `volume` for `threshold`, from its current labels. Null (isNull()) when
     // memory runs out.
     TakeableMask(const VolumeView& volume, double threshold);
+    // A copy of `other`; null when memory runs out.
+    TakeableMask(const TakeableMask& other);
+    TakeableMask& operator=(const TakeableMask&) = delete;
 
     bool isNull() const { return !m_words; }
 
@@ -41,24 +45,37 @@ public:
     uint32_t around(std::size_t bit) const
     {
         const std::size_t first = bit - 1;  // voxel x - 1, in the same row
-        const std::size_t word = first >> kWordShift;
-        const unsigned shift = static_cast<unsigned>(first & kWordMask);
-        // Every row starts on a word, so the nine rows share the shift. Two words cover
-        // three bits at any shift; for shift 0 the second contributes nothing.
-        const std::ptrdiff_t row = static_cast<std::ptrdiff_t>(m_wordsPerRow);
-        const std::ptrdiff_t slice = row * (m_ny + 2);
-        uint32_t bits = 0;
-        int k = 0;
-        for (int dz = -1; dz <= 1; ++dz)
-            for (int dy = -1; dy <= 1; ++dy, k += kRowBits) {
-                const uint64_t* w = m_words.get() + word + dz * slice + dy * row;
-                const uint64_t three = (w[0] >> shift) | ((w[1] << 1) << (kWordMask - shift));
-                bits |= static_cast<uint32_t>(three & kThreeBits) << k;
-            }
-        return bits;
+        // Rows start on whole words, so the offset from a row to another is whole bytes.
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+        auto three = [&](std::ptrdiff_t rowBytes) {
+            return threeFromWords(first + rowBytes * kByteBits);
+        };
+#else
+        // On a little-endian machine bit b of the mask is bit b % 8 of byte b / 8, so one
+        // unaligned read of eight bytes holds the three bits, at the same shift in every
+        // row. The spare word at the end keeps every read inside.
+        const unsigned char* start =
+            reinterpret_cast<const unsigned char*>(m_words.get()) + first / kByteBits;
+        const unsigned shift = static_cast<unsigned>(first % kByteBits);
+        auto three = [start, shift](std::ptrdiff_t rowBytes) {
+            uint64_t bits;
+            std::memcpy(&bits, start + rowBytes, sizeof bits);
+            return static_cast<uint32_t>((bits >> shift) & kThreeBits);
+        };
+#endif
+        const std::ptrdiff_t row = m_rowBytes;
+        const std::ptrdiff_t slice = m_sliceBytes;
+        return three(-slice - row) | three(-slice) << 3 | three(-slice + row) << 6 |
+               three(-row) << 9 | three(0) << 12 | three(row) << 15 |
+               three(slice - row) << 18 | three(slice) << 21 | three(slice + row) << 24;
     }
-    // Bit distance from a voxel to its neighbour k of around().
-    std::ptrdiff_t neighbourOffset(int k) const { return m_neighbourOffsets[k]; }
+    // Neighbour k of around(): its steps along x, y and z from the voxel, and the
+    // distance between their bits.
+    struct Neighbour {
+        std::ptrdiff_t bitOffset;
+        int dx, dy, dz;
+    };
+    const Neighbour& neighbour(int k) const { return m_neighbours[k]; }
 
     bool test(std::size_t bit) const
     {
@@ -82,8 +99,19 @@ private:
     static constexpr unsigned kWordBits = 64;
     static constexpr unsigned kWordShift = 6;
     static constexpr std::size_t kWordMask = kWordBits - 1;
-    static constexpr unsigned kRowBits = 3;
     static constexpr uint64_t kThreeBits = 7;
+    static constexpr std::size_t kByteBits = 8;
+
+    // Bits `bit`, `bit` + 1 and `bit` + 2 as bits 0, 1, 2, read word by word. For shift 0
+    // the second word contributes nothing.
+    uint32_t threeFromWords(std::size_t bit) const
+    {
+        const std::size_t word = bit >> kWordShift;
+        const unsigned shift = static_cast<unsigned>(bit & kWordMask);
+        const uint64_t bits =
+            (m_words[word] >> shift) | ((m_words[word + 1] << 1) << (kWordMask - shift));
+        return static_cast<uint32_t>(bits & kThreeBits);
+    }
 
     // First bit of row (y, z). Rows and slices are padded by one empty row or slice on
     // each side, and every row by one empty bit on each side, so that no neighbour read
@@ -97,8 +125,11 @@ private:
     }
 
     int m_ny;
+    std::size_t m_wordCount;  // with the spare word
     std::size_t m_wordsPerRow;
-    std::ptrdiff_t m_neighbourOffsets[kNeighbourCount];
+    std::ptrdiff_t m_rowBytes;    // rowStride() / kByteBits
+    std::ptrdiff_t m_sliceBytes;  // sliceStride() / kByteBits
+    Neighbour m_neighbours[kNeighbourCount];
     std::unique_ptr<uint64_t[]> m_words;
 };
 

@@ -1,0 +1,213 @@
+#include "segmentation/labelscan.h"
+
+#include <algorithm>
+#include <chrono>
+#include <numeric>
+#include <new>
+
+#include <omp.h>
+
+#include "segmentation/faultpatchlabelimage.h"
+
+namespace fault::segmentation::detail {
+
+namespace {
+
+// A patch is kept with at least maxPatchSize / kMinSizeDivisor voxels.
+constexpr int kMinSizeDivisor = 3;
+// The scan looks this many voxels ahead at most for seeds to grow at the same time.
+constexpr std::size_t kLookAhead = 4096;
+
+// Free voxels that a later seed is known to grow into a patch that is again too small.
+// Negative, so growth takes them as it takes any free voxel; not kUnlabelled, so the scan
+// does not seed there. The scan turns each one back into kUnlabelled as it passes it.
+//
+// Why skipping those seeds cannot change the result: a rejected patch is undone, so it
+// leaves no trace. A patch that was too small and stopped because it had nothing left to
+// take (not because of its ring or voxel limit) holds every free voxel that can be
+// reached from its seed through voxels above the threshold. A later seed inside it can
+// only reach a subset of those voxels, since voxels are only ever taken away from the
+// free set meanwhile; its patch is therefore too small as well and would be undone.
+constexpr int kKnownTooSmall = kUnlabelled + 1;
+static_assert(kKnownTooSmall < 0, "marked voxels must stay free for growth");
+
+int threadCount(const ScanTuning& tuning)
+{
+    const int wanted = tuning.threads > 0 ? tuning.threads
+                       : omp_in_parallel() ? 1
+                                           : omp_get_max_threads();
+    return std::max(1, std::min(wanted, LabelScan::kMaxThreads));
+}
+
+} // namespace
+
+LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int firstLabel,
+                     const ScanTuning& tuning)
+    : m_volume(volume), m_settings(settings), m_tuning(tuning), m_label(firstLabel),
+      m_sliceCount(volume.nz)
+{
+    PatchRules rules;
+    rules.maxRings = settings.growthIterations;
+    rules.maxVoxels = settings.maxPatchSize;
+    rules.minVoxels = settings.maxPatchSize / kMinSizeDivisor;
+    rules.maxDeviation = settings.maxPlaneDeviation;
+    rules.reach = std::min(settings.growthIterations, std::max({volume.nx, volume.ny, volume.nz}));
+    const TakeableMask mask(volume, settings.threshold);
+    if (mask.isNull()) return;
+    // Every thread has its own grower and copy of the mask; fewer threads when memory
+    // runs short.
+    for (int k = 0; k < threadCount(tuning); ++k) {
+        std::unique_ptr<PatchGrower> grower(
+            new (std::nothrow) PatchGrower(volume, settings.threshold, mask, rules));
+        if (!grower || grower->isNull()) break;
+        m_growers[m_threadCount++] = std::move(grower);
+    }
+    const int perThread = std::max(1, tuning.seedsPerThread);
+    m_seedsPerGo = std::min(kMaxGrowers, m_threadCount * perThread);
+}
+
+void LabelScan::scanSlice(int z)
+{
+    const std::size_t sliceStart = m_volume.index(0, 0, z);
+    const std::size_t sliceEnd = m_volume.index(0, 0, z + 1);
+    for (std::size_t i = sliceStart; i < sliceEnd; ++i) {
+        int& mark = m_volume.labels[i];
+        if (mark == kKnownTooSmall) {
+            mark = kUnlabelled;
+            continue;
+        }
+        if (!isSeed(i)) continue;
+        // Seeds grown ahead that are no seeds any more were marked meanwhile.
+        while (m_next < m_grownCount && m_grown[m_next].seed < i) ++m_next;
+        const bool grownAhead = m_next < m_grownCount && m_grown[m_next].seed == i &&
+                                m_grown[m_next].generation == m_generation;
+        if (!grownAhead) growFrom(i, sliceEnd);
+        commit(m_grown[m_next++], z);
+    }
+}
+
+void LabelScan::clearMarksFrom(int z)
+{
+    if (z >= m_volume.nz) return;
+    const long long begin = static_cast<long long>(m_volume.index(0, 0, z));
+    const long long end = static_cast<long long>(m_volume.index(0, 0, m_volume.nz));
+    int* labels = m_volume.labels;
+#pragma omp parallel for schedule(static)
+    for (long long i = begin; i < end; ++i)
+        if (labels[i] == kKnownTooSmall) labels[i] = kUnlabelled;
+}
+
+bool LabelScan::isSeed(std::size_t i) const
+{
+    return m_volume.labels[i] == kUnlabelled &&
+           static_cast<double>(m_volume.likelihood[i]) >= m_settings.threshold;
+}
+
+core::Triplet LabelScan::voxelAt(std::size_t i) const
+{
+    const std::size_t nx = static_cast<std::size_t>(m_volume.nx);
+    const std::size_t row = i / nx;  // y + ny z
+    const std::size_t ny = static_cast<std::size_t>(m_volume.ny);
+    return core::Triplet(static_cast<int>(i % nx), static_cast<int>(row % ny),
+                         static_cast<int>(row / ny));
+}
+
+void LabelScan::growFrom(std::size_t i, std::size_t sliceEnd)
+{
+    m_grown[0].seed = i;
+    int count = 1;
+    if (m_threadCount > 1 && m_speculate && m_pacing.allows()) {
+        const std::size_t end = std::min(sliceEnd, i + kLookAhead);
+        // Marked voxels are no seeds; a seed found here may still be marked or labelled
+        // before the scan reaches it, and is then skipped there as it would be anyway.
+        for (std::size_t j = i + 1; j < end && count < m_seedsPerGo; ++j)
+            if (isSeed(j)) m_grown[count++].seed = j;
+    }
+    if (count == 1) {
+        m_grown[0].verdict = m_growers[0]->grow(voxelAt(i), i);
+        m_grown[0].grower = 0;
+    } else {
+        growInParallel(count);
+    }
+    for (int k = 0; k < count; ++k) m_grown[k].generation = m_generation;
+    m_grownCount = count;
+    m_next = 0;
+}
+
+void LabelScan::growInParallel(int count)
+{
+    using Clock = std::chrono::steady_clock;
+    Clock::duration work[kMaxGrowers];
+    const Clock::time_point start = Clock::now();
+#pragma omp parallel for schedule(dynamic, 1) num_threads(m_threadCount)
+    for (int k = 0; k < count; ++k) {
+        const Clock::time_point begin = Clock::now();
+        const int thread = omp_get_thread_num();
+        Grown& grown = m_grown[k];
+        grown.verdict = m_growers[thread]->grow(voxelAt(grown.seed), grown.seed);
+        grown.grower = thread;
+        work[k] = Clock::now() - begin;
+    }
+    const Clock::duration wall = Clock::now() - start;
+    m_pacing.record(wall < std::accumulate(work, work + count, Clock::duration::zero()));
+}
+
+void LabelScan::commit(const Grown& grown, int z)
+{
+    const Verdict& verdict = grown.verdict;
+    m_speculate = !verdict.kept && verdict.grown >= m_tuning.speculationMinVoxels;
+    if (!verdict.kept && !verdict.exhaustedTooSmall) return;  // no trace left
+    // The patch is needed. Its grower holds it if it was its last growth; otherwise the
+    // first grower grows it again, on the same label state and so to the same patch.
+    const core::Triplet seed = voxelAt(grown.seed);
+    const PatchBuffer* patch = &m_growers[grown.grower]->patch();
+    if (patch->empty() || (*patch)[0] != seed) {
+        m_growers[0]->grow(seed, grown.seed);
+        patch = &m_growers[0]->patch();
+    }
+    if (verdict.kept) {
+        accept(*patch, z);
+        for (int k = 0; k < m_threadCount; ++k) m_growers[k]->take(*patch);
+        ++m_generation;
+    } else {
+        markLaterSeeds(*patch, grown.seed);
+    }
+}
+
+void LabelScan::accept(const PatchBuffer& patch, int z)
+{
+    for (const core::Triplet& v : patch) m_volume.labels[m_volume.index(v.x, v.y, v.z)] = m_label;
+    ++m_label;
+    if (!m_budgetSpent && m_label > m_settings.maxLabelCount) {
+        const long long reach = static_cast<long long>(z) + m_settings.growthIterations + 1;
+        m_sliceCount = static_cast<int>(std::min<long long>(m_volume.nz, reach));
+        m_budgetSpent = true;
+    }
+}
+
+void LabelScan::markLaterSeeds(const PatchBuffer& patch, std::size_t seed)
+{
+    for (const core::Triplet& v : patch) {
+        const std::size_t i = m_volume.index(v.x, v.y, v.z);
+        if (i > seed) m_volume.labels[i] = kKnownTooSmall;
+    }
+}
+
+bool LabelScan::Pacing::allows()
+{
+    if (m_skip == 0) return true;
+    --m_skip;
+    return false;
+}
+
+void LabelScan::Pacing::record(bool paid)
+{
+    if (paid) {
+        m_backOff = 1;
+        return;
+    }
+    m_skip = m_backOff;
+    m_backOff = std::min(2 * m_backOff, kMaxBackOff);
+}
+
+} // namespace fault::segmentation::detail
