@@ -43,17 +43,20 @@ int threadCount(const ScanTuning& tuning)
 
 LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int firstLabel,
                      const ScanTuning& tuning)
-    : m_volume(volume), m_settings(settings), m_tuning(tuning), m_label(firstLabel),
-      m_sliceCount(volume.nz)
+    : m_volume(volume), m_settings(settings),
+      m_atThreshold(volume.nx, volume.ny, volume.nz),
+      m_tuning(tuning), m_label(firstLabel), m_sliceCount(volume.nz)
 {
+    static_assert(kUnlabelledValue == kUnlabelled, "the scan's own copy of the free label");
     PatchRules rules;
     rules.maxRings = settings.growthIterations;
     rules.maxVoxels = settings.maxPatchSize;
     rules.minVoxels = settings.maxPatchSize / kMinSizeDivisor;
     rules.maxDeviation = settings.maxPlaneDeviation;
     rules.reach = std::min(settings.growthIterations, std::max({volume.nx, volume.ny, volume.nz}));
-    const TakeableMask mask(volume, settings.threshold);
-    if (mask.isNull()) return;
+    TakeableMask mask(volume.nx, volume.ny, volume.nz);
+    if (mask.isNull() || m_atThreshold.isNull()) return;
+    TakeableMask::select(volume, settings.threshold, mask, m_atThreshold);
     // Every thread has its own grower and copy of the mask; fewer threads when memory
     // runs short.
     for (int k = 0; k < threadCount(tuning); ++k) {
@@ -68,22 +71,38 @@ LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int
 
 void LabelScan::scanSlice(int z)
 {
-    const std::size_t sliceStart = m_volume.index(0, 0, z);
+    // Only voxels of the takeable mask or at the threshold can seed, and marks lie on
+    // takeable voxels only; so the scan visits the set bits of both masks. A word read
+    // once stays good while its voxels are judged: keeping a patch only clears bits, and
+    // the labels say what is still free.
     const std::size_t sliceEnd = m_volume.index(0, 0, z + 1);
-    for (std::size_t i = sliceStart; i < sliceEnd; ++i) {
-        int& mark = m_volume.labels[i];
-        if (mark == kKnownTooSmall) {
-            mark = kUnlabelled;
-            continue;
-        }
-        if (!isSeed(i)) continue;
-        // Seeds grown ahead that are no seeds any more were marked meanwhile.
-        while (m_next < m_grownCount && m_grown[m_next].seed < i) ++m_next;
-        const bool grownAhead = m_next < m_grownCount && m_grown[m_next].seed == i &&
-                                m_grown[m_next].generation == m_generation;
-        if (!grownAhead) growFrom(i, sliceEnd);
-        commit(m_grown[m_next++], z);
+    const std::size_t words = m_atThreshold.wordsPerRow();
+    for (int y = 0; y < m_volume.ny; ++y) {
+        const uint64_t* takeable = m_growers[0]->mask().row(y, z);
+        const uint64_t* atThreshold = m_atThreshold.row(y, z);
+        const std::size_t rowStart = m_volume.index(0, y, z);
+        for (std::size_t w = 0; w < words; ++w)
+            for (uint64_t bits = takeable[w] | atThreshold[w]; bits != 0; bits &= bits - 1) {
+                const std::size_t x = w * TakeableMask::kWordBits + lowestSetBit64(bits) - 1;
+                visit(rowStart + x, sliceEnd, z);
+            }
     }
+}
+
+void LabelScan::visit(std::size_t i, std::size_t sliceEnd, int z)
+{
+    int& mark = m_volume.labels[i];
+    if (mark == kKnownTooSmall) {
+        mark = kUnlabelled;
+        return;
+    }
+    if (!isSeed(i)) return;
+    // Seeds grown ahead that are no seeds any more were marked meanwhile.
+    while (m_next < m_grownCount && m_grown[m_next].seed < i) ++m_next;
+    const bool grownAhead = m_next < m_grownCount && m_grown[m_next].seed == i &&
+                            m_grown[m_next].generation == m_generation;
+    if (!grownAhead) growFrom(i, sliceEnd);
+    commit(m_grown[m_next++], z);
 }
 
 void LabelScan::clearMarksFrom(int z)
@@ -95,12 +114,6 @@ void LabelScan::clearMarksFrom(int z)
 #pragma omp parallel for schedule(static)
     for (long long i = begin; i < end; ++i)
         if (labels[i] == kKnownTooSmall) labels[i] = kUnlabelled;
-}
-
-bool LabelScan::isSeed(std::size_t i) const
-{
-    return m_volume.labels[i] == kUnlabelled &&
-           static_cast<double>(m_volume.likelihood[i]) >= m_settings.threshold;
 }
 
 core::Triplet LabelScan::voxelAt(std::size_t i) const

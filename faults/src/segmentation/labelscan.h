@@ -9,6 +9,7 @@
 
 #include "segmentation/patchgrower.h"
 #include "segmentation/patchgrowth.h"
+#include "segmentation/takeablemask.h"
 
 namespace fault::segmentation::detail {
 
@@ -52,7 +53,7 @@ public:
               const ScanTuning& tuning);
 
     // False when memory ran out for the scan's own state.
-    bool isUsable() const { return m_threadCount > 0; }
+    bool isUsable() const { return m_threadCount > 0 && !m_atThreshold.isNull(); }
     int label() const { return m_label; }
     int sliceCount() const { return m_sliceCount; }
 
@@ -85,7 +86,13 @@ private:
         int m_skip = 0;     // chances still to skip
     };
 
-    bool isSeed(std::size_t i) const;
+    bool isSeed(std::size_t i) const
+    {
+        return m_volume.labels[i] == kUnlabelledValue &&
+               static_cast<double>(m_volume.likelihood[i]) >= m_settings.threshold;
+    }
+    // Judges voxel i of slice z, a voxel of the slice that may seed or be marked.
+    void visit(std::size_t i, std::size_t sliceEnd, int z);
     core::Triplet voxelAt(std::size_t i) const;
     // Grows seed i, and later seeds of the slice (before sliceEnd) when it pays.
     void growFrom(std::size_t i, std::size_t sliceEnd);
@@ -95,8 +102,11 @@ private:
     void accept(const PatchBuffer& patch, int z);
     void markLaterSeeds(const PatchBuffer& patch, std::size_t seed);
 
+    static constexpr int kUnlabelledValue = -9999;
+
     VolumeView m_volume;
     ScanSettings m_settings;
+    TakeableMask m_atThreshold;  // seeds that are never taken by growth
     ScanTuning m_tuning;
     std::unique_ptr<PatchGrower> m_growers[kMaxThreads];  // one per thread
     Grown m_grown[kMaxGrowers];  // the seeds grown in the last go, in scan order

@@ -60,6 +60,16 @@ inline int lowestSetBit(uint32_t bits)
     return __builtin_ctz(bits);
 #endif
 }
+inline int lowestSetBit64(uint64_t bits)
+{
+#if defined(_MSC_VER) && !defined(__clang__)
+    unsigned long index = 0;
+    _BitScanForward64(&index, bits);
+    return static_cast<int>(index);
+#else
+    return __builtin_ctzll(bits);
+#endif
+}
 
 // Grows a patch from `seed` (inside the volume) as growPatch would on the volume and
 // labels that `mask` describes, but clears the bits of the voxels taken instead of

@@ -46,6 +46,8 @@ public:
     Verdict grow(const core::Triplet& seed, std::size_t seedIndex);
 
     const PatchBuffer& patch() const { return m_patch; }
+    // The voxels growth may take: those of the label state, between growths.
+    const TakeableMask& mask() const { return m_mask; }
     // Removes the voxels of a patch kept elsewhere from the grower's mask.
     void take(const PatchBuffer& kept);
 

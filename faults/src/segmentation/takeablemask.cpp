@@ -1,38 +1,98 @@
 #include "segmentation/takeablemask.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <new>
+
+#if defined(__SSE2__) || defined(_M_X64)
+#include <emmintrin.h>
+#endif
 
 namespace fault::segmentation::detail {
 
-TakeableMask::TakeableMask(const VolumeView& volume, double threshold)
-    : m_ny(volume.ny), m_wordCount(0),
-      m_wordsPerRow((static_cast<std::size_t>(volume.nx) + 2 + kWordMask) / kWordBits),
+namespace {
+
+// Samples tested together before the mask scan looks at them one by one.
+constexpr int kSkipRun = 16;
+#if defined(__SSE2__) || defined(_M_X64)
+constexpr int kSseLanes = 4;
+#endif
+
+float lowestFloatNotBelow(double threshold)
+{
+    if (!(threshold <= static_cast<double>(std::numeric_limits<float>::max())))
+        return threshold > 0.0 ? std::numeric_limits<float>::infinity()
+                               : std::numeric_limits<float>::quiet_NaN();  // NaN: none
+    float f = static_cast<float>(threshold);
+    if (static_cast<double>(f) < threshold)
+        f = std::nextafter(f, std::numeric_limits<float>::infinity());
+    return f;
+}
+
+// Whether one of kSkipRun samples is at or above `lowest`.
+bool anyNotBelow(const float* samples, float lowest)
+{
+#if defined(__SSE2__) || defined(_M_X64)
+    const __m128 bound = _mm_set1_ps(lowest);
+    __m128 notBelow = _mm_setzero_ps();
+    for (int k = 0; k < kSkipRun; k += kSseLanes)
+        notBelow = _mm_or_ps(notBelow, _mm_cmpge_ps(_mm_loadu_ps(samples + k), bound));
+    return _mm_movemask_ps(notBelow) != 0;
+#else
+    bool any = false;
+    for (int k = 0; k < kSkipRun; ++k) any |= samples[k] >= lowest;
+    return any;
+#endif
+}
+
+} // namespace
+
+TakeableMask::TakeableMask(int nx, int ny, int nz)
+    : m_ny(ny), m_wordCount(0),
+      m_wordsPerRow((static_cast<std::size_t>(nx) + 2 + kWordMask) / kWordBits),
       m_rowBytes(static_cast<std::ptrdiff_t>(m_wordsPerRow * sizeof(uint64_t))),
-      m_sliceBytes(m_rowBytes * (volume.ny + 2))
+      m_sliceBytes(m_rowBytes * (ny + 2))
 {
     int k = 0;
     for (int dz = -1; dz <= 1; ++dz)
         for (int dy = -1; dy <= 1; ++dy)
             for (int dx = -1; dx <= 1; ++dx, ++k)
                 m_neighbours[k] = {dx + dy * rowStride() + dz * sliceStride(), dx, dy, dz};
-    const std::size_t rows = static_cast<std::size_t>(volume.ny + 2) * (volume.nz + 2);
+    const std::size_t rows = static_cast<std::size_t>(ny + 2) * (nz + 2);
     // One spare word so that a read of three bits at the very end stays inside.
     const std::size_t words = rows * m_wordsPerRow + 1;
     m_words.reset(new (std::nothrow) uint64_t[words]());
-    if (!m_words) return;
-    m_wordCount = words;
+    if (m_words) m_wordCount = words;
+}
+
+void TakeableMask::select(const VolumeView& volume, double threshold, TakeableMask& takeable,
+                          TakeableMask& atThreshold)
+{
+    // The smallest float not below the threshold: a float sample is at or above the
+    // threshold exactly when it is at or above this one, so runs of samples can be skipped
+    // with float comparisons that the compiler packs together.
+    const float lowest = lowestFloatNotBelow(threshold);
     const int nx = volume.nx;
     const int ny = volume.ny;
+    // Slices own whole rows of words, so threads never share a word.
 #pragma omp parallel for schedule(static)
     for (int z = 0; z < volume.nz; ++z)
         for (int y = 0; y < ny; ++y) {
-            const std::size_t first = volume.index(0, y, z);
-            for (int x = 0; x < nx; ++x) {
-                const bool takeable =
-                    static_cast<double>(volume.likelihood[first + x]) > threshold &&
-                    volume.labels[first + x] < 0;
-                if (takeable) set(x, y, z, true);
+            const float* likelihood = volume.likelihood + volume.index(0, y, z);
+            const int* labels = volume.labels + volume.index(0, y, z);
+            for (int x0 = 0; x0 < nx; x0 += kSkipRun) {
+                const int x1 = std::min(nx, x0 + kSkipRun);
+                if (x1 - x0 == kSkipRun && !anyNotBelow(likelihood + x0, lowest)) continue;
+                for (int x = x0; x < x1; ++x) {
+                    const double value = likelihood[x];
+                    if (!(value >= threshold) || labels[x] >= 0) continue;
+                    const std::size_t bit = takeable.bitOf(x, y, z);
+                    if (value > threshold)
+                        takeable.setBit(bit);
+                    else
+                        atThreshold.setBit(bit);
+                }
             }
         }
 }

@@ -17,14 +17,20 @@ public:
     // The 3 x 3 x 3 block around a voxel, the voxel included.
     static constexpr int kNeighbourCount = 27;
 
-    // The mask of `volume` for `threshold`, from its current labels. Null (isNull()) when
-    // memory runs out.
-    TakeableMask(const VolumeView& volume, double threshold);
+    // An empty mask of a volume of nx x ny x nz voxels; null (isNull()) when memory runs
+    // out.
+    TakeableMask(int nx, int ny, int nz);
     // A copy of `other`; null when memory runs out.
     TakeableMask(const TakeableMask& other);
     TakeableMask& operator=(const TakeableMask&) = delete;
 
     bool isNull() const { return !m_words; }
+
+    // Sets, among the voxels of `volume` with a negative label, the bits of those whose
+    // likelihood is above `threshold` in `takeable` and of those equal to it (seeds that
+    // growth never takes) in `atThreshold`. Both masks are empty, of the volume's size.
+    static void select(const VolumeView& volume, double threshold, TakeableMask& takeable,
+                       TakeableMask& atThreshold);
 
     // Position of the bit of voxel (x, y, z), for -1 <= x <= nx, -1 <= y <= ny and
     // -1 <= z <= nz (voxels outside the volume are padding bits, always 0).
@@ -32,6 +38,12 @@ public:
     {
         return rowStart(y, z) + static_cast<std::size_t>(x + 1);
     }
+    // The words of row (y, z), 0 <= y < ny, 0 <= z < nz: bit b of word w is voxel
+    // x = 64 w + b - 1 of the row; bits outside 0 <= x < nx are always 0.
+    const uint64_t* row(int y, int z) const { return m_words.get() + rowStart(y, z) / kWordBits; }
+    std::size_t wordsPerRow() const { return m_wordsPerRow; }
+    static constexpr unsigned kWordBits = 64;
+
     // Bit distance between (x, y, z) and (x, y + 1, z), and (x, y, z + 1).
     std::ptrdiff_t rowStride() const
     {
@@ -77,26 +89,13 @@ public:
     };
     const Neighbour& neighbour(int k) const { return m_neighbours[k]; }
 
-    bool test(std::size_t bit) const
-    {
-        return (m_words[bit >> kWordShift] >> (bit & kWordMask)) & 1u;
-    }
     void clearBit(std::size_t bit)
     {
         m_words[bit >> kWordShift] &= ~(uint64_t(1) << (bit & kWordMask));
     }
     void setBit(std::size_t bit) { m_words[bit >> kWordShift] |= uint64_t(1) << (bit & kWordMask); }
-    void set(int x, int y, int z, bool takeable)
-    {
-        const std::size_t bit = bitOf(x, y, z);
-        if (takeable)
-            setBit(bit);
-        else
-            clearBit(bit);
-    }
 
 private:
-    static constexpr unsigned kWordBits = 64;
     static constexpr unsigned kWordShift = 6;
     static constexpr std::size_t kWordMask = kWordBits - 1;
     static constexpr uint64_t kThreeBits = 7;
