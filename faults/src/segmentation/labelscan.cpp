@@ -44,7 +44,7 @@ int threadCount(const ScanTuning& tuning)
 LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int firstLabel,
                      const ScanTuning& tuning)
     : m_volume(volume), m_settings(settings),
-      m_atThreshold(volume.nx, volume.ny, volume.nz),
+
       m_tuning(tuning), m_label(firstLabel), m_sliceCount(volume.nz)
 {
     static_assert(kUnlabelledValue == kUnlabelled, "the scan's own copy of the free label");
@@ -54,17 +54,21 @@ LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int
     rules.minVoxels = settings.maxPatchSize / kMinSizeDivisor;
     rules.maxDeviation = settings.maxPlaneDeviation;
     rules.reach = std::min(settings.growthIterations, std::max({volume.nx, volume.ny, volume.nz}));
-    TakeableMask mask(volume.nx, volume.ny, volume.nz);
-    if (mask.isNull() || m_atThreshold.isNull()) return;
-    TakeableMask::select(volume, settings.threshold, mask, m_atThreshold);
     // Every thread has its own grower and copy of the mask; fewer threads when memory
     // runs short.
-    for (int k = 0; k < threadCount(tuning); ++k) {
-        std::unique_ptr<PatchGrower> grower(
-            new (std::nothrow) PatchGrower(volume, settings.threshold, mask, rules));
-        if (!grower || grower->isNull()) break;
+    const int threads = threadCount(tuning);
+    for (int k = 0; k < threads; ++k) {
+        TakeableMask mask = k == 0 ? TakeableMask(volume, settings.threshold)
+                                   : TakeableMask(m_growers[0]->mask());
+        if (mask.isNull()) break;
+        std::unique_ptr<PatchGrower> grower(new (std::nothrow) PatchGrower(
+            volume, settings.threshold, std::move(mask), rules));
+        if (!grower) break;
         m_growers[m_threadCount++] = std::move(grower);
     }
+    if (m_threadCount == 0) return;
+    const std::size_t words = m_growers[0]->mask().wordsPerRow() * volume.ny;
+    m_atThreshold.reset(new (std::nothrow) uint64_t[words]);
     const int perThread = std::max(1, tuning.seedsPerThread);
     m_seedsPerGo = std::min(kMaxGrowers, m_threadCount * perThread);
 }
@@ -76,10 +80,11 @@ void LabelScan::scanSlice(int z)
     // once stays good while its voxels are judged: keeping a patch only clears bits, and
     // the labels say what is still free.
     const std::size_t sliceEnd = m_volume.index(0, 0, z + 1);
-    const std::size_t words = m_atThreshold.wordsPerRow();
+    const std::size_t words = m_growers[0]->mask().wordsPerRow();
+    selectAtThreshold(m_volume, m_settings.threshold, z, words, m_atThreshold.get());
     for (int y = 0; y < m_volume.ny; ++y) {
         const uint64_t* takeable = m_growers[0]->mask().row(y, z);
-        const uint64_t* atThreshold = m_atThreshold.row(y, z);
+        const uint64_t* atThreshold = m_atThreshold.get() + words * static_cast<std::size_t>(y);
         const std::size_t rowStart = m_volume.index(0, y, z);
         for (std::size_t w = 0; w < words; ++w)
             for (uint64_t bits = takeable[w] | atThreshold[w]; bits != 0; bits &= bits - 1) {

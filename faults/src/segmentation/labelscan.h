@@ -3,6 +3,7 @@
 // threads, so that tests can exercise every way of spreading it on small volumes.
 // Internal to the segmentation.
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 #include <zn3dimage.h>
@@ -53,7 +54,7 @@ public:
               const ScanTuning& tuning);
 
     // False when memory ran out for the scan's own state.
-    bool isUsable() const { return m_threadCount > 0 && !m_atThreshold.isNull(); }
+    bool isUsable() const { return m_threadCount > 0 && m_atThreshold; }
     int label() const { return m_label; }
     int sliceCount() const { return m_sliceCount; }
 
@@ -106,7 +107,8 @@ private:
 
     VolumeView m_volume;
     ScanSettings m_settings;
-    TakeableMask m_atThreshold;  // seeds that are never taken by growth
+    // The rows of the slice being scanned: its seeds that growth never takes.
+    std::unique_ptr<uint64_t[]> m_atThreshold;
     ScanTuning m_tuning;
     std::unique_ptr<PatchGrower> m_growers[kMaxThreads];  // one per thread
     Grown m_grown[kMaxGrowers];  // the seeds grown in the last go, in scan order

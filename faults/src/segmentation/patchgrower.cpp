@@ -1,6 +1,7 @@
 #include "segmentation/patchgrower.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace fault::segmentation::detail {
 
@@ -14,9 +15,9 @@ constexpr int kSpreadCheckStride = 32;
 
 } // namespace
 
-PatchGrower::PatchGrower(const VolumeView& volume, double threshold, const TakeableMask& mask,
+PatchGrower::PatchGrower(const VolumeView& volume, double threshold, TakeableMask&& mask,
                          const PatchRules& rules)
-    : m_volume(volume), m_threshold(threshold), m_rules(rules), m_mask(mask)
+    : m_volume(volume), m_threshold(threshold), m_rules(rules), m_mask(std::move(mask))
 {
     m_patch.reserve(std::max(1, std::min(rules.maxVoxels, kMaxPatchReserve)));
 }

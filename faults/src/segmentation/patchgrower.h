@@ -34,8 +34,8 @@ struct Verdict {
 
 class PatchGrower {
 public:
-    // A grower with a copy of `mask`; isNull() when memory runs out.
-    PatchGrower(const VolumeView& volume, double threshold, const TakeableMask& mask,
+    // A grower that owns `mask`; isNull() when the mask is null.
+    PatchGrower(const VolumeView& volume, double threshold, TakeableMask&& mask,
                 const PatchRules& rules);
     bool isNull() const { return m_mask.isNull(); }
 

@@ -13,12 +13,14 @@ namespace fault::segmentation::detail {
 
 namespace {
 
-// Samples tested together before the mask scan looks at them one by one.
+// Samples tested together before they are looked at one by one.
 constexpr int kSkipRun = 16;
 #if defined(__SSE2__) || defined(_M_X64)
 constexpr int kSseLanes = 4;
 #endif
 
+// The smallest float not below `threshold`: a float sample is at or above the threshold
+// exactly when it is at or above this one (NaN when no sample is).
 float lowestFloatNotBelow(double threshold)
 {
     if (!(threshold <= static_cast<double>(std::numeric_limits<float>::max())))
@@ -46,7 +48,57 @@ bool anyNotBelow(const float* samples, float lowest)
 #endif
 }
 
+// Calls visit(x, value) for every sample of row[0 .. nx) at or above `threshold`, in order.
+// Runs of samples all below it are skipped with packed float comparisons.
+template <class Visit>
+void forEachNotBelow(const float* row, int nx, double threshold, Visit&& visit)
+{
+    const float lowest = lowestFloatNotBelow(threshold);
+    for (int x0 = 0; x0 < nx; x0 += kSkipRun) {
+        const int x1 = std::min(nx, x0 + kSkipRun);
+        if (x1 - x0 == kSkipRun && !anyNotBelow(row + x0, lowest)) continue;
+        for (int x = x0; x < x1; ++x) {
+            const double value = row[x];
+            if (value >= threshold) visit(x, value);
+        }
+    }
+}
+
 } // namespace
+
+void selectAtThreshold(const VolumeView& volume, double threshold, int z,
+                       std::size_t wordsPerRow, uint64_t* rows)
+{
+    std::fill(rows, rows + wordsPerRow * static_cast<std::size_t>(volume.ny), uint64_t(0));
+    for (int y = 0; y < volume.ny; ++y) {
+        const std::size_t first = volume.index(0, y, z);
+        uint64_t* row = rows + wordsPerRow * static_cast<std::size_t>(y);
+        forEachNotBelow(volume.likelihood + first, volume.nx, threshold,
+                        [&](int x, double value) {
+                            if (value != threshold || volume.labels[first + x] >= 0) return;
+                            const std::size_t bit = static_cast<std::size_t>(x) + 1;
+                            row[bit / TakeableMask::kWordBits] |=
+                                uint64_t(1) << (bit % TakeableMask::kWordBits);
+                        });
+    }
+}
+
+TakeableMask::TakeableMask(const VolumeView& volume, double threshold)
+    : TakeableMask(volume.nx, volume.ny, volume.nz)
+{
+    if (!m_words) return;
+    // Slices own whole rows of words, so threads never share a word.
+#pragma omp parallel for schedule(static)
+    for (int z = 0; z < volume.nz; ++z)
+        for (int y = 0; y < volume.ny; ++y) {
+            const std::size_t first = volume.index(0, y, z);
+            forEachNotBelow(volume.likelihood + first, volume.nx, threshold,
+                            [&](int x, double value) {
+                                if (value > threshold && volume.labels[first + x] < 0)
+                                    setBit(bitOf(x, y, z));
+                            });
+        }
+}
 
 TakeableMask::TakeableMask(int nx, int ny, int nz)
     : m_ny(ny), m_wordCount(0),
@@ -64,37 +116,6 @@ TakeableMask::TakeableMask(int nx, int ny, int nz)
     const std::size_t words = rows * m_wordsPerRow + 1;
     m_words.reset(new (std::nothrow) uint64_t[words]());
     if (m_words) m_wordCount = words;
-}
-
-void TakeableMask::select(const VolumeView& volume, double threshold, TakeableMask& takeable,
-                          TakeableMask& atThreshold)
-{
-    // The smallest float not below the threshold: a float sample is at or above the
-    // threshold exactly when it is at or above this one, so runs of samples can be skipped
-    // with float comparisons that the compiler packs together.
-    const float lowest = lowestFloatNotBelow(threshold);
-    const int nx = volume.nx;
-    const int ny = volume.ny;
-    // Slices own whole rows of words, so threads never share a word.
-#pragma omp parallel for schedule(static)
-    for (int z = 0; z < volume.nz; ++z)
-        for (int y = 0; y < ny; ++y) {
-            const float* likelihood = volume.likelihood + volume.index(0, y, z);
-            const int* labels = volume.labels + volume.index(0, y, z);
-            for (int x0 = 0; x0 < nx; x0 += kSkipRun) {
-                const int x1 = std::min(nx, x0 + kSkipRun);
-                if (x1 - x0 == kSkipRun && !anyNotBelow(likelihood + x0, lowest)) continue;
-                for (int x = x0; x < x1; ++x) {
-                    const double value = likelihood[x];
-                    if (!(value >= threshold) || labels[x] >= 0) continue;
-                    const std::size_t bit = takeable.bitOf(x, y, z);
-                    if (value > threshold)
-                        takeable.setBit(bit);
-                    else
-                        atThreshold.setBit(bit);
-                }
-            }
-        }
 }
 
 TakeableMask::TakeableMask(const TakeableMask& other)

@@ -17,20 +17,16 @@ public:
     // The 3 x 3 x 3 block around a voxel, the voxel included.
     static constexpr int kNeighbourCount = 27;
 
-    // An empty mask of a volume of nx x ny x nz voxels; null (isNull()) when memory runs
-    // out.
-    TakeableMask(int nx, int ny, int nz);
+    // The mask of `volume` for `threshold`, from its current labels. Null (isNull()) when
+    // memory runs out.
+    TakeableMask(const VolumeView& volume, double threshold);
     // A copy of `other`; null when memory runs out.
     TakeableMask(const TakeableMask& other);
+    TakeableMask(TakeableMask&& other) = default;
     TakeableMask& operator=(const TakeableMask&) = delete;
 
     bool isNull() const { return !m_words; }
 
-    // Sets, among the voxels of `volume` with a negative label, the bits of those whose
-    // likelihood is above `threshold` in `takeable` and of those equal to it (seeds that
-    // growth never takes) in `atThreshold`. Both masks are empty, of the volume's size.
-    static void select(const VolumeView& volume, double threshold, TakeableMask& takeable,
-                       TakeableMask& atThreshold);
 
     // Position of the bit of voxel (x, y, z), for -1 <= x <= nx, -1 <= y <= ny and
     // -1 <= z <= nz (voxels outside the volume are padding bits, always 0).
@@ -96,6 +92,9 @@ public:
     void setBit(std::size_t bit) { m_words[bit >> kWordShift] |= uint64_t(1) << (bit & kWordMask); }
 
 private:
+    // An empty mask of nx x ny x nz voxels; null when memory runs out.
+    TakeableMask(int nx, int ny, int nz);
+
     static constexpr unsigned kWordShift = 6;
     static constexpr std::size_t kWordMask = kWordBits - 1;
     static constexpr uint64_t kThreeBits = 7;
@@ -131,5 +130,11 @@ private:
     Neighbour m_neighbours[kNeighbourCount];
     std::unique_ptr<uint64_t[]> m_words;
 };
+
+// Fills `rows`, ny rows of wordsPerRow words laid out as TakeableMask::row() (bit x + 1 of
+// a row is voxel x), with the voxels of slice z whose likelihood equals `threshold` and
+// whose label is negative: seeds that growth never takes.
+void selectAtThreshold(const VolumeView& volume, double threshold, int z,
+                       std::size_t wordsPerRow, uint64_t* rows);
 
 } // namespace fault::segmentation::detail
