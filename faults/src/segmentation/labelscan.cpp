@@ -134,7 +134,7 @@ void LabelScan::growFrom(std::size_t i, std::size_t sliceEnd)
 {
     m_grown[0].seed = i;
     int count = 1;
-    if (m_threadCount > 1 && m_speculate && m_pacing.allows()) {
+    if (m_threadCount > 1 && m_speculate && (!m_tuning.pace || m_pacing.allows())) {
         const std::size_t end = std::min(sliceEnd, i + kLookAhead);
         // Marked voxels are no seeds; a seed found here may still be marked or labelled
         // before the scan reaches it, and is then skipped there as it would be anyway.

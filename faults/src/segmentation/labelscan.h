@@ -23,6 +23,9 @@ struct ScanTuning {
     // Later seeds are grown ahead of the scan only after a growth of at least this many
     // voxels: smaller growths cost less than handing work to other threads.
     int speculationMinVoxels = 512;
+    // Whether growing ahead backs off when it does not pay; false grows ahead at every
+    // chance.
+    bool pace = true;
 };
 
 // The settings of one in-memory segmentation, as getFaultPatchLabelImage takes them.
