@@ -41,6 +41,22 @@ int threadCount(const ScanTuning& tuning)
 
 } // namespace
 
+ScanMemory scanMemory(int nx, int ny, int maxPatchSize, const ScanTuning& tuning)
+{
+    const double threads = threadCount(tuning);
+    const double voxels = static_cast<double>(nx) * ny;
+    // A mask's bytes grow by one padded slice per slice; two more pad it and a word.
+    const double maskSlice = static_cast<double>(TakeableMask::bytesFor(nx, ny, 1) -
+                                                 TakeableMask::bytesFor(nx, ny, 0));
+    const double maskFixed = static_cast<double>(TakeableMask::bytesFor(nx, ny, 0));
+    const double sliceRows = static_cast<double>(TakeableMask::wordsPerRowFor(nx)) * ny *
+                             sizeof(uint64_t);  // the seeds at the threshold of one slice
+    ScanMemory memory;
+    memory.perSlice = voxels * (sizeof(float) + sizeof(int)) + threads * maskSlice;
+    memory.fixed = threads * (maskFixed + PatchGrower::bufferBytes(maxPatchSize)) + sliceRows;
+    return memory;
+}
+
 LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int firstLabel,
                      const ScanTuning& tuning)
     : m_volume(volume), m_settings(settings),

@@ -37,6 +37,14 @@ struct ScanSettings {
     double threshold = 0.0;
 };
 
+// What a segmentation of a volume nx x ny x d holds in memory at most: the likelihood and
+// label images, every thread's mask and patch buffer: d * perSlice + fixed bytes.
+struct ScanMemory {
+    double perSlice = 0.0;
+    double fixed = 0.0;
+};
+ScanMemory scanMemory(int nx, int ny, int maxPatchSize, const ScanTuning& tuning);
+
 // getFaultPatchLabelImage with its work spread as `tuning` says.
 ZN3DImage<int>* segmentInMemory(ZN3DImage<float>* likelihood, const ScanSettings& settings,
                                 int& sliceCount, int& labelCounter, int progressParent,

@@ -18,6 +18,8 @@ namespace fault::segmentation::detail {
 // reuse it for every seed at no cost.
 class PatchBuffer {
 public:
+    static constexpr std::size_t kBytesPerVoxel = sizeof(core::Triplet) + sizeof(std::size_t);
+
     // Room for `capacity` voxels; false when memory runs out (the buffer is then unchanged).
     bool reserve(int capacity);
 

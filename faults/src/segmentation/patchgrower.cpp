@@ -13,13 +13,20 @@ constexpr int kMaxPatchReserve = 1 << 24;
 // taken this many more voxels.
 constexpr int kSpreadCheckStride = 32;
 
+int reservedVoxels(int maxVoxels) { return std::max(1, std::min(maxVoxels, kMaxPatchReserve)); }
+
 } // namespace
+
+std::size_t PatchGrower::bufferBytes(int maxVoxels)
+{
+    return static_cast<std::size_t>(reservedVoxels(maxVoxels)) * PatchBuffer::kBytesPerVoxel;
+}
 
 PatchGrower::PatchGrower(const VolumeView& volume, double threshold, TakeableMask&& mask,
                          const PatchRules& rules)
     : m_volume(volume), m_threshold(threshold), m_rules(rules), m_mask(std::move(mask))
 {
-    m_patch.reserve(std::max(1, std::min(rules.maxVoxels, kMaxPatchReserve)));
+    m_patch.reserve(reservedVoxels(rules.maxVoxels));
 }
 
 Verdict PatchGrower::grow(const core::Triplet& seed, std::size_t seedIndex)

@@ -38,6 +38,8 @@ public:
     PatchGrower(const VolumeView& volume, double threshold, TakeableMask&& mask,
                 const PatchRules& rules);
     bool isNull() const { return m_mask.isNull(); }
+    // Bytes a grower holds besides its mask, for patches of at most maxVoxels voxels.
+    static std::size_t bufferBytes(int maxVoxels);
 
     // Grows the patch of `seed` (whose voxel index is seedIndex) on the grower's mask and
     // judges it. The voxels grown stay in patch() until the next growth; the mask is left

@@ -102,7 +102,7 @@ TakeableMask::TakeableMask(const VolumeView& volume, double threshold)
 
 TakeableMask::TakeableMask(int nx, int ny, int nz)
     : m_ny(ny), m_wordCount(0),
-      m_wordsPerRow((static_cast<std::size_t>(nx) + 2 + kWordMask) / kWordBits),
+      m_wordsPerRow(wordsPerRowFor(nx)),
       m_rowBytes(static_cast<std::ptrdiff_t>(m_wordsPerRow * sizeof(uint64_t))),
       m_sliceBytes(m_rowBytes * (ny + 2))
 {
@@ -111,11 +111,18 @@ TakeableMask::TakeableMask(int nx, int ny, int nz)
         for (int dy = -1; dy <= 1; ++dy)
             for (int dx = -1; dx <= 1; ++dx, ++k)
                 m_neighbours[k] = {dx + dy * rowStride() + dz * sliceStride(), dx, dy, dz};
-    const std::size_t rows = static_cast<std::size_t>(ny + 2) * (nz + 2);
-    // One spare word so that a read of three bits at the very end stays inside.
-    const std::size_t words = rows * m_wordsPerRow + 1;
+    const std::size_t words = bytesFor(nx, ny, nz) / sizeof(uint64_t);
     m_words.reset(new (std::nothrow) uint64_t[words]());
     if (m_words) m_wordCount = words;
+}
+
+std::size_t TakeableMask::bytesFor(int nx, int ny, int nz)
+{
+    // Padded rows and slices, and a spare word that keeps a read of three bits at the very
+    // end inside.
+    const std::size_t words = static_cast<std::size_t>(ny + 2) *
+                                  static_cast<std::size_t>(nz + 2) * wordsPerRowFor(nx) + 1;
+    return words * sizeof(uint64_t);
 }
 
 TakeableMask::TakeableMask(const TakeableMask& other)

@@ -26,6 +26,13 @@ public:
     TakeableMask& operator=(const TakeableMask&) = delete;
 
     bool isNull() const { return !m_words; }
+    // Bytes held by the mask of a volume of nx x ny x nz voxels.
+    static std::size_t bytesFor(int nx, int ny, int nz);
+    // Words of a row of a volume nx wide: a pad bit on each side.
+    static std::size_t wordsPerRowFor(int nx)
+    {
+        return (static_cast<std::size_t>(nx) + 2 + kWordBits - 1) / kWordBits;
+    }
 
 
     // Position of the bit of voxel (x, y, z), for -1 <= x <= nx, -1 <= y <= ny and
@@ -94,6 +101,7 @@ public:
 private:
     // An empty mask of nx x ny x nz voxels; null when memory runs out.
     TakeableMask(int nx, int ny, int nz);
+
 
     static constexpr unsigned kWordShift = 6;
     static constexpr std::size_t kWordMask = kWordBits - 1;

@@ -50,7 +50,7 @@ class LargeFileTest : public testing::Test {
 protected:
     QTemporaryDir dir;
     RecordingEventBus bus;
-    ZNSlabPlanner planner{static_cast<long long>(kNx) * kNy * 2 * kCz};
+    ZNSlabPlanner planner{fault::segmentation::detail::slabBudget(kNx, kNy, kCz, kMaxPatchSize)};
     ZNScopedService<ZNSlabPlanner> plannerScope{planner};
     ZN3DImage<float> volume = sheets();
     ZNBloc input;
@@ -219,7 +219,7 @@ TEST_F(LargeFileTest, UnusableInputsReturnFalseAndWriteNothing)
         EXPECT_FALSE(run(firstSlice));
         EXPECT_EQ(firstSlice, first);
     }
-    planner.setMemoryBudget(kNx * kNy * 2 - 1);  // not one slice
+    planner.setMemoryBudget(fault::segmentation::detail::slabBudget(kNx, kNy, 1, 30) - 1);
     firstSlice = 0;
     EXPECT_FALSE(run(firstSlice));
     EXPECT_EQ(firstSlice, 0);
