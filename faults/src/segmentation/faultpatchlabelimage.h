@@ -33,7 +33,9 @@ constexpr int kUnlabelled = -9999;
 // kUnlabelled outside the kept patches. Null when the user cancelled through the "Get
 // Fault Patches" progress bar (labelCounter is then still updated, sliceCount set) and
 // for a null or unusable input or when memory runs out (outputs then untouched).
-// The result is deterministic and independent of the number of threads.
+// The result is deterministic and independent of the number of threads. While patches
+// are rejected, later seeds are grown ahead on the other OpenMP threads (at most 8); each
+// thread holds one bit per voxel besides the label image.
 ZN3DImage<int>* getFaultPatchLabelImage(ZN3DImage<float>* likelihood, int maxLabelCount,
                                         int& sliceCount, int& labelCounter, int maxPatchSize,
                                         double maxPlaneDeviation, int growthIterations,
@@ -55,11 +57,11 @@ ZN3DImage<int>* getFaultPatchLabelImage(ZN3DImage<float>* likelihood, int maxLab
 // the run ends there and the file's depth ends at the last scanned slice.
 //
 // At most one slab (its likelihood, its labels and the segmentation's masks) is held in
-// memory. "k: <first slice>"
-// is sent on the event bus (kind 0) for every slab. Returns true when the slabs were
-// processed to the end; false for a null block, a first slice outside the block, a slab
-// size that cannot be planned, an output file that cannot be created, read or written,
-// or a cancel (a partial file then stays behind, its header telling the slices written).
+// memory. "k: <first slice>" is sent on the event bus (kind 0) for every slab. Returns
+// true when the slabs were processed to the end; false for a null block, a first slice
+// outside the block, a slab size that cannot be planned, an output file that cannot be
+// created, read or written, or a cancel (a partial file then stays behind, its header
+// telling the slices written).
 //
 // firstSlice: in, the first z slice to process; out, once the output file exists, the
 // slice after the last one written, where a following run would resume.
