@@ -2,12 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
-#include <numeric>
 #include <new>
+#include <numeric>
 
 #include <omp.h>
-
-#include "segmentation/faultpatchlabelimage.h"
 
 namespace fault::segmentation::detail {
 
@@ -59,11 +57,9 @@ ScanMemory scanMemory(int nx, int ny, int maxPatchSize, const ScanTuning& tuning
 
 LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int firstLabel,
                      const ScanTuning& tuning)
-    : m_volume(volume), m_settings(settings),
-
-      m_tuning(tuning), m_label(firstLabel), m_sliceCount(volume.nz)
+    : m_volume(volume), m_settings(settings), m_tuning(tuning), m_label(firstLabel),
+      m_sliceCount(volume.nz)
 {
-    static_assert(kUnlabelledValue == kUnlabelled, "the scan's own copy of the free label");
     PatchRules rules;
     rules.maxRings = settings.growthIterations;
     rules.maxVoxels = settings.maxPatchSize;

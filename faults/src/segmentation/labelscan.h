@@ -8,6 +8,7 @@
 
 #include <zn3dimage.h>
 
+#include "segmentation/faultpatchlabelimage.h"
 #include "segmentation/patchgrower.h"
 #include "segmentation/patchgrowth.h"
 #include "segmentation/takeablemask.h"
@@ -100,7 +101,7 @@ private:
 
     bool isSeed(std::size_t i) const
     {
-        return m_volume.labels[i] == kUnlabelledValue &&
+        return m_volume.labels[i] == kUnlabelled &&
                static_cast<double>(m_volume.likelihood[i]) >= m_settings.threshold;
     }
     // Judges voxel i of slice z, a voxel of the slice that may seed or be marked.
@@ -113,8 +114,6 @@ private:
     void commit(const Grown& grown, int z);
     void accept(const PatchBuffer& patch, int z);
     void markLaterSeeds(const PatchBuffer& patch, std::size_t seed);
-
-    static constexpr int kUnlabelledValue = -9999;
 
     VolumeView m_volume;
     ScanSettings m_settings;

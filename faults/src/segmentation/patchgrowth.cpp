@@ -53,7 +53,7 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
     if (!patch.add(seed)) return GrowthEnd::VoxelLimit;
 
     const Neighbourhood around(volume.nx, volume.ny);
-    // Takes what it may around v.
+    // Takes what it may around voxel i of the patch.
     auto visit = [&](int i) {
         const core::Triplet v = patch[i];
         const std::size_t centre = volume.index(v.x, v.y, v.z);

@@ -16,6 +16,7 @@ class TakeableMask {
 public:
     // The 3 x 3 x 3 block around a voxel, the voxel included.
     static constexpr int kNeighbourCount = 27;
+    static constexpr unsigned kWordBits = 64;
 
     // The mask of `volume` for `threshold`, from its current labels. Null (isNull()) when
     // memory runs out.
@@ -34,7 +35,6 @@ public:
         return (static_cast<std::size_t>(nx) + 2 + kWordBits - 1) / kWordBits;
     }
 
-
     // Position of the bit of voxel (x, y, z), for -1 <= x <= nx, -1 <= y <= ny and
     // -1 <= z <= nz (voxels outside the volume are padding bits, always 0).
     std::size_t bitOf(int x, int y, int z) const
@@ -43,9 +43,11 @@ public:
     }
     // The words of row (y, z), 0 <= y < ny, 0 <= z < nz: bit b of word w is voxel
     // x = 64 w + b - 1 of the row; bits outside 0 <= x < nx are always 0.
-    const uint64_t* row(int y, int z) const { return m_words.get() + rowStart(y, z) / kWordBits; }
+    const uint64_t* row(int y, int z) const
+    {
+        return m_words.get() + rowStart(y, z) / kWordBits;
+    }
     std::size_t wordsPerRow() const { return m_wordsPerRow; }
-    static constexpr unsigned kWordBits = 64;
 
     // Bit distance between (x, y, z) and (x, y + 1, z), and (x, y, z + 1).
     std::ptrdiff_t rowStride() const
@@ -63,7 +65,7 @@ public:
         // Rows start on whole words, so the offset from a row to another is whole bytes.
 #if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
         auto three = [&](std::ptrdiff_t rowBytes) {
-            return threeFromWords(first + rowBytes * kByteBits);
+            return threeFromWords(first + rowBytes * static_cast<std::ptrdiff_t>(kByteBits));
         };
 #else
         // On a little-endian machine bit b of the mask is bit b % 8 of byte b / 8, so one
@@ -92,16 +94,19 @@ public:
     };
     const Neighbour& neighbour(int k) const { return m_neighbours[k]; }
 
+    // Marks the voxel at position `bit` (bitOf()) as taken, or as takeable again.
     void clearBit(std::size_t bit)
     {
         m_words[bit >> kWordShift] &= ~(uint64_t(1) << (bit & kWordMask));
     }
-    void setBit(std::size_t bit) { m_words[bit >> kWordShift] |= uint64_t(1) << (bit & kWordMask); }
+    void setBit(std::size_t bit)
+    {
+        m_words[bit >> kWordShift] |= uint64_t(1) << (bit & kWordMask);
+    }
 
 private:
     // An empty mask of nx x ny x nz voxels; null when memory runs out.
     TakeableMask(int nx, int ny, int nz);
-
 
     static constexpr unsigned kWordShift = 6;
     static constexpr std::size_t kWordMask = kWordBits - 1;
