@@ -100,7 +100,7 @@ void LabelScan::scanSlice(int z)
         const std::size_t rowStart = m_volume.index(0, y, z);
         for (std::size_t w = 0; w < words; ++w)
             for (uint64_t bits = takeable[w] | atThreshold[w]; bits != 0; bits &= bits - 1) {
-                const std::size_t x = w * TakeableMask::kWordBits + lowestSetBit64(bits) - 1;
+                const std::size_t x = w * TakeableMask::kWordBits + lowestSetBit(bits) - 1;
                 visit(rowStart + x, sliceEnd, z);
             }
     }

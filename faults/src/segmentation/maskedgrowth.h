@@ -6,6 +6,10 @@
 #include <cstdint>
 #include <memory>
 
+#if defined(_MSC_VER) && !defined(__clang__)
+#include <intrin.h>
+#endif
+
 #include <core/triplet.h>
 
 #include "segmentation/patchgrowth.h"
@@ -52,17 +56,7 @@ private:
 };
 
 // Index of the lowest set bit of a non-zero word.
-inline int lowestSetBit(uint32_t bits)
-{
-#if defined(_MSC_VER) && !defined(__clang__)
-    unsigned long index = 0;
-    _BitScanForward(&index, bits);
-    return static_cast<int>(index);
-#else
-    return __builtin_ctz(bits);
-#endif
-}
-inline int lowestSetBit64(uint64_t bits)
+inline int lowestSetBit(uint64_t bits)
 {
 #if defined(_MSC_VER) && !defined(__clang__)
     unsigned long index = 0;
