@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <new>
 #include <numeric>
 
@@ -178,8 +179,8 @@ void LabelScan::growInParallel(int count)
         grown.grower = thread;
         work[k] = Clock::now() - begin;
     }
-    const Clock::duration wall = Clock::now() - start;
-    m_pacing.record(wall < std::accumulate(work, work + count, Clock::duration::zero()));
+    m_pacing.record(Clock::now() - start,
+                    std::accumulate(work, work + count, Clock::duration::zero()));
 }
 
 void LabelScan::commit(const Grown& grown, int z)
@@ -230,14 +231,17 @@ bool LabelScan::Pacing::allows()
     return false;
 }
 
-void LabelScan::Pacing::record(bool paid)
+void LabelScan::Pacing::record(std::chrono::steady_clock::duration wall,
+                               std::chrono::steady_clock::duration work)
 {
-    if (paid) {
+    if (wall < work) {
         m_backOff = 1;
         return;
     }
-    m_skip = m_backOff;
-    m_backOff = std::min(2 * m_backOff, kMaxBackOff);
+    const double slower = static_cast<double>(wall.count()) / std::max<double>(1.0, work.count());
+    const double skip = std::ceil(slower) * static_cast<double>(m_backOff);
+    m_skip = static_cast<long long>(std::min(skip, static_cast<double>(kMaxSkip)));
+    m_backOff = std::min(2 * m_backOff, kMaxSkip);
 }
 
 } // namespace fault::segmentation::detail

@@ -2,6 +2,7 @@
 // The seed scan behind getFaultPatchLabelImage, with the knobs that spread its work over
 // threads, so that tests can exercise every way of spreading it on small volumes.
 // Internal to the segmentation.
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -86,17 +87,20 @@ private:
 
     // When to grow ahead: a go that took longer than growing its seeds one after the other
     // would have (threads busy elsewhere, a loaded machine) makes the scan skip the next
-    // chances to go, twice as many after each such go in a row. Only speed depends on it.
+    // chances to go: as many as the go took times the work it did, times two more after
+    // each such go in a row. Only speed depends on it.
     class Pacing {
     public:
         // Whether this chance to grow ahead is taken.
         bool allows();
-        void record(bool paid);
+        // A go took `wall` while its growths took `work` together.
+        void record(std::chrono::steady_clock::duration wall,
+                    std::chrono::steady_clock::duration work);
 
     private:
-        static constexpr int kMaxBackOff = 4096;
-        int m_backOff = 1;  // chances skipped after the next go that does not pay
-        int m_skip = 0;     // chances still to skip
+        static constexpr long long kMaxSkip = 1LL << 24;
+        long long m_backOff = 1;  // grows twice after each go that does not pay
+        long long m_skip = 0;     // chances still to skip
     };
 
     bool isSeed(std::size_t i) const
