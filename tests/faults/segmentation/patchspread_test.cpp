@@ -96,7 +96,8 @@ TEST(VoxelMoments, GiveThePlaneDeviationOfTheSameVoxelsBitForBit)
         for (int chunk : {1, 7, 1000}) {
             fault::segmentation::VoxelMoments moments;
             for (int i = 0; i < voxels.size(); i += chunk)
-                moments.add(voxels.begin() + i, voxels.begin() + std::min(voxels.size(), i + chunk));
+                moments.add(voxels.begin() + i,
+                            voxels.begin() + std::min(voxels.size(), i + chunk));
             EXPECT_EQ(moments.count(), voxels.size());
             EXPECT_EQ(moments.planeDeviation(), planeDeviation(voxels));
         }
