@@ -4,12 +4,14 @@
 //
 // Each volume holds a few planar faults of Gaussian profile (unit peak, standard deviation
 // of one voxel across the plane) limited to disks, plus Gaussian noise: a family of
-// sub-parallel faults, and a set of crossing faults. After the timed benchmarks the
-// program prints the time ratios (segmentation / plain labelling) and runs the
+// sub-parallel faults, and a set of crossing faults. The segmentation runs with two
+// settings (see kSettings) on all threads and on one thread. After the timed benchmarks
+// the program prints the time ratios (segmentation / plain labelling) and runs the
 // out-of-core segmentation of the family in a child process of its own, which measures
 // its peak resident memory over what it held before, and prints it against one slab.
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
@@ -20,11 +22,14 @@
 #include <string>
 #include <vector>
 
+#include <omp.h>
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <segmentation/faultpatchlabelimage.h>
+#include <segmentation/largefilesegmentation.h>
 #include <znbloc.h>
 #include <znservice.h>
 #include <znslabplanner.h>
@@ -34,6 +39,30 @@
 namespace {
 
 using namespace benchvolumes;
+
+// Settings of an automatic extraction.
+struct Settings {
+    const char* name;
+    int maxPatchSize;
+    int growthIterations;
+    double maxPlaneDeviation;
+};
+// "realistic": what an interpreter would ask of a 256^3 survey. A patch is a piece of a
+// fault about 9 voxels in radius (600 voxels on a plane some 2.5 voxels thick, kept from
+// 200 on); ten rings let it reach that size while stopping thin strands of noise. The best-
+// first merging joins such patches into faults afterwards, and smaller patches follow a
+// fault more closely where it crosses another: measured with this program's volumes (see
+// the report printed), 99.1 % of the crossing faults' voxels above the threshold end in a
+// kept patch, against 97.1 % with "previous", whose larger patches are rejected all along
+// each crossing. The price is more patches that straddle a crossing: 37 of 1025 have under
+// 75 % of their voxels on one fault, against 3 of 436; a plane deviation of 1.2 brings that
+// to 15 of 982 (98.1 % covered), at about a third more time on the crossing faults.
+// "previous": the settings the goal was first measured with.
+const Settings kSettings[] = {
+    {"realistic", 600, 10, 1.5},
+    {"previous", 1500, 15, 1.5},
+};
+enum SettingsKind { Realistic = 0, Previous = 1 };
 
 constexpr int kSlabSlices = 32;            // cz the out-of-core planner is given room for
 constexpr const char* kChildFlag = "--out-of-core-child";
@@ -94,21 +123,83 @@ void BM_PlainLabelling(benchmark::State& state)
 BENCHMARK(BM_PlainLabelling)->Arg(FaultFamily)->Arg(CrossingFaults)
     ->Unit(benchmark::kMillisecond)->Iterations(5);
 
+// How well kept patches follow the faults: the share of the faults' voxels above the
+// threshold that are labelled, and the patches with under kStraddleShare of their voxels
+// on one fault (a voxel is on the fault of largest profile when that reaches kOnFault).
+struct PatchQuality {
+    double covered = 0.0;
+    int straddling = 0;
+};
+constexpr double kOnFault = 0.3;
+constexpr double kStraddleShare = 0.75;
+
+PatchQuality patchQuality(int kind, const ZN3DImage<int>& labels)
+{
+    const std::vector<Fault>& faults = kind == FaultFamily ? kFamily : kCrossing;
+    const ZN3DImage<float>& v = volume(kind);
+    std::map<int, std::vector<long>> perPatch;  // voxels per fault, the last for none
+    long onFault = 0, covered = 0;
+    for (int z = 0; z < kSize; ++z)
+        for (int y = 0; y < kSize; ++y)
+            for (int x = 0; x < kSize; ++x) {
+                int fault = static_cast<int>(faults.size());
+                double best = kOnFault;
+                for (size_t f = 0; f < faults.size(); ++f) {
+                    const double profile = faultLikelihood(faults[f], x, y, z);
+                    if (profile >= best) {
+                        best = profile;
+                        fault = static_cast<int>(f);
+                    }
+                }
+                const int label = labels(x, y, z);
+                const bool above = v(x, y, z) > kThreshold;
+                onFault += above && fault < static_cast<int>(faults.size());
+                if (label < 0) continue;
+                covered += above && fault < static_cast<int>(faults.size());
+                std::vector<long>& counts = perPatch[label];
+                counts.resize(faults.size() + 1);
+                ++counts[fault];
+            }
+    PatchQuality q;
+    q.covered = onFault > 0 ? static_cast<double>(covered) / onFault : 0.0;
+    for (const auto& patch : perPatch) {
+        const std::vector<long>& counts = patch.second;
+        long total = 0;
+        for (long c : counts) total += c;
+        const long most = *std::max_element(counts.begin(), counts.end() - 1);
+        q.straddling += most < kStraddleShare * total;
+    }
+    return q;
+}
+
+// Arguments: the volume, the settings, and the threads (0: all of OpenMP's).
 void BM_FaultPatchSegmentation(benchmark::State& state)
 {
     ZN3DImage<float>& v = volume(static_cast<int>(state.range(0)));
+    const Settings& s = kSettings[state.range(1)];
+    const int threads = omp_get_max_threads();
+    if (state.range(2) > 0) omp_set_num_threads(static_cast<int>(state.range(2)));
     int patches = 0;
+    std::unique_ptr<ZN3DImage<int>> labels;
     for (auto _ : state) {
         int sliceCount = 0, labelCounter = 0;
-        std::unique_ptr<ZN3DImage<int>> labels(fault::segmentation::getFaultPatchLabelImage(
-            &v, kMaxLabelCount, sliceCount, labelCounter, kMaxPatchSize, kMaxPlaneDeviation,
-            kGrowthIterations, kThreshold, -1));
+        labels.reset(fault::segmentation::getFaultPatchLabelImage(
+            &v, kMaxLabelCount, sliceCount, labelCounter, s.maxPatchSize, s.maxPlaneDeviation,
+            s.growthIterations, kThreshold, -1));
         patches = labelCounter - 1;
         benchmark::DoNotOptimize(labels.get());
     }
     state.counters["patches"] = patches;
+    state.counters["threads"] = omp_get_max_threads();
+    if (labels && state.range(2) == 0) {
+        const PatchQuality q = patchQuality(static_cast<int>(state.range(0)), *labels);
+        state.counters["covered"] = q.covered;
+        state.counters["straddling"] = q.straddling;
+    }
+    omp_set_num_threads(threads);
 }
-BENCHMARK(BM_FaultPatchSegmentation)->Arg(FaultFamily)->Arg(CrossingFaults)
+BENCHMARK(BM_FaultPatchSegmentation)
+    ->ArgsProduct({{FaultFamily, CrossingFaults}, {Realistic, Previous}, {0, 1}})
     ->Unit(benchmark::kMillisecond)->Iterations(5);
 
 // Keeps the mean times of every benchmark run, by name and argument, besides the console
@@ -128,18 +219,26 @@ public:
                                                                            r.GetAdjustedCPUTime()};
         ConsoleReporter::ReportRuns(runs);
     }
+    // Real time is the goal's measure; CPU time sums the threads, so it tells the work
+    // done, and with one thread it is the steadiest figure on a busy machine.
     void printRatios() const
     {
-        for (int kind : {FaultFamily, CrossingFaults}) {
-            const std::string arg = "/" + std::to_string(kind);
-            const auto plain = times.find("BM_PlainLabelling" + arg);
-            const auto segmentation = times.find("BM_FaultPatchSegmentation" + arg);
-            if (plain == times.end() || segmentation == times.end()) continue;
-            std::printf("%s: segmentation / plain labelling = %.2f real time, %.2f CPU time "
-                        "(goal <= 2.00)\n",
-                        kVolumeNames[kind], segmentation->second.real / plain->second.real,
-                        segmentation->second.cpu / plain->second.cpu);
-        }
+        for (int kind : {FaultFamily, CrossingFaults})
+            for (int settings : {Realistic, Previous})
+                for (int threads : {0, 1}) {
+                    const std::string arg = "/" + std::to_string(kind);
+                    const auto plain = times.find("BM_PlainLabelling" + arg);
+                    const auto segmentation = times.find(
+                        "BM_FaultPatchSegmentation" + arg + "/" + std::to_string(settings) +
+                        "/" + std::to_string(threads));
+                    if (plain == times.end() || segmentation == times.end()) continue;
+                    std::printf("%s, %s settings, %s: segmentation / plain labelling = %.2f "
+                                "real time, %.2f CPU time (goal <= 2.00)\n",
+                                kVolumeNames[kind], kSettings[settings].name,
+                                threads == 0 ? "all threads" : "one thread",
+                                segmentation->second.real / plain->second.real,
+                                segmentation->second.cpu / plain->second.cpu);
+                }
     }
 };
 
@@ -166,9 +265,19 @@ bool resetPeak()
     return std::fclose(f) == 0 && ok;
 }
 
+// The likelihood and labels of one slab: its planned slices and the 3 it shares.
 long long slabBytes()
 {
-    return static_cast<long long>(kSlabSlices + 3) * kSize * kSize * (sizeof(float) + sizeof(int));
+    return static_cast<long long>(kSlabSlices + fault::segmentation::detail::kSlabOverlap) *
+           kSize * kSize * (sizeof(float) + sizeof(int));
+}
+
+// The planner's budget for slabs of kSlabSlices slices: the segmentation's whole working
+// set (likelihood, labels, masks, patch buffers) of such a slab.
+long long plannedBytes()
+{
+    return fault::segmentation::detail::slabBudget(kSize, kSize, kSlabSlices,
+                                                   kSettings[Realistic].maxPatchSize);
 }
 
 // The child: segments the block file at `path` slab by slab and prints its memory use.
@@ -176,7 +285,7 @@ int outOfCoreChild(const char* path)
 {
     ZNBloc input;
     if (!input.open(QString::fromLocal8Bit(path))) return 1;
-    ZNSlabPlanner planner(static_cast<long long>(kSize) * kSize * 2 * kSlabSlices);
+    ZNSlabPlanner planner(plannedBytes());
     ZNScopedService<ZNSlabPlanner> scope(planner);
     int warm = 0;
 #pragma omp parallel reduction(+ : warm)
@@ -187,8 +296,9 @@ int outOfCoreChild(const char* path)
     const long peakBefore = statusKb("VmHWM");
     const auto start = std::chrono::steady_clock::now();
     int firstSlice = 0;
+    const Settings& s = kSettings[Realistic];
     const bool ok = fault::segmentation::getFaultPatchLabelImageLargeFile(
-        &input, output, firstSlice, kMaxPatchSize, kMaxPlaneDeviation, kGrowthIterations,
+        &input, output, firstSlice, s.maxPatchSize, s.maxPlaneDeviation, s.growthIterations,
         kThreshold, -1);
     const double seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -228,13 +338,16 @@ void reportOutOfCore(const char* self)
     }
     const long base = reset ? before : peakBefore;  // without a reset, the older peak
     const double increase = (peak - base) * 1024.0;
-    std::printf("out-of-core (fault family): %.2f s, %d slices per slab + 3, %d threads\n", seconds,
-                kSlabSlices, threads);
+    std::printf("out-of-core (fault family, realistic settings): %.2f s, %d slices per slab + 3, "
+                "%d threads\n", seconds, kSlabSlices, threads);
     std::printf("out-of-core: resident before %ld kB, peak %ld kB (peak %s), increase %.1f MB\n",
                 before, peak, reset ? "reset before the run" : "not resettable", increase / 1e6);
     std::printf("out-of-core: one slab (likelihood + labels of %d slices) %.1f MB; "
                 "peak increase / slab = %.3f (goal <= 1.10)\n",
                 kSlabSlices + 3, slabBytes() / 1e6, increase / slabBytes());
+    std::printf("out-of-core: planner budget for %d slices (whole working set) %.1f MB; "
+                "peak increase / budget = %.3f (fits when <= 1)\n",
+                kSlabSlices, plannedBytes() / 1e6, increase / plannedBytes());
 }
 
 } // namespace

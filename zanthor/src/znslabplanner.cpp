@@ -1,5 +1,7 @@
 #include "znslabplanner.h"
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 
 #if defined(_WIN32)
@@ -26,21 +28,28 @@ ZNSlabPlanner::ZNSlabPlanner()
 
 ZNSlabPlanner::ZNSlabPlanner(long long budgetBytes) : m_budget(0) { setMemoryBudget(budgetBytes); }
 
-core::Triplet ZNSlabPlanner::plan(int nx, int ny, int nz, int bytesPerSample) const
+core::Triplet ZNSlabPlanner::plan(int nx, int ny, int nz, int bytesPerSample,
+                                  double workingSetFactor, int haloSlices) const
 {
-    if (nx <= 0 || ny <= 0 || nz <= 0 || bytesPerSample <= 0) return kNoSlab;
+    if (nx <= 0 || ny <= 0 || nz <= 0 || bytesPerSample <= 0 || haloSlices < 0) return kNoSlab;
+    if (!(workingSetFactor > 0.0) || !std::isfinite(workingSetFactor)) return kNoSlab;
     const long long rowBytes = static_cast<long long>(nx) * bytesPerSample;
     if (ny > std::numeric_limits<long long>::max() / rowBytes) return kNoSlab;
-    const long long sliceBytes = rowBytes * ny;
-    const long long slices = m_budget / sliceBytes;
-    if (slices < 1) return kNoSlab;
-    const int cz = slices < nz ? static_cast<int>(slices) : nz;
-    return core::Triplet(nx, ny, cz);
+    // Held per slice, in bytes; a double, since the factor need not be whole.
+    const double sliceCost = static_cast<double>(rowBytes * ny) * workingSetFactor;
+    const double budget = static_cast<double>(m_budget);
+    double slices = std::min(std::floor(budget / sliceCost) - haloSlices, static_cast<double>(nz));
+    // The division rounds: step down until the slab and its halo really fit (whole numbers
+    // up to nz are exact, and the estimate is off by one at most).
+    while (slices >= 1.0 && (slices + haloSlices) * sliceCost > budget) slices -= 1.0;
+    if (!(slices >= 1.0)) return kNoSlab;
+    return core::Triplet(nx, ny, static_cast<int>(slices));
 }
 
-core::Triplet ZNSlabPlanner::planSlab(int nx, int ny, int nz, int bytesPerSample)
+core::Triplet ZNSlabPlanner::planSlab(int nx, int ny, int nz, int bytesPerSample,
+                                      double workingSetFactor, int haloSlices)
 {
-    return instance().plan(nx, ny, nz, bytesPerSample);
+    return instance().plan(nx, ny, nz, bytesPerSample, workingSetFactor, haloSlices);
 }
 
 ZNSlabPlanner* ZNSlabPlanner::install(ZNSlabPlanner* planner) { return Slot::install(planner); }

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include <core/conventions.h>
@@ -7,6 +8,7 @@
 #include <znslabplanner.h>
 
 #include "segmentation/faultpatchlabelimage.h"
+#include "segmentation/labelscan.h"
 #include "segmentation/largefilesegmentation.h"
 #include "segmentation/progressscope.h"
 
@@ -64,14 +66,34 @@ SlabOutcome processSlab(SlabRun& run, const SlabSettings& s, int k, int depth, i
 
 } // namespace
 
+SlabCost slabCost(int nx, int ny, int maxPatchSize)
+{
+    const ScanMemory memory = scanMemory(nx, ny, maxPatchSize, ScanTuning());
+    const double sampleBytes = static_cast<double>(nx) * ny * kPlannedBytesPerSample;
+    SlabCost cost;
+    cost.workingSetFactor = memory.perSlice / sampleBytes;
+    cost.haloSlices = kSlabOverlap + static_cast<int>(std::ceil(memory.fixed / memory.perSlice));
+    return cost;
+}
+
+long long slabBudget(int nx, int ny, int cz, int maxPatchSize)
+{
+    const SlabCost cost = slabCost(nx, ny, maxPatchSize);
+    const double sliceCost = static_cast<double>(nx) * ny * kPlannedBytesPerSample *
+                             cost.workingSetFactor;
+    return static_cast<long long>(std::ceil((cz + cost.haloSlices) * sliceCost));
+}
+
 bool segmentLargeFile(ZNBloc* likelihood, const QString& outputPath, int& firstSlice,
                       int maxPatchSize, double maxPlaneDeviation, int growthIterations,
                       double likelihoodThreshold, int progressParent, int labelBudget)
 {
     if (likelihood == nullptr || !likelihood->isOpen() || firstSlice < 0) return false;
     const int nz = likelihood->nz();
-    const core::Triplet plan = ZNSlabPlanner::planSlab(likelihood->nx(), likelihood->ny(),
-                                                       nz - firstSlice, kPlannedBytesPerSample);
+    const SlabCost cost = slabCost(likelihood->nx(), likelihood->ny(), maxPatchSize);
+    const core::Triplet plan =
+        ZNSlabPlanner::planSlab(likelihood->nx(), likelihood->ny(), nz - firstSlice,
+                                kPlannedBytesPerSample, cost.workingSetFactor, cost.haloSlices);
     if (plan.x == core::kNoValue || plan.y == core::kNoValue || plan.z == core::kNoValue ||
         plan.x == 0 || plan.y == 0 || plan.z == 0)
         return false;

@@ -1,9 +1,6 @@
 #include "patchgrowth.h"
 
 #include <cstddef>
-#include <cstdint>
-
-#include "segmentation/takeablemask.h"
 
 namespace fault::segmentation::detail {
 
@@ -45,9 +42,6 @@ bool isInside(const VolumeView& volume, int x, int y, int z)
     return x >= 0 && y >= 0 && z >= 0 && x < volume.nx && y < volume.ny && z < volume.nz;
 }
 
-// Index of the lowest set bit of a non-zero row of three bits.
-int lowestBit(uint32_t row) { return (row & 1u) ? 0 : ((row & 2u) ? 1 : 2); }
-
 } // namespace
 
 GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
@@ -59,8 +53,9 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
     if (!patch.add(seed)) return GrowthEnd::VoxelLimit;
 
     const Neighbourhood around(volume.nx, volume.ny);
-    // Takes what it may around v; false once the patch is full or cannot grow.
-    auto visit = [&](const core::Triplet& v) {
+    // Takes what it may around voxel i of the patch.
+    auto visit = [&](int i) {
+        const core::Triplet v = patch[i];
         const std::size_t centre = volume.index(v.x, v.y, v.z);
         const bool interior = isInterior(volume, v);
         for (int k = 0; k < kNeighbourCount; ++k) {
@@ -71,39 +66,11 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
             const std::size_t n = centre + around.linear[k];
             if (!(static_cast<double>(volume.likelihood[n]) > threshold) || volume.labels[n] >= 0)
                 continue;
-            if (!patch.add(core::Triplet(x, y, z))) return false;
+            if (!patch.add(core::Triplet(x, y, z))) return VisitEnd::PatchFull;
             volume.labels[n] = label;
-            if (patch.size() >= maxVoxels) return false;
+            if (patch.size() >= maxVoxels) return VisitEnd::PatchFull;
         }
-        return true;
-    };
-    return growRings(patch, maxRings, visit);
-}
-
-GrowthEnd growPatchMasked(TakeableMask& mask, core::Triplet seed,
-                          core::Array<core::Triplet>& patch, int maxRings, int maxVoxels)
-{
-    mask.clear(seed.x, seed.y, seed.z);
-    patch.clear();
-    if (!patch.add(seed)) return GrowthEnd::VoxelLimit;
-
-    const std::ptrdiff_t rowBits = mask.rowStride();
-    const std::ptrdiff_t sliceBits = mask.sliceStride();
-    auto visit = [&](const core::Triplet& v) {
-        const std::size_t centreBit = mask.bitBefore(v.x, v.y, v.z);
-        for (int dz = -1; dz <= 1; ++dz)
-            for (int dy = -1; dy <= 1; ++dy) {
-                const std::ptrdiff_t bitShift = dz * sliceBits + dy * rowBits;
-                const std::size_t rowBit = centreBit + bitShift;
-                // Bit k is voxel x - 1 + k: lowest first keeps the x order.
-                for (uint32_t row = mask.threeFrom(rowBit); row != 0; row &= row - 1) {
-                    const int k = lowestBit(row);
-                    if (!patch.add(core::Triplet(v.x - 1 + k, v.y + dy, v.z + dz))) return false;
-                    mask.clearBit(rowBit + k);
-                    if (patch.size() >= maxVoxels) return false;
-                }
-            }
-        return true;
+        return VisitEnd::Continue;
     };
     return growRings(patch, maxRings, visit);
 }

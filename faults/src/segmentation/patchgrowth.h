@@ -30,6 +30,14 @@ enum class GrowthEnd {
     RingLimit,   // the ring limit was reached while some patch voxels were still unvisited
     Exhausted,   // every voxel of the patch had its neighbourhood visited: nothing more
                  // could be taken, whatever the ring limit
+    Stopped,     // the caller stopped it (the patch is then incomplete)
+};
+
+// What a visit of one voxel asks of the ring loop.
+enum class VisitEnd {
+    Continue,
+    PatchFull,  // the voxel limit is reached, or the array could not grow
+    Stopped,    // the caller wants no more
 };
 
 // The growth of propagateFaultPatch on a view whose seed lies inside the volume.
@@ -37,27 +45,20 @@ GrowthEnd growPatch(const VolumeView& volume, core::Triplet seed, int label,
                     core::Array<core::Triplet>& patch, int maxRings, int maxVoxels,
                     double threshold);
 
-class TakeableMask;
-
-// The same growth on a mask of takeable voxels alone: the voxels growPatch would label
-// are cleared in `mask` instead, and no label is written. With a mask that describes the
-// volume, the label volume and the threshold, it gives the same patch and the same end
-// as growPatch; the caller writes the labels if it keeps the patch, or sets the bits
-// back if not.
-GrowthEnd growPatchMasked(TakeableMask& mask, core::Triplet seed,
-                          core::Array<core::Triplet>& patch, int maxRings, int maxVoxels);
-
-// The ring loop shared by both growths. `visit(v)` takes what it may around voxel v and
-// answers false once the patch is full; `patch` holds the labelled seed.
-template <class Visit>
-GrowthEnd growRings(core::Array<core::Triplet>& patch, int maxRings, Visit&& visit)
+// The ring loop shared by the growths. `visit(i)` takes what it may around voxel i of
+// `patch` (with size()), which holds the labelled seed.
+template <class Patch, class Visit>
+GrowthEnd growRings(Patch& patch, int maxRings, Visit&& visit)
 {
     if (maxRings < 1) return GrowthEnd::RingLimit;
     int begin = 0;  // current ring: patch[begin .. end)
     int end = patch.size();
     for (int ring = 0;;) {
-        for (int i = begin; i < end; ++i)
-            if (!visit(core::Triplet(patch[i]))) return GrowthEnd::VoxelLimit;
+        for (int i = begin; i < end; ++i) {
+            const VisitEnd visited = visit(i);
+            if (visited == VisitEnd::PatchFull) return GrowthEnd::VoxelLimit;
+            if (visited == VisitEnd::Stopped) return GrowthEnd::Stopped;
+        }
         ++ring;
         begin = end;
         end = patch.size();

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <memory>
 #include <random>
 #include <vector>
@@ -8,6 +10,7 @@
 
 #include <segmentation/faultpatchlabelimage.h>
 #include <segmentation/faultpatchpropagation.h>
+#include <segmentation/labelscan.h>
 #include <segmentation/patchspread.h>
 
 #include "testservices.h"
@@ -85,8 +88,40 @@ std::unique_ptr<ZN3DImage<int>> referenceSegmentation(ZN3DImage<float>& likeliho
     return labels;
 }
 
-// Noise with a few thick tilted sheets: many patches accepted, many rejected.
-ZN3DImage<float> noisySheets(int n, unsigned seed, int nx = 0)
+// The segmentation with its work spread as `tuning` says.
+Result segmentTuned(ZN3DImage<float>& likelihood, const Settings& s, int labelCounter,
+                    const fault::segmentation::detail::ScanTuning& tuning)
+{
+    Result r;
+    r.labelCounter = labelCounter;
+    const fault::segmentation::detail::ScanSettings settings{
+        s.maxLabelCount, s.maxPatchSize, s.maxPlaneDeviation, s.growthIterations, s.threshold};
+    r.labels.reset(fault::segmentation::detail::segmentInMemory(&likelihood, settings,
+                                                                r.sliceCount, r.labelCounter,
+                                                                -1, tuning));
+    return r;
+}
+
+// Ways of spreading the work: one thread, and two or three threads growing seeds ahead
+// at every chance, two or three seeds per thread at a time.
+std::vector<fault::segmentation::detail::ScanTuning> everyTuning()
+{
+    std::vector<fault::segmentation::detail::ScanTuning> tunings;
+    for (int threads : {1, 2, 3}) {
+        fault::segmentation::detail::ScanTuning t;
+        t.threads = threads;
+        t.seedsPerThread = threads;
+        t.speculationMinVoxels = 0;
+        t.pace = false;
+        tunings.push_back(t);
+    }
+    return tunings;
+}
+
+// Noise with a few thick tilted sheets: many patches accepted, many rejected. With
+// `steps`, values are rounded to multiples of 1 / steps, so that many lie exactly on a
+// threshold.
+ZN3DImage<float> noisySheets(int n, unsigned seed, int nx = 0, int steps = 0)
 {
     std::mt19937 rng(seed);
     std::uniform_real_distribution<float> noise(0.0f, 0.62f);
@@ -96,7 +131,8 @@ ZN3DImage<float> noisySheets(int n, unsigned seed, int nx = 0)
             for (int x = 0; x < v.nx(); ++x) {
                 const bool onSheet =
                     std::abs(x % 24 + z / 2 - n / 2) <= 1 || std::abs(y - z - 3) == 0;
-                v(x, y, z) = onSheet ? 0.45f + noise(rng) : noise(rng) * 0.85f;
+                const float value = onSheet ? 0.45f + noise(rng) : noise(rng) * 0.85f;
+                v(x, y, z) = steps > 0 ? std::round(value * steps) / steps : value;
             }
     return v;
 }
@@ -319,36 +355,41 @@ TEST(FaultPatchLabelImage, ANullVolumeIsReportedAndLeavesTheOutputsAlone)
     EXPECT_EQ(labelCounter, 34);
 }
 
-TEST(FaultPatchLabelImage, LabelsEqualTheObviousSegmentationOnNoisyVolumes)
+TEST(FaultPatchLabelImage, LabelsEqualTheObviousSegmentationOnNoisyVolumesHoweverSpread)
 {
     struct Case {
         unsigned seed;
         Settings s;
-        int nx;  // rows of 63 to 65 voxels and more cross the words of the growth's bit mask
+        int nx;     // rows of 63 to 65 voxels and more cross the words of the growth's bit mask
+        int steps;  // values rounded to multiples of 1 / steps (0: not rounded)
     };
     const std::vector<Case> cases{
-        {1, {1000000, 60, 0.9, 4, 0.5}, 24},
-        {2, {1000000, 30, 0.6, 2, 0.5}, 24},
-        {3, {1000000, 200, 1.2, 6, 0.45}, 24},
-        {4, {25, 45, 0.8, 3, 0.5}, 24},    // budget spent mid-volume
-        {5, {1000000, 12, 0.5, 1, 0.4}, 24},
-        {6, {1000000, 60, 0.9, 4, 0.5}, 63},
-        {7, {1000000, 40, 1.0, 3, 0.45}, 65},
-        {8, {1000000, 80, 1.1, 5, 0.5}, 130},
+        {1, {1000000, 60, 0.9, 4, 0.5}, 24, 0},
+        {2, {1000000, 30, 0.6, 2, 0.5}, 24, 0},
+        {3, {1000000, 200, 1.2, 6, 0.45}, 24, 0},
+        {4, {25, 45, 0.8, 3, 0.5}, 24, 0},    // budget spent mid-volume
+        {5, {1000000, 12, 0.5, 1, 0.4}, 24, 0},
+        {6, {1000000, 60, 0.9, 4, 0.5}, 63, 0},
+        {7, {1000000, 40, 1.0, 3, 0.45}, 65, 0},
+        {8, {1000000, 80, 1.1, 5, 0.5}, 130, 0},
+        {9, {1000000, 60, 0.9, 4, 0.5}, 24, 10},  // many seeds exactly at the threshold
+        {10, {1000000, 150, 0.75, 6, 0.5}, 24, 0}, // most patches stopped by their spread
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.seed);
-        ZN3DImage<float> v = noisySheets(c.nx > 24 ? 12 : 24, c.seed, c.nx);
+        ZN3DImage<float> v = noisySheets(c.nx > 24 ? 12 : 24, c.seed, c.nx, c.steps);
         int expectedCounter = 3;
         const auto expected = referenceSegmentation(v, c.s, expectedCounter);
-        const Result r = segment(v, c.s, 3);
-        ASSERT_NE(r.labels, nullptr);
-        EXPECT_EQ(r.labelCounter, expectedCounter);
-        EXPECT_GT(r.labelCounter, 8);  // the case does label patches
-        size_t differences = 0;
-        for (size_t i = 0; i < v.voxelCount(); ++i)
-            differences += r.labels->data()[i] != expected->data()[i];
-        EXPECT_EQ(differences, 0u);
+        EXPECT_GT(expectedCounter, 8);  // the case does label patches
+        std::vector<Result> results;
+        results.push_back(segment(v, c.s, 3));
+        for (const auto& tuning : everyTuning()) results.push_back(segmentTuned(v, c.s, 3, tuning));
+        for (const Result& r : results) {
+            ASSERT_NE(r.labels, nullptr);
+            EXPECT_EQ(r.labelCounter, expectedCounter);
+            EXPECT_TRUE(std::equal(r.labels->data(), r.labels->data() + v.voxelCount(),
+                                   expected->data()));
+        }
     }
 }
 

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 
 #include <segmentation/faultpatchlabelimage.h>
+#include <segmentation/labelscan.h>
 #include <segmentation/largefilesegmentation.h>
 #include <znbloc.h>
 #include <znservice.h>
@@ -50,7 +51,7 @@ class LargeFileTest : public testing::Test {
 protected:
     QTemporaryDir dir;
     RecordingEventBus bus;
-    ZNSlabPlanner planner{static_cast<long long>(kNx) * kNy * 2 * kCz};
+    ZNSlabPlanner planner{fault::segmentation::detail::slabBudget(kNx, kNy, kCz, kMaxPatchSize)};
     ZNScopedService<ZNSlabPlanner> plannerScope{planner};
     ZN3DImage<float> volume = sheets();
     ZNBloc input;
@@ -219,7 +220,7 @@ TEST_F(LargeFileTest, UnusableInputsReturnFalseAndWriteNothing)
         EXPECT_FALSE(run(firstSlice));
         EXPECT_EQ(firstSlice, first);
     }
-    planner.setMemoryBudget(kNx * kNy * 2 - 1);  // not one slice
+    planner.setMemoryBudget(fault::segmentation::detail::slabBudget(kNx, kNy, 1, 30) - 1);
     firstSlice = 0;
     EXPECT_FALSE(run(firstSlice));
     EXPECT_EQ(firstSlice, 0);
@@ -241,4 +242,35 @@ TEST_F(LargeFileTest, ABudgetForTheWholeVolumeGivesOneSlab)
     const auto whole = segmentSlab(0, kNz, counter, 1000000);
     EXPECT_EQ(differences(readLabels(), 0, *whole, 0, 0, kNz), 0u);
     EXPECT_EQ(bus.texts(), QStringList{"k: 0"});
+}
+
+TEST(SlabCost, APlannedSlabHoldsTheSegmentationsWholeWorkingSetWithinTheBudget)
+{
+    using namespace fault::segmentation::detail;
+    struct Case {
+        int nx, ny, maxPatchSize;
+    };
+    // Narrow volumes, whose masks are mostly padding, and wide ones; small and huge patches.
+    for (const Case c : {Case{1, 1, 10}, Case{3, 5, 40}, Case{20, 16, 40}, Case{256, 256, 1500},
+                         Case{1000, 7, 5000000}}) {
+        SCOPED_TRACE(testing::Message() << c.nx << "x" << c.ny << " " << c.maxPatchSize);
+        const SlabCost cost = slabCost(c.nx, c.ny, c.maxPatchSize);
+        const ScanMemory memory = scanMemory(c.nx, c.ny, c.maxPatchSize, ScanTuning());
+        EXPECT_GE(cost.haloSlices, kSlabOverlap);
+        for (int cz : {1, 5, 32}) {
+            const long long budget = slabBudget(c.nx, c.ny, cz, c.maxPatchSize);
+            for (long long b : {budget - 1, budget, budget + budget / 3}) {
+                const core::Triplet plan = ZNSlabPlanner(b).plan(
+                    c.nx, c.ny, 1000, kPlannedBytesPerSample, cost.workingSetFactor,
+                    cost.haloSlices);
+                if (b < budget) {
+                    EXPECT_TRUE(plan.z == cz - 1 || (cz == 1 && plan.z == -9999));
+                    continue;
+                }
+                ASSERT_GE(plan.z, cz);
+                const double held = (plan.z + kSlabOverlap) * memory.perSlice + memory.fixed;
+                EXPECT_LE(held, static_cast<double>(b));
+            }
+        }
+    }
 }

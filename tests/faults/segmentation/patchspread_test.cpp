@@ -88,3 +88,67 @@ TEST(PlaneDeviation, IsTheSameBitForBitOnAnyNumberOfThreadsAndInAnyOrder)
     EXPECT_NEAR(planeDeviation(reversed), one, 1e-12);
     EXPECT_GT(one, 0.1);
 }
+
+TEST(VoxelMoments, GiveThePlaneDeviationOfTheSameVoxelsBitForBit)
+{
+    for (int side : {0, 1, 2, 10, 40}) {
+        const core::Array<Triplet> voxels = noisyPlane(side, 8, 1000);
+        for (int chunk : {1, 7, 1000}) {
+            fault::segmentation::VoxelMoments moments;
+            for (int i = 0; i < voxels.size(); i += chunk)
+                moments.add(voxels.begin() + i,
+                            voxels.begin() + std::min(voxels.size(), i + chunk));
+            EXPECT_EQ(moments.count(), voxels.size());
+            EXPECT_EQ(moments.planeDeviation(), planeDeviation(voxels));
+        }
+    }
+}
+
+TEST(VoxelMoments, ASpreadTheyForceIsReachedByEverySupersetUpToTheLimitAndNoMore)
+{
+    // Two crossing planes centred on the origin. The superset that spreads least adds the
+    // missing voxels at their mean, the origin: its spread is sqrt(count / limit) times
+    // theirs, which the test must tell apart from just above it.
+    constexpr int kReach = 4;
+    core::Array<Triplet> cross;
+    for (int a = -kReach; a <= kReach; ++a)
+        for (int b = -kReach; b <= kReach; ++b) {
+            cross.add({a, b, 0});
+            if (b != 0) cross.add({a, 0, b});
+        }
+    fault::segmentation::VoxelMoments moments;
+    moments.add(cross.begin(), cross.end());
+    std::mt19937 rng(2);
+    std::uniform_int_distribution<int> position(-kReach, kReach);
+    for (int limit : {cross.size(), 2 * cross.size(), 5 * cross.size()}) {
+        SCOPED_TRACE(limit);
+        core::Array<Triplet> atMean = cross;
+        core::Array<Triplet> scattered = cross;
+        while (atMean.size() < limit) {
+            atMean.add({0, 0, 0});
+            scattered.add({position(rng), position(rng), position(rng)});
+        }
+        const double least = planeDeviation(atMean);
+        EXPECT_TRUE(moments.forcesDeviationOver(least * (1.0 - 1e-6), limit, kReach));
+        EXPECT_FALSE(moments.forcesDeviationOver(least * (1.0 + 1e-6), limit, kReach));
+        for (double deviation = 0.05; deviation < 4.0; deviation += 0.05)
+            if (moments.forcesDeviationOver(deviation, limit, kReach)) {
+                EXPECT_GE(planeDeviation(atMean), deviation);
+                EXPECT_GE(planeDeviation(scattered), deviation);
+            }
+    }
+}
+
+TEST(VoxelMoments, NoSpreadIsBelowANonPositiveDeviationAndNoVoxelsForceNothing)
+{
+    fault::segmentation::VoxelMoments moments;
+    EXPECT_FALSE(moments.forcesDeviationOver(1.0, 10, 5));
+    EXPECT_EQ(moments.planeDeviation(), -9999.0);
+    const Triplet one(3, 4, 5);
+    moments.add(&one, &one + 1);
+    for (double deviation : {0.0, -1.0, std::nan("")})
+        EXPECT_TRUE(moments.forcesDeviationOver(deviation, 10, 5));
+    EXPECT_FALSE(moments.forcesDeviationOver(1e-3, 10, 5));
+    moments.reset();
+    EXPECT_EQ(moments.count(), 0);
+}
