@@ -13,6 +13,7 @@
 namespace {
 constexpr const char* kSource = "faults/src/znfaultpatchmanager";
 constexpr int kEndOfList = -1;  // link of the last patch of a linked list
+constexpr int kParallelPatchCount = 1000;  // fewer patches are not worth the threads
 } // namespace
 
 ZNFaultPatchManager::ZNFaultPatchManager() : ZNFaultPatchManager(kInitialNumberOfPatch) {}
@@ -56,6 +57,9 @@ void ZNFaultPatchManager::copyModelFrom(const ZNFaultPatchManager& other)
     m_currentStamp = other.m_currentStamp;
     m_nextInFault = other.m_nextInFault;
     m_patchVoxels = other.m_patchVoxels;
+    m_contacts = other.m_contacts;
+    m_allocSize = other.m_allocSize;
+    m_minimumPatchSize = other.m_minimumPatchSize;
     m_pickedPoints = other.m_pickedPoints;
     for (const ZN3DFaultPatchLight* light : other.m_faultLights)
         m_faultLights.append(new ZN3DFaultPatchLight(*light));
@@ -85,6 +89,7 @@ void ZNFaultPatchManager::init(int numberOfPatch, bool resetDescriptors)
     m_patchVoxels.init(numberOfPatch, kPointGrowthStep);
     m_nextInFault.fill(numberOfPatch, kEndOfList);
     initElementListBis();
+    m_contacts = core::MultiArray<int>();
 
     m_picked = true;
     m_locked = false;
@@ -315,13 +320,16 @@ int ZNFaultPatchManager::getNumberOfFaultPickedPoint(int faultId) const
 void ZNFaultPatchManager::computePatchParameters()
 {
     const int n = getNumberOfPatch();
+    int mixed = 0;  // patches holding both picked points and voxels
+    // Each record is written by one thread from its own points, in the same order as a
+    // single thread would: the result does not depend on the thread count.
+#pragma omp parallel for schedule(dynamic, 256) reduction(+ : mixed) if (n > kParallelPatchCount)
     for (int i = 0; i < n; ++i) {
         ZNFaultPatch& patch = m_patches[i];
         patch.clearParameters();
         const int picked = m_pickedPoints.getCount(i);
         const int voxels = m_patchVoxels.getCount(i);
-        if (picked > 0 && voxels > 0)
-            ZNEventBus::sendMessage(ZNEventBus::Error, QStringLiteral("Pb with picked patch"));
+        if (picked > 0 && voxels > 0) ++mixed;
         if (picked < 1 && voxels > 0) {
             const core::ByteTriplet* offsets = m_patchVoxels.getArray(i);
             patch.setNbPoint(voxels);
@@ -331,6 +339,9 @@ void ZNFaultPatchManager::computePatchParameters()
             updatePickedPatchParameters(i);
         }
     }
+    // One message per such patch, sent from this thread.
+    for (int k = 0; k < mixed; ++k)
+        ZNEventBus::sendMessage(ZNEventBus::Error, QStringLiteral("Pb with picked patch"));
 }
 
 void ZNFaultPatchManager::updatePickedPatchParameters(int id)

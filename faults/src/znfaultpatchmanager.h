@@ -1,9 +1,13 @@
 #pragma once
 #include <QList>
 #include <QObject>
+#include <QPair>
 #include <QString>
 
+#include <vector>
+
 #include <core/array.h>
+#include <core/heap.h>
 #include <core/multiarray.h>
 #include <core/pointwithbool.h>
 #include <core/triplet.h>
@@ -19,9 +23,12 @@
 #include "znfaultpatch.h"
 #include "znfaultstick.h"
 
+class ZNBloc;
 class ZNFaultPatchManagerConfig;
+class ZNLabelSlabReader;
 class ZNFaultSurface;
 class ZNPickingViewer;
+template <class T> class ZN3DImage;
 
 // The fault set: every patch of one interpretation, the picked points of each patch,
 // the grouping of patches into faults, one descriptor per fault, the picking cursors and
@@ -414,6 +421,182 @@ public:
     // A limit below 0 counts as 0.
     void setHistoryLimit(int limit) { m_historyLimit = limit < 0 ? 0 : limit; }
 
+    // ===== automatic fault sets: label volumes, contacts, merging, duplicates =====
+    // (_labels.cpp, _merging.cpp, _similar.cpp)
+    //
+    // Voxels. Each patch keeps its voxels as offsets 0..127 from its origin along each
+    // axis, so every offset reads the same whether taken signed or unsigned. A label whose
+    // voxels do not fit in one 128-voxel box is cut along a grid of such boxes anchored at
+    // the label's lowest corner: the box of its first voxel (scan order) is patch `label`,
+    // every other occupied box becomes an additional patch of the same fault (its father is
+    // the label's patch), placed after the label patches and before the spare last patch.
+    // No voxel is ever dropped.
+    //
+    // Merge costs. getMergeCost of two records is the spread of their points across their
+    // common best-fit plane, sqrt(lambda3) of the summed record: lower is better.
+    static constexpr int kDefaultMinimumPatchSize = 11;  // points to enter the contact heap
+    static constexpr int kDefaultAllocSize = 3;          // contact list growth, entries
+    static constexpr int kVoxelBoxSize = 128;            // voxels per patch box side
+    static constexpr double kMaxMergeDipDifference = 5.0;  // degrees, getDipAngleBis
+    static constexpr double kMaxOverlapShare = 0.1;      // overlap test, of each fault
+    static constexpr double kMaxOverlapDepth = 1.0;      // overlap test, mean depth gap
+
+    // Points of one patch list falling on pixels another list was projected onto.
+    struct OverlapCount {
+        int points = 0;                     // points of the list on stamped pixels
+        double meanDepthDifference = -9999.0;  // mean |stored - own| depth; -9999 for none
+    };
+
+    // An automatic fault set from a label volume (label k >= 1 is patch k; 0 and negative
+    // values are no patch): (largest label + 2) patches plus the additional patches of
+    // labels too large for one box, the block space copied, each patch's voxels, the
+    // lateral contacts and the patch parameters. False, with a message on the event bus
+    // (kind 1) and the fault set reset to an empty automatic one, for a null or empty
+    // volume, a volume without positive labels, a grid position beyond 32767, or a lack
+    // of memory.
+    bool init(const ZN3DImage<int>* labelImage);
+    // The same from a block file of labels, read `slabDepth` slices at a time (below 1:
+    // the slab planner's choice for 4-byte samples). Also false when the block is not
+    // open for reading or a read fails.
+    bool init(ZNBloc* labelBloc, int slabDepth);
+
+    // True when `point` (grid indices) is encodable in patch `patch`: the origin is
+    // defined and each |point - origin| component is at most 127. False for a bad id.
+    bool testPatchPointByteTriplet(int patch, const core::Triplet& point) const;
+    // point - origin as bytes; meaningful only when testPatchPointByteTriplet is true
+    // ((0, 0, 0) for a bad id).
+    core::ByteTriplet getPatchPointByteTriplet(int patch, const core::Triplet& point) const;
+    // A new label image (caller owns it) on the fault set's block space: every voxel of
+    // every patch holds its fault id (the root of its patch), -9999 elsewhere. Null for an
+    // empty block space or a lack of memory.
+    ZN3DImage<int>* createFaultLabelImage() const;
+
+    // Contacts: per patch, the patches it touches. -9999 when the fault set holds no
+    // contact lists (they are made by the label constructions and reset by init) or for
+    // an id outside the lists.
+    int getNumberOfContact(int patch) const;
+    // Contact `k` of `patch`; 0 for a missing entry.
+    int getContact(int patch, int k) const;
+    // Records that patches a and b touch, in both lists, each once. False for a == b, an
+    // id outside the lists (patch 0 included) or a failed allocation.
+    bool addContact(int a, int b);
+    // The lateral contact pass over one pair of label slices (width x height, x fastest),
+    // label k being patch k: each interior pixel of `slice` with a label 1..n-1 is
+    // compared with (x+1, y), (x+1, y-1), (x+1, y+1) of `slice` and (x, y), (x, y-1),
+    // (x, y+1) of `nextSlice`; every other positive label met is a contact. Creates empty
+    // contact lists for every patch when there are none.
+    void getLateralContact(const int* slice, const int* nextSlice, int width, int height);
+    // The pass over every pair of z slices of `labels`, sending "Get Lateral Contact"
+    // (kind 4) and showing a bar of that title, one step per pair. False when cancelled
+    // (the pairs done so far stay) or for a null image.
+    bool getLateralContact(const ZN3DImage<int>* labels, int progressParent);
+    // Entries a full contact list grows by (at least 1).
+    int getAllocSize() const { return m_allocSize; }
+    void setAllocSize(int size) { m_allocSize = size < 1 ? 1 : size; }
+    // Patches with fewer points take no part in the direct-contact heap.
+    int getMinimumPatchSize() const { return m_minimumPatchSize; }
+    void setMinimumPatchSize(int size) { m_minimumPatchSize = size; }
+    // True while fastContactMerging or fastContactMergingWithFaultContactBis runs.
+    bool isMergingInProgress() const { return m_mergingInProgress; }
+
+    // sqrt(lambda3) of a + b.
+    double getMergeCost(const ZNFaultPatch& a, const ZNFaultPatch& b) const;
+    // A default record plus every listed record in list order (ids outside the array
+    // skipped), its sampling vector replaced by getMergedSamplingVect(patchList).
+    ZNFaultPatch getMergedFaultPatch(const core::Array<int>& patchList) const;
+    // The merged record of the whole fault of `patch` (empty list for a bad id).
+    ZNFaultPatch getMergedFaultPatch(int patch) const;
+    // Joins the faults of a and b: root(a)'s father becomes root(b) and the fault's list
+    // is b's patches followed by a's. Father chains met on the way may be shortened
+    // (every patch keeps its root). False, nothing changed, when both have one root or
+    // either id is not 1..n-2 (patch 0 and the spare last patch are never linked).
+    bool mergePatch(int a, int b);
+    // Every (patch of fault A, patch of fault B) pair in contact, in A's list order then
+    // contact order; `contacts` is replaced. Empty when the faults are one.
+    void getPatchContactArrayWithFault(int faultA, int faultB,
+                                       core::Array<core::Duplet>& contacts) const;
+    // The mean (max false) or the largest (max true) getMergeCost of the pairs' records,
+    // pairs with a bad id left out; -9999.0 when no pair remains.
+    double getContactArrayPlanarMergeCost(const core::Array<core::Duplet>& contacts,
+                                          bool max) const;
+    double getContactArrayPlanarMergeCost(int faultA, int faultB, bool max) const;
+    // Fills `heap` with (cost, (i, j)) for every contact of two patches of at least the
+    // minimum size, each pair once, in different faults, cost strictly below `maxCost`;
+    // patches 1..n-2 are the starting patches. Bar "Merge Fault Patches Initialization".
+    // False when cancelled (the heap then holds what was found before).
+    bool getSortedDirectContact(core::Heap<core::Duplet>& heap, double maxCost,
+                                int progressParent);
+    // Merges best-first over the direct contacts scored below maxCost / 2: a popped pair
+    // of two faults is merged when the two whole faults together spread at most maxCost
+    // across their plane and their getDipAngleBis differ by at most 5 degrees. Bar
+    // "Merge Fault Patches". False when cancelled (merges made so far stay).
+    bool fastContactMerging(double maxCost, int progressParent);
+    // Fills `heap` with (mean contact cost, (a, b)) for every pair of touching faults
+    // a < b, each of at least `minFaultSize` points, touching through at least
+    // `minContactCount` patch pairs, cost at most `maxCost`. False when cancelled.
+    bool getSortedFaultContact(core::Heap<core::Duplet>& heap, int minFaultSize,
+                               int minContactCount, double maxCost, int progressParent);
+    // The faults (root ids) touching the fault of `fault`, in order of first contact;
+    // `faults` is replaced.
+    void getConnexFault(int fault, core::Array<int>& faults) const;
+    // Merges best-first over fault contacts: a popped pair is re-scored, merged when the
+    // mean cost is at most maxCost and testFaultPatchMerge accepts it, and the grown
+    // fault's contacts are queued again. `mergeLog` (may be null) receives (root a, root b)
+    // of every merge in order. Sends "Nb Merge :" and the count (kind 4). False when
+    // cancelled.
+    bool fastContactMergingWithFaultContactBis(int minFaultSize, int minContactCount,
+                                               double maxCost,
+                                               core::Array<core::Duplet>* mergeLog,
+                                               int progressParent);
+    // Overlap test of the faults of a and b; false when they are one.
+    bool testFaultPatchMerge(int a, int b);
+    // True when the merged records' dips differ by at most 5 degrees, both hold points,
+    // and, projected along the normal of both together, fewer than a tenth of either
+    // list's points overlap the other and the overlapping points lie within a mean depth
+    // of 1 of each other.
+    bool testFaultPatchMerge(const core::Array<int>& listA, const core::Array<int>& listB);
+    // Projection image of the overlap test: the axis points are projected along (any
+    // non-zero vector; unit length is taken).
+    void setProjectionAxe(const core::vec3& axis);
+    // Projects the points of the listed patches (voxel positions, or hand-picked points)
+    // onto the image, which is reframed to them, stamping their pixels with `index`; the
+    // first point on a pixel keeps its depth.
+    void projectFaultPatchPoint(const core::Array<int>& patchList, int index);
+    OverlapCount getNumberOfOverlapPoint(int index, const core::Array<int>& patchList) const;
+
+    // Duplicates. Two faults are the same when their patches share one vertical domain,
+    // they hold as many picked points, their block-space boxes are exactly equal and their
+    // sticks carry the same points rounded to whole grid positions.
+    bool testSameFault(int faultA, int faultB) const;
+    // Every duplicate pair (i, j), i < j, of faults grouped by the rounded inline of their
+    // box; each group in increasing id order. Faults without picked points or whose box
+    // is a single point are left out. Bar "Similar Fault Detection". False when cancelled
+    // (pairs found so far stay).
+    bool getSameFaultArray(core::Array<core::Duplet>& pairs, int progressParent);
+    // getSameFaultArray, and `names` (may be null) receives the fault names of each pair.
+    bool getRemovedSameFaultArray(core::Array<core::Duplet>& pairs, int progressParent,
+                                  QList<QPair<QString, QString>>* names = nullptr);
+    // True when every patch of both faults (of the fault, of the list, of the surfaces'
+    // faults) is in time, or every one in depth. True for nothing to compare.
+    bool isSameVerticalDomain(int faultA, int faultB) const;
+    bool isSameVerticalDomain(int fault) const;
+    bool isSameVerticalDomain(const core::Array<int>& patchList) const;
+    bool isSameVerticalDomain(const QList<ZNFaultSurface*>& faults) const;
+    // True when the listed patches share one 2D flag, returned in `is2d` (unchanged for
+    // an empty list).
+    bool isSameFaultType(const core::Array<int>& patchList, bool& is2d) const;
+    // One line counting the listed faults with a degenerate patch, e.g. "2 with a patch
+    // without picked points, 1 with a one stick patch"; empty when there is none.
+    QString getFaultsEdgeCasesAnalysis(const core::Array<int>& faults) const;
+    // Box of the listed patches' picked points in block space: min x, y, z then max x,
+    // y, z. False (box untouched) when they hold no point.
+    bool getPatchListBlocRect(const core::Array<int>& patchList, double box[6]) const;
+    // Sticks of patch `patch`; 0 for a bad id.
+    int getNumberOfSticks(int patch) const;
+    // Points of patch `patch` forming a stick of their own; 0 for a bad id.
+    int getNumberOfIsolatedPickedPoints(int patch) const;
+    // ===== end of automatic fault sets =====
+
 private:
     void initMembers();
     void copyModelFrom(const ZNFaultPatchManager& other);
@@ -461,4 +644,44 @@ private:
     ZNFaultPatchManagerConfig* m_currentConfig = nullptr; // snapshot matching the state
     int m_historyLimit = kDefaultHistoryLimit;
     QList<ZNFaultSurface*> m_faultSurfaces;               // attached, not owned
+
+    // ===== automatic fault sets (_labels.cpp, _merging.cpp, _similar.cpp) =====
+    // The image of the overlap test: one stamp and one depth per pixel.
+    struct ProjectionImage {
+        core::vec3 axis{0.0, 0.0, 1.0};  // unit projection axis
+        core::vec3 u{1.0, 0.0, 0.0};     // unit image axes, orthogonal to it
+        core::vec3 v{0.0, 1.0, 0.0};
+        double pixelSize = 1.0;          // coordinate units per pixel
+        int u0 = 0, v0 = 0;              // pixel of the image's first sample
+        int width = 0, height = 0;
+        core::Array<int> stamps{1024};
+        core::Array<float> depths{1024};
+    };
+    // The touching pairs of one fault with each other fault, in order of first contact.
+    struct FaultContacts {
+        int fault = 0;                           // root of the other fault
+        core::Array<core::Duplet> pairs{16};     // (own patch, other patch)
+    };
+    bool initFromLabels(ZNLabelSlabReader& labels);
+    // Empty contact lists for every patch unless the lists already cover them.
+    bool ensureContactLists();
+    // Root of `id`, pointing every patch met on the way straight at it.
+    int findRootCompressing(int id);
+    // Joins two roots (b's list then a's); `tails` (may be null) holds the last patch of
+    // each root's list and is kept up to date.
+    void mergeRoots(int rootA, int rootB, core::Array<int>* tails);
+    // The points the records of the listed patches are made of.
+    void collectPatchPoints(const core::Array<int>& patchList,
+                            core::Array<core::vec3>& points) const;
+    // The contacts of fault `root` grouped by the other fault; no shared state touched.
+    void groupContactsByFault(int root, std::vector<FaultContacts>& groups) const;
+    bool sameFaultWithBoxes(int faultA, int faultB, const double boxA[6],
+                            const double boxB[6]) const;
+
+    core::MultiArray<int> m_contacts;                     // touching patches of each patch
+    int m_allocSize = kDefaultAllocSize;                  // contact list growth
+    int m_minimumPatchSize = kDefaultMinimumPatchSize;    // of the direct-contact heap
+    bool m_mergingInProgress = false;                     // a merge driver runs
+    ProjectionImage m_projection;                         // of the overlap test
+    // ===== end of automatic fault sets =====
 };

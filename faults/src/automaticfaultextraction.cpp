@@ -1,0 +1,28 @@
+#include "automaticfaultextraction.h"
+
+#include <memory>
+#include <new>
+
+#include "segmentation/faultpatchlabelimage.h"
+#include "znfaultpatchmanager.h"
+
+namespace fault {
+
+ZNFaultPatchManager* extractAutomaticFaults(ZN3DImage<float>* likelihood,
+                                            const AutomaticExtractionSettings& settings,
+                                            int progressParent)
+{
+    int sliceCount = 0;
+    int labelCounter = 0;
+    std::unique_ptr<ZN3DImage<int>> labels(segmentation::getFaultPatchLabelImage(
+        likelihood, settings.maxLabelCount, sliceCount, labelCounter, settings.maxPatchSize,
+        settings.maxPlaneDeviation, settings.growthIterations, settings.likelihoodThreshold,
+        progressParent));
+    if (!labels) return nullptr;
+    std::unique_ptr<ZNFaultPatchManager> set(new (std::nothrow) ZNFaultPatchManager());
+    if (!set || !set->init(labels.get())) return nullptr;
+    if (!set->fastContactMerging(settings.maxMergeCost, progressParent)) return nullptr;
+    return set.release();
+}
+
+} // namespace fault
