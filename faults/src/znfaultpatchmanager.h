@@ -504,7 +504,7 @@ public:
     // True while fastContactMerging or fastContactMergingWithFaultContactBis runs.
     bool isMergingInProgress() const { return m_mergingInProgress; }
 
-    // sqrt(lambda3) of a + b.
+    // sqrt(lambda3) of a + b (a lambda3 a hair below 0 from rounding counts as 0).
     double getMergeCost(const ZNFaultPatch& a, const ZNFaultPatch& b) const;
     // A default record plus every listed record in list order (ids outside the array
     // skipped), its sampling vector replaced by getMergedSamplingVect(patchList).
@@ -533,8 +533,10 @@ public:
                                 int progressParent);
     // Merges best-first over the direct contacts scored below maxCost / 2: a popped pair
     // of two faults is merged when the two whole faults together spread at most maxCost
-    // across their plane and their getDipAngleBis differ by at most 5 degrees. Bar
-    // "Merge Fault Patches". False when cancelled (merges made so far stay).
+    // across their plane and their getDipAngleBis differ by at most 5 degrees, the second
+    // normal first turned to agree with the first (a fitted normal's sign is the
+    // solver's, and one plane must not read as two opposite dips). Bar "Merge Fault
+    // Patches". False when cancelled (merges made so far stay).
     bool fastContactMerging(double maxCost, int progressParent);
     // Fills `heap` with (mean contact cost, (a, b)) for every pair of touching faults
     // a < b, each of at least `minFaultSize` points, touching through at least
@@ -555,7 +557,8 @@ public:
                                                int progressParent);
     // Overlap test of the faults of a and b; false when they are one.
     bool testFaultPatchMerge(int a, int b);
-    // True when the merged records' dips differ by at most 5 degrees, both hold points,
+    // True when the merged records' dips differ by at most 5 degrees (normals turned to
+    // agree, as in fastContactMerging), both hold points,
     // and, projected along the normal of both together, fewer than a tenth of either
     // list's points overlap the other and the overlapping points lie within a mean depth
     // of 1 of each other.
@@ -564,8 +567,9 @@ public:
     // non-zero vector; unit length is taken).
     void setProjectionAxe(const core::vec3& axis);
     // Projects the points of the listed patches (voxel positions, or hand-picked points)
-    // onto the image, which is reframed to them, stamping their pixels with `index`; the
-    // first point on a pixel keeps its depth.
+    // onto the image, which is reframed to them, stamping their pixels with `index` (take
+    // a fresh one from incrementCurrentIndex for each projection); the first point on a
+    // pixel keeps its depth. Pixels are one coordinate unit, larger for very wide lists.
     void projectFaultPatchPoint(const core::Array<int>& patchList, int index);
     OverlapCount getNumberOfOverlapPoint(int index, const core::Array<int>& patchList) const;
 

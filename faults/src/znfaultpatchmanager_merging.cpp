@@ -18,7 +18,8 @@ constexpr double kHeapThresholdShare = 0.5;   // direct contacts are queued belo
 constexpr int kMaxProjectionSide = 2048;      // pixels; larger extents take larger pixels
 constexpr int kNoStamp = -2147483647 - 1;     // pixels no projection has stamped
 constexpr int kParallelChunk = 64;            // patches per OpenMP work item
-constexpr int kMinParallelItems = 256;        // smaller strides are not worth the threads
+constexpr int kMinParallelItems = 256;        // fewer items are not worth the threads
+constexpr int kParallelBlock = 8192;          // items scored per parallel region, about
 
 constexpr double kRadToDeg = 180.0 / M_PI;
 
@@ -65,20 +66,25 @@ void scoreDirectContacts(const ZNFaultPatchManager& set, int i, double maxCost,
     }
 }
 
-// Scores items first..last in strides of the bar, in parallel within a stride, and hands
-// each item's candidates to `push` in item order. False when the bar was cancelled.
+// Scores items first..last and hands each item's candidates to `push` in item order,
+// moving the bar after each of its strides; the same as scoring one item after the other.
+// Items are scored in parallel a block of whole strides at a time, so that threads meet
+// rarely. False when the bar was cancelled (the rest of the items are not handed over).
 template <class Score, class Push>
 bool scoreInStrides(int first, int last, ZNStridedProgress& bar, Score score, Push push)
 {
     const int stride = bar.stride();
-    std::vector<core::Array<Candidate>> found(stride);
-    for (int start = first; start <= last; start += stride) {
-        const int count = std::min(stride, last - start + 1);
+    const int block = std::max(1, kParallelBlock / stride) * stride;
+    std::vector<core::Array<Candidate>> found(block);
+    for (int start = first; start <= last; start += block) {
+        const int count = std::min(block, last - start + 1);
 #pragma omp parallel for schedule(dynamic, kParallelChunk) if (count >= kMinParallelItems)
         for (int k = 0; k < count; ++k) score(start + k, found[k]);
-        for (int k = 0; k < count; ++k)
-            for (const Candidate& c : found[k]) push(start + k, c);
-        if (bar.move()) return false;
+        for (int s = 0; s < count; s += stride) {
+            for (int k = s; k < std::min(count, s + stride); ++k)
+                for (const Candidate& c : found[k]) push(start + k, c);
+            if (bar.move()) return false;
+        }
     }
     return true;
 }
@@ -95,6 +101,18 @@ void listTails(const ZNFaultPatchManager& set, core::Array<int>& tails)
         set.getPatchListWithLinkedList(root, list, true);
         tails[root] = list.empty() ? root : list.last();
     }
+}
+
+// The points of each fault, at its root's index.
+std::vector<long long> faultSizes(const ZNFaultPatchManager& set)
+{
+    const int n = set.getNumberOfPatch();
+    std::vector<long long> size(n, 0);
+    for (int i = 0; i < n; ++i) {
+        const int root = set.getFather(i);
+        if (root >= 0 && root < n) size[root] += set.getFaultPatch(i)->getNbPoint();
+    }
+    return size;
 }
 
 // The merged record and normal of each fault a merge driver has met, so that each test
@@ -353,11 +371,7 @@ bool ZNFaultPatchManager::getSortedFaultContact(core::Heap<core::Duplet>& heap, 
 {
     heap.clear();
     const int n = getNumberOfPatch();
-    std::vector<long long> size(n, 0);   // points of each fault, at its root
-    for (int i = 0; i < n; ++i) {
-        const int root = getFather(i);
-        if (root >= 0 && root < n) size[root] += m_patches[i].getNbPoint();
-    }
+    const std::vector<long long> size = faultSizes(*this);
     const auto score = [&](int root, core::Array<Candidate>& out) {
         out.clear();
         if (getFather(root) != root || size[root] < minFaultSize) return;
@@ -387,11 +401,7 @@ bool ZNFaultPatchManager::fastContactMergingWithFaultContactBis(
         return false;
 
     const int n = getNumberOfPatch();
-    std::vector<long long> size(n, 0);
-    for (int i = 0; i < n; ++i) {
-        const int root = getFather(i);
-        if (root >= 0 && root < n) size[root] += m_patches[i].getNbPoint();
-    }
+    std::vector<long long> size = faultSizes(*this);
     core::Array<int> tails(kPatchGrowthStep);
     listTails(*this, tails);
     std::vector<FaultContacts> groups;

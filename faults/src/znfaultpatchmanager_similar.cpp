@@ -204,16 +204,16 @@ bool ZNFaultPatchManager::getSameFaultArray(core::Array<core::Duplet>& pairs, in
 {
     incrementCurrentIndex();
     const int n = getNumberOfPatch();
-    std::vector<Box> boxes(std::max(0, n));
-    std::vector<char> hasBox(std::max(0, n), 0);
+    std::vector<core::Array<int>> lists(std::max(0, n));   // of each fault, at its root
+    for (int id = 1; id < n; ++id)
+        if (getFather(id) == id) getPatchListWithLinkedList(id, lists[id], true);
+    std::vector<Box> boxes(lists.size());
+    std::vector<char> hasBox(lists.size(), 0);
     // Boxes are independent of each other: computed in parallel, the same on any thread count.
 #pragma omp parallel for schedule(dynamic, 64)
-    for (int id = 1; id < n; ++id) {
-        if (getFather(id) != id) continue;
-        core::Array<int> list(16);
-        getPatchListWithLinkedList(id, list, true);
-        hasBox[id] = getPatchListBlocRect(list, boxes[id].data()) && !isSinglePoint(boxes[id]);
-    }
+    for (int id = 1; id < n; ++id)
+        hasBox[id] = !lists[id].empty() && getPatchListBlocRect(lists[id], boxes[id].data()) &&
+                     !isSinglePoint(boxes[id]);
     core::Heap<int> heap(1024);
     for (int id = 1; id < n; ++id)
         if (hasBox[id]) heap.push(roundHalfAway(boxes[id][0]), id);

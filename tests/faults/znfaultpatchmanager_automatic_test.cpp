@@ -78,6 +78,12 @@ TEST(AutomaticFaultSet, EachLabelBecomesAPatchWithItsVoxelsAndSymmetricContacts)
     std::unique_ptr<Labels> faults(set.createFaultLabelImage());
     ASSERT_TRUE(faults);
     EXPECT_TRUE(std::equal(image.data(), image.data() + image.voxelCount(), faults->data()));
+
+    RecordingEventBus bus;   // the pass on its own, label k being patch k
+    ZNFaultPatchManager plain(7);
+    EXPECT_TRUE(plain.getLateralContact(&image, -1));
+    EXPECT_TRUE(bus.contains(4, QStringLiteral("Get Lateral Contact")));
+    for (int p = 0; p < 7; ++p) EXPECT_EQ(contactsOf(plain, p), contactsOf(set, p)) << p;
 }
 
 TEST(AutomaticFaultSet, AVolumeWithoutLabelsIsRefused)
