@@ -11,8 +11,10 @@
 //                    the target, so that a crash never leaves a half-written fault set.
 //
 // Sizes (first argument): 10,000 patches x 1,000 entries (about 320 MB in the 2D form and
-// 240 MB in the 3D form) and 1,000 x 1,000. Files live in the temporary folder and are
-// deleted after each benchmark.
+// 240 MB in the 3D form) and 1,000 x 1,000. The third argument is the number of patches
+// per fault: 1 gives one descriptor per patch, the largest header (about 6 MB of XML for
+// 10,000 patches); 100 gives a header mostly made of the patch elements. Files live in
+// the temporary folder and are deleted after each benchmark.
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -63,8 +65,9 @@ Span measure(benchmark::State& state, Work work)
             cpuSeconds() - cpuStart};
 }
 
-// A picked fault set of `patches` patches of kEntriesPerPatch entries, one fault each.
-std::unique_ptr<ZNFaultPatchManager> makeFaultSet(int patches)
+// A picked fault set of `patches` patches of kEntriesPerPatch entries, grouped into
+// faults of `perFault` consecutive patches, one descriptor per fault.
+std::unique_ptr<ZNFaultPatchManager> makeFaultSet(int patches, int perFault)
 {
     core::MultiArray<core::PointWithBool> rows(patches);
     for (int r = 0; r < patches; ++r) {
@@ -75,7 +78,21 @@ std::unique_ptr<ZNFaultPatchManager> makeFaultSet(int patches)
                                    : core::PointWithBool(r * 25.0 + k, k * 4.0, r * 12.5, k % 3 == 0);
         }
     }
-    return std::make_unique<ZNFaultPatchManager>(0, rows);
+    auto set = std::make_unique<ZNFaultPatchManager>(0, rows);
+    for (int id = 1; id <= patches; ++id) {
+        const int root = 1 + (id - 1) / perFault * perFault;
+        if (root == id) continue;
+        set->setFather(id, root);
+        set->removeFaultLight(id);
+    }
+    set->initElementListBis();
+    set->fillFaultLightListPatchList();
+    return set;
+}
+
+std::unique_ptr<ZNFaultPatchManager> makeFaultSet(const benchmark::State& state)
+{
+    return makeFaultSet(static_cast<int>(state.range(0)), static_cast<int>(state.range(2)));
 }
 
 // One plain write of `bytes` to `path`, synced to disk when `sync`.
@@ -108,7 +125,7 @@ void report(benchmark::State& state, qint64 bytes, const Span& faultSet, const S
 void BM_WriteFaultSet(benchmark::State& state)
 {
     const bool twoD = state.range(1) != 0;
-    const std::unique_ptr<ZNFaultPatchManager> set = makeFaultSet(static_cast<int>(state.range(0)));
+    const std::unique_ptr<ZNFaultPatchManager> set = makeFaultSet(state);
     QTemporaryDir dir(QDir::tempPath() + QStringLiteral("/faultset_bench_XXXXXX"));
     const QString path = dir.filePath(QStringLiteral("set.faultset"));
     const QString plainPath = dir.filePath(QStringLiteral("plain.bin"));
@@ -135,7 +152,7 @@ void BM_ReadFaultSet(benchmark::State& state)
     const bool twoD = state.range(1) != 0;
     QTemporaryDir dir(QDir::tempPath() + QStringLiteral("/faultset_bench_XXXXXX"));
     const QString path = dir.filePath(QStringLiteral("set.faultset"));
-    if (!makeFaultSet(static_cast<int>(state.range(0)))->writePickedFault(path, twoD, nullptr, false))
+    if (!makeFaultSet(state)->writePickedFault(path, twoD, nullptr, false))
         state.SkipWithError("write failed");
     const qint64 bytes = QFileInfo(path).size();
     Span faultSet, plain;
@@ -154,8 +171,11 @@ void BM_ReadFaultSet(benchmark::State& state)
 
 void sizes(benchmark::internal::Benchmark* b)
 {
-    b->ArgNames({"patches", "twoD"})->UseManualTime()->Unit(benchmark::kMillisecond);
-    b->Args({10000, 1})->Args({10000, 0})->Args({1000, 1})->Args({1000, 0})->Iterations(3);
+    b->ArgNames({"patches", "twoD", "perFault"})->UseManualTime()->Unit(benchmark::kMillisecond);
+    for (const int perFault : {1, 100})
+        for (const int patches : {10000, 1000})
+            for (const int twoD : {1, 0}) b->Args({patches, twoD, perFault});
+    b->Iterations(3);
 }
 
 BENCHMARK(BM_WriteFaultSet)->Apply(sizes);
