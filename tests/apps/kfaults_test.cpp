@@ -11,6 +11,8 @@
 
 #include <core/multiarray.h>
 #include <exchange/gocadtsurf.h>
+#include <exchange/stickformat.h>
+#include <exchange/stickset.h>
 #include <zn3dfaultpatchlight.h>
 #include <znfaultpatchmanager.h>
 
@@ -215,4 +217,61 @@ TEST(SticksMesh, StripsJoinConsecutiveSticksAndCoverTheirArea)
     EXPECT_EQ(mesh.triangles.size(), 3u);
     EXPECT_EQ(mesh.firstBadTriangle(), -9999);
     EXPECT_NEAR(kfaults::meshArea(mesh), 200.0, 1e-9);
+}
+
+class KfaultsImportsExchangeFiles : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(KfaultsImportsExchangeFiles, InfoShowsEveryFaultWithItsNameSticksAndPoints)
+{
+    const QString sticks = QStringLiteral(KORVALITH_TEST_DATA_DIR "/exchange/") + GetParam();
+    fault::exchange::StickFormat format;
+    ASSERT_TRUE(fault::exchange::guessStickFormat(sticks, format));
+    fault::exchange::StickSet expected;
+    ASSERT_TRUE(fault::exchange::readSticks(sticks, format, expected));
+    QStringList expectedLines;
+    for (std::size_t f = 0; f < expected.faults.size(); ++f)
+        expectedLines << QStringLiteral("fault %1 \"%2\": %3 sticks, %4 points")
+                             .arg(f + 1).arg(expected.faults[f].name).arg(expected.faults[f].sticks.size())
+                             .arg(expected.faults[f].pointCount());
+
+    QTemporaryDir dir;
+    const std::string set = dir.filePath("imported.faultset").toStdString();
+    const Outcome im = runTool({"sticks", "import", sticks.toStdString(), set});
+    ASSERT_EQ(im.code, 0) << im.err;
+    const Outcome info = runTool({"info", set});
+    ASSERT_EQ(info.code, 0) << info.err;
+    EXPECT_EQ(lines(info.out).filter(QRegularExpression("^fault ")), expectedLines);
+}
+
+INSTANTIATE_TEST_SUITE_P(CommittedFiles, KfaultsImportsExchangeFiles,
+                         ::testing::Values("charisma_fault_sticks.txt", "iesx_fault_sticks.txt",
+                                           "opendtect_fault_sticks.txt", "gocad_pline_sticks.pl"));
+
+TEST(Kfaults, DedupeFindsAndRemovesACopiedFault)
+{
+    core::MultiArray<core::vec3> rows(3);
+    for (int f = 0; f < 3; ++f)
+        for (int p = 0; p < 4; ++p)
+            rows.addElement(f, core::vec3(10.0 + p + (f == 2 ? 50 : 0), 5.0 * p, 20.0 + p), false);
+    ZNFaultPatchManager set(rows);   // faults 1 and 2 are the same, 3 is elsewhere
+    QTemporaryDir dir;
+    const std::string path = dir.filePath("set.faultset").toStdString();
+    const std::string cleaned = dir.filePath("clean.faultset").toStdString();
+    ASSERT_TRUE(set.writePickedFault(QString::fromStdString(path), false, nullptr, false));
+    const Outcome d = runTool({"dedupe", path, "--remove", cleaned});
+    ASSERT_EQ(d.code, 0) << d.err;
+    EXPECT_NE(d.out.find("duplicate pairs: 1"), std::string::npos) << d.out;
+    const Outcome info = runTool({"info", cleaned});
+    EXPECT_NE(info.out.find("faults: 2"), std::string::npos) << info.out;
+}
+
+TEST(Kfaults, InfoDescribesBlockFiles)
+{
+    QTemporaryDir dir;
+    const Outcome s = runTool({"synth", "--size", "16", "-o", dir.path().toStdString()});
+    ASSERT_EQ(s.code, 0) << s.err;
+    const Outcome info = runTool({"info", dir.filePath("planted_ids.bloc").toStdString()});
+    ASSERT_EQ(info.code, 0) << info.err;
+    EXPECT_NE(info.out.find("size: 16 x 16 x 16"), std::string::npos) << info.out;
+    EXPECT_NE(info.out.find("sample type: int32"), std::string::npos) << info.out;
 }
