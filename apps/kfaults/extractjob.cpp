@@ -134,6 +134,7 @@ ExtractResult runExtract(const ExtractOptions& o)
         &in.likelihood, e.maxLabelCount, sliceCount, labelCounter, e.maxPatchSize,
         e.maxPlaneDeviation, e.growthIterations, e.likelihoodThreshold, -1));
     if (!labels) return failure(LastError::withDetail(QStringLiteral("segmentation failed")));
+    in.likelihood = ZN3DImage<float>();  // not needed any more: keeps the peak memory down
     clock.stop("segmentation");
 
     clock.start();
