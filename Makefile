@@ -1,9 +1,11 @@
-# Set-up commands. `make test` installs what is missing, builds and runs every test.
+# Set-up commands. `make test` installs what is missing, builds and runs every test;
+# `make demo` installs what is missing, builds and runs `kfaults extract` on its built-in
+# volume into out/demo.
 BUILD_DIR      ?= build
 ASAN_BUILD_DIR ?= build-asan
 JOBS           ?= $(shell nproc)
 
-.PHONY: deps configure build test test-asan bench clean
+.PHONY: deps configure build test test-asan bench demo clean
 
 deps:
 	bash scripts/install-deps.sh
@@ -23,6 +25,13 @@ test-asan: deps
 	cd $(ASAN_BUILD_DIR) && ASAN_OPTIONS=halt_on_error=1:detect_leaks=1:allocator_may_return_null=1 \
 		UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
 		ctest --output-on-failure -j $(JOBS)
+
+DEMO_DIR ?= out/demo
+
+demo: configure
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target kfaults
+	$(BUILD_DIR)/apps/kfaults/kfaults extract --out $(DEMO_DIR)
+	@echo "kfaults demo: outputs in $(DEMO_DIR) (report: $(DEMO_DIR)/report.json)"
 
 bench: build
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target benchmarks

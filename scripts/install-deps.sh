@@ -9,6 +9,7 @@ packages=(
   qtbase5-dev libgdal-dev libproj-dev libeigen3-dev libcgal-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libsegyio-dev
+  libcli11-dev        # the command line of kfaults
   fonts-dejavu-core   # the text of the report pictures
 )
 

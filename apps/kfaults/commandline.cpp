@@ -1,0 +1,64 @@
+#include "commandline.h"
+
+#include <memory>
+
+#include <CLI/CLI.hpp>
+#include <QFileInfo>
+
+#include <znfaultpatchmanager.h>
+
+#include "commands.h"
+#include "interruptibleprogress.h"
+#include "lasterror.h"
+
+namespace kfaults {
+
+void CommandIo::fail(const QString& problem, int code)
+{
+    err << "kfaults: " << problem.toStdString() << '\n';
+    exitCode = code;
+}
+
+bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io)
+{
+    if (!QFileInfo::exists(path)) {
+        io.fail(QStringLiteral("%1: no such file").arg(path), kExitFailure);
+        return false;
+    }
+    if (set.readPickedFault(path, false, ZNFaultPatchManager::kNoProgressBar)) return true;
+    io.fail(LastError::withDetail(QStringLiteral("%1: not a readable fault set file").arg(path)), kExitFailure);
+    return false;
+}
+
+int runKfaults(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
+{
+    CommandIo io{out, err};
+    CLI::App tool("kfaults: extract faults from seismic fault-likelihood volumes, and read, "
+                  "convert and mesh fault sets.",
+                  "kfaults");
+    tool.require_subcommand(1);
+    addExtractCommand(tool, io);
+    addInfoCommand(tool, io);
+    addSticksCommand(tool, io);
+    addMeshCommand(tool, io);
+    addSynthCommand(tool, io);
+    addDedupeCommand(tool, io);
+
+    std::vector<const char*> argv;
+    for (const std::string& a : args) argv.push_back(a.c_str());
+    InterruptibleProgress progress;
+    LastError errors;
+    try {
+        tool.parse(static_cast<int>(argv.size()), argv.data());
+    } catch (const CLI::CallForHelp& e) {
+        return tool.exit(e, out, err);
+    } catch (const CLI::CallForAllHelp& e) {
+        return tool.exit(e, out, err);
+    } catch (const CLI::ParseError& e) {
+        err << "kfaults: " << e.what() << " (see kfaults --help)\n";
+        return kExitUsage;
+    }
+    return io.exitCode;
+}
+
+} // namespace kfaults

@@ -1,0 +1,54 @@
+#pragma once
+#include <cstdint>
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+
+#include <automaticfaultextraction.h>
+#include <volumeio/rawvolume.h>
+#include <znfaultsticksfromvoxels.h>
+
+namespace kfaults {
+
+// Where the likelihood volume of an extraction comes from.
+enum class InputKind {
+    Synthetic,  // the built-in scene (defaultScene), generated in memory
+    Segy,       // a 3D post-stack SEG-Y file
+    Raw,        // raw float32 samples, layout given
+    Bloc,       // a block file of the library
+};
+
+// Everything `kfaults extract` needs. Defaults: the built-in 128^3 scene, seed 1, the
+// library's extraction and stick defaults, outputs with pictures in "kfaults-out".
+struct ExtractOptions {
+    InputKind input = InputKind::Synthetic;
+    QString inputPath;                        // for every kind but Synthetic
+    volumeio::RawVolumeLayout raw;            // for Raw
+    int syntheticSize = 128;                  // voxels along each axis of the built-in scene
+    std::uint64_t seed = 1;                   // of the built-in scene
+    fault::AutomaticExtractionSettings extraction;
+    fault::SticksFromVoxelsSettings sticks;
+    QString outputDir = QStringLiteral("kfaults-out");
+    bool pictures = true;
+    int unfoldedPictures = 4;                 // largest faults drawn unfolded
+};
+
+// The outcome: on success the files written (absolute paths, report.json last) and the
+// report; otherwise a one-line error, `cancelled` set when Ctrl-C stopped the run.
+struct ExtractResult {
+    QString error;
+    bool cancelled = false;
+    QStringList files;
+    QJsonObject report;
+    bool ok() const { return error.isEmpty(); }
+};
+
+// Runs the whole extraction: input, segmentation, fault set from the labels, merging,
+// sticks, duplicates, surfaces, then the outputs. Outputs are written into a temporary
+// folder inside the output folder and moved into place only once every one of them is
+// complete, so an error or a cancel leaves the output folder as it was (a file of the
+// same name from an earlier run is replaced only at the end).
+ExtractResult runExtract(const ExtractOptions& options);
+
+} // namespace kfaults

@@ -1,0 +1,220 @@
+#include "extractoutputs.h"
+
+#include <algorithm>
+#include <memory>
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QSaveFile>
+
+#include <exchange/gocadtsurf.h>
+#include <synthetic/faultmatcher.h>
+#include <synthetic/strikedip.h>
+#include <synthetic/syntheticvolume.h>
+#include <volumeio/rawvolume.h>
+#include <znbloc.h>
+#include <znfaultpatchmanager.h>
+
+#include "faultmesh.h"
+#include "faultunfolding.h"
+#include "lasterror.h"
+#include "mapviewpicture.h"
+#include "perspectivepicture.h"
+#include "picturefile.h"
+#include "sticksmesh.h"
+#include "unfoldedpicture.h"
+
+namespace kfaults {
+namespace {
+
+bool saveText(const QString& path, const QByteArray& bytes)
+{
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+}
+
+// The fault volume: raw int32 samples (little-endian, inline fastest) beside a text
+// header of its sizes, and the same labels as a block file.
+QString writeFaultVolume(const ZN3DImage<int>& labels, const QDir& dir, QStringList& written)
+{
+    const QString raw = dir.filePath(OutputNames::volumeRaw);
+    const QString rawError = volumeio::writeRawVolume<std::int32_t>(
+        raw, labels, volumeio::ByteOrder::LittleEndian, volumeio::kImageOrder);
+    if (!rawError.isEmpty()) return rawError;
+    written << raw;
+    const QString header = QStringLiteral(
+        "# fault volume: one int32 per voxel, the id of its fault (-9999 elsewhere)\n"
+        "file %1\nnInline %2\nnCrossline %3\nnSample %4\nsampleType int32\n"
+        "byteOrder little\naxisOrder xyz\nnoValue -9999\n")
+        .arg(OutputNames::volumeRaw).arg(labels.nx()).arg(labels.ny()).arg(labels.nz());
+    const QString headerPath = dir.filePath(OutputNames::volumeHeader);
+    if (!saveText(headerPath, header.toUtf8())) return QStringLiteral("%1: cannot be written").arg(headerPath);
+    written << headerPath;
+    const QString blocPath = dir.filePath(OutputNames::volumeBloc);
+    ZNBloc bloc;
+    if (!bloc.create(blocPath, labels.blocSpace(), 0, labels.nz(), ZNBloc::Int32) ||
+        !bloc.writeSlices(0, labels, 0, labels.nz()) || !bloc.close())
+        return LastError::withDetail(QStringLiteral("%1: cannot be written").arg(blocPath));
+    written << blocPath;
+    return QString();
+}
+
+QString writePictures(const ExtractionProducts& p, const QDir& dir, QStringList& written)
+{
+    std::vector<FaultMesh> drawn;
+    for (std::size_t i = 0; i < p.meshes.size(); ++i)
+        drawn.push_back({p.meshes[i], faultColour(static_cast<int>(i))});
+    QString problem;
+    MapViewSettings map;
+    map.horizontalUnit = QStringLiteral("voxels");
+    const QString mapPath = dir.filePath(OutputNames::mapView);
+    if (!savePng(renderMapView(drawn, map), mapPath, &problem)) return problem;
+    written << mapPath;
+    PerspectiveSettings view;
+    view.horizontalUnit = QStringLiteral("voxels");
+    const QString viewPath = dir.filePath(OutputNames::perspective);
+    if (!savePng(renderPerspective(drawn, view), viewPath, &problem)) return problem;
+    written << viewPath;
+
+    std::vector<std::size_t> bySize(p.faults.size());
+    for (std::size_t i = 0; i < bySize.size(); ++i) bySize[i] = i;
+    std::stable_sort(bySize.begin(), bySize.end(), [&](std::size_t a, std::size_t b) {
+        return p.faults[a].voxelCount > p.faults[b].voxelCount;
+    });
+    const std::size_t unfolded = std::min<std::size_t>(bySize.size(), std::max(0, p.options.unfoldedPictures));
+    for (std::size_t k = 0; k < unfolded; ++k) {
+        const fault::FaultSticks& f = p.faults[bySize[k]];
+        UnfoldedSettings settings;
+        settings.title = QStringLiteral("%1 unfolded on its plane (cells: patches)").arg(f.name);
+        const QString path = dir.filePath(QStringLiteral("unfolded_fault_%1.png").arg(f.faultId));
+        if (!savePng(renderUnfolded(unfoldFault(p.automatic, f), settings), path, &problem)) return problem;
+        written << path;
+    }
+    return QString();
+}
+
+QJsonObject settingsJson(const ExtractOptions& o)
+{
+    const fault::AutomaticExtractionSettings& e = o.extraction;
+    const fault::SticksFromVoxelsSettings& s = o.sticks;
+    return QJsonObject{{"likelihoodThreshold", e.likelihoodThreshold},
+                       {"maxPatchSize", e.maxPatchSize},
+                       {"maxPlaneDeviation", e.maxPlaneDeviation},
+                       {"growthIterations", e.growthIterations},
+                       {"maxLabelCount", e.maxLabelCount},
+                       {"maxMergeCost", e.maxMergeCost},
+                       {"sectionSpacing", s.sectionSpacing},
+                       {"sectionHalfWidth", s.sectionHalfWidth},
+                       {"pointSpacing", s.pointSpacing},
+                       {"minPointsPerStick", s.minPointsPerStick},
+                       {"minSticksPerFault", s.minSticksPerFault},
+                       {"minVoxelsPerFault", s.minVoxelsPerFault}};
+}
+
+QJsonObject inputJson(const ExtractOptions& o, const georef::BlocSpace& space)
+{
+    static const char* const kKinds[] = {"synthetic", "segy", "raw", "bloc"};
+    QJsonObject in{{"kind", kKinds[static_cast<int>(o.input)]},
+                   {"size", QJsonArray{space.nx(), space.ny(), space.nz()}}};
+    if (o.input == InputKind::Synthetic) in.insert("seed", QString::number(o.seed));
+    else in.insert("path", QDir().absoluteFilePath(o.inputPath));
+    return in;
+}
+
+QJsonArray faultsJson(const ExtractionProducts& p)
+{
+    QJsonArray faults;
+    const georef::BlocSpace& space = p.automatic.getBlocSpace();
+    for (std::size_t i = 0; i < p.faults.size(); ++i) {
+        const fault::FaultSticks& f = p.faults[i];
+        const fault::synthetic::StrikeDip sd =
+            fault::synthetic::strikeDipOfWorldNormal(fault::synthetic::gridNormalToWorld(f.normal, space));
+        faults.append(QJsonObject{{"id", f.faultId},
+                                  {"name", f.name},
+                                  {"voxelCount", static_cast<double>(f.voxelCount)},
+                                  {"sticks", static_cast<int>(f.sticks.size())},
+                                  {"strike", sd.strike},
+                                  {"dip", sd.dip},
+                                  {"area", meshArea(p.meshes[i])}});
+    }
+    return faults;
+}
+
+// Which extracted fault covers each planted fault of the built-in scene.
+QJsonObject matchJson(const fault::synthetic::SyntheticVolume& truth, const ZN3DImage<int>& labels)
+{
+    using namespace fault::synthetic;
+    const FaultMatchReport r = matchFaults(labels, truth.plantedIds, truth.faults);
+    if (!r.ok()) return QJsonObject{{"error", r.error}};
+    QJsonArray planted;
+    bool everyOneIsOneFault = true;
+    std::vector<int> bestLabels;
+    for (const PlantedFaultMatch& m : r.planted) {
+        OrientationError error{core::kNoValueReal, core::kNoValueReal};
+        for (const ExtractedFaultMatch& e : r.extracted)
+            if (e.label == m.bestLabel) error = e.error;
+        everyOneIsOneFault = everyOneIsOneFault && m.significantLabels == 1;
+        bestLabels.push_back(m.bestLabel);
+        planted.append(QJsonObject{{"name", truth.faults[static_cast<std::size_t>(m.plantedId)].name},
+                                   {"voxelCount", static_cast<double>(m.voxelCount)},
+                                   {"fault", m.bestLabel},
+                                   {"recoveredFraction", m.recoveredFraction},
+                                   {"pieces", m.significantLabels},
+                                   {"strikeError", error.strike},
+                                   {"dipError", error.dip}});
+    }
+    std::sort(bestLabels.begin(), bestLabels.end());
+    const bool apart = std::adjacent_find(bestLabels.begin(), bestLabels.end()) == bestLabels.end();
+    return QJsonObject{{"planted", planted},
+                       {"everyPlantedFaultIsOneFault", everyOneIsOneFault},
+                       {"plantedFaultsKeptApart", apart}};
+}
+
+} // namespace
+
+QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folder,
+                               QJsonObject timings, const QJsonObject& counts,
+                               const QElapsedTimer& total, QStringList& written,
+                               QJsonObject& report)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const QDir dir(folder);
+    const QString setPath = dir.filePath(OutputNames::faultSet);
+    if (!p.picked.writePickedFault(setPath, false, nullptr, false))
+        return LastError::withDetail(QStringLiteral("%1: cannot be written").arg(setPath));
+    written << setPath;
+    const QString surfacePath = dir.filePath(OutputNames::surfaces);
+    const auto domain = p.options.input == InputKind::Segy ? fault::exchange::VerticalDomain::Time
+                                                           : fault::exchange::VerticalDomain::Unknown;
+    const fault::exchange::ExchangeStatus status = fault::exchange::writeGocadTSurf(surfacePath, p.meshes, domain);
+    if (!status) return status.message;
+    written << surfacePath;
+
+    std::unique_ptr<ZN3DImage<int>> labels(p.automatic.createFaultLabelImage());
+    if (!labels) return QStringLiteral("out of memory for the fault volume");
+    const QString volumeError = writeFaultVolume(*labels, dir, written);
+    if (!volumeError.isEmpty()) return volumeError;
+    if (p.options.pictures) {
+        const QString pictureError = writePictures(p, dir, written);
+        if (!pictureError.isEmpty()) return pictureError;
+    }
+    timings.insert("outputs", static_cast<double>(timer.nsecsElapsed()) / 1e6);
+    timings.insert("total", static_cast<double>(total.nsecsElapsed()) / 1e6);
+
+    report = QJsonObject{{"input", inputJson(p.options, p.automatic.getBlocSpace())},
+                         {"settings", settingsJson(p.options)},
+                         {"timingsMs", timings},
+                         {"counts", counts},
+                         {"faults", faultsJson(p)},
+                         {"surfaceMethod", "ladder between consecutive sticks (local fallback)"}};
+    if (p.synthetic) report.insert("match", matchJson(*p.synthetic, *labels));
+    const QString reportPath = dir.filePath(OutputNames::report);
+    if (!saveText(reportPath, QJsonDocument(report).toJson(QJsonDocument::Indented)))
+        return QStringLiteral("%1: cannot be written").arg(reportPath);
+    written << reportPath;
+    return QString();
+}
+
+} // namespace kfaults

@@ -1,0 +1,51 @@
+#pragma once
+#include <vector>
+
+#include <QElapsedTimer>
+#include <QJsonObject>
+#include <QStringList>
+
+#include <exchange/trianglemesh.h>
+#include <znfaultsticksfromvoxels.h>
+
+#include "extractjob.h"
+
+class ZNFaultPatchManager;
+namespace fault::synthetic {
+struct SyntheticVolume;
+}
+
+namespace kfaults {
+
+// What an extraction produced, as the outputs need it. Not owned.
+struct ExtractionProducts {
+    const ExtractOptions& options;
+    const ZNFaultPatchManager& automatic;          // merged automatic fault set
+    ZNFaultPatchManager& picked;                   // its sticks, one fault per entry of faults
+    const std::vector<fault::FaultSticks>& faults;
+    const std::vector<fault::exchange::TriangleMesh>& meshes;  // one per entry of faults
+    const fault::synthetic::SyntheticVolume* synthetic;         // truth; null for files
+};
+
+// File names of the outputs inside the output folder.
+struct OutputNames {
+    static constexpr const char* faultSet = "faults.faultset";
+    static constexpr const char* surfaces = "faults.ts";
+    static constexpr const char* volumeRaw = "fault_volume.int32.raw";
+    static constexpr const char* volumeHeader = "fault_volume.int32.txt";
+    static constexpr const char* volumeBloc = "fault_volume.bloc";
+    static constexpr const char* mapView = "map_view.png";
+    static constexpr const char* perspective = "perspective.png";
+    static constexpr const char* report = "report.json";
+};
+
+// Writes every output of an extraction into `folder` and appends each file's path to
+// `written` (report.json last); `report` receives the report written. `timings` and
+// `counts` go into the report as they are, with the outputs' own timing and the total
+// of `total` added. Empty on success, a one-line error otherwise.
+QString writeExtractionOutputs(const ExtractionProducts& products, const QString& folder,
+                               QJsonObject timings, const QJsonObject& counts,
+                               const QElapsedTimer& total, QStringList& written,
+                               QJsonObject& report);
+
+} // namespace kfaults

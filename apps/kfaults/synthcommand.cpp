@@ -1,0 +1,106 @@
+#include <memory>
+
+#include <CLI/CLI.hpp>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+#include <synthetic/syntheticvolume.h>
+#include <volumeio/rawvolume.h>
+#include <znbloc.h>
+
+#include "commandline.h"
+#include "commands.h"
+#include "interruptibleprogress.h"
+#include "lasterror.h"
+
+namespace kfaults {
+namespace {
+
+struct SynthArguments {
+    std::string out = "kfaults-synth";
+    int size = 128;
+    std::uint64_t seed = 1;
+};
+
+template <class T>
+bool writeBloc(const QString& path, const ZN3DImage<T>& image, int type)
+{
+    ZNBloc bloc;
+    return bloc.create(path, image.blocSpace(), 0, image.nz(), type) &&
+           bloc.writeSlices(0, image, 0, image.nz()) && bloc.close();
+}
+
+QJsonArray plantedJson(const std::vector<fault::synthetic::PlantedFault>& faults)
+{
+    using fault::synthetic::PlantedFault;
+    QJsonArray out;
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        const PlantedFault& f = faults[i];
+        QJsonObject o{{"id", static_cast<int>(i)},
+                      {"name", f.name},
+                      {"shape", f.shape == PlantedFault::Shape::Disc ? "disc" : "plane"},
+                      {"centre", QJsonArray{f.centre.x, f.centre.y, f.centre.z}},
+                      {"strike", f.orientation.strike},
+                      {"dip", f.orientation.dip},
+                      {"width", f.width}};
+        if (f.shape == PlantedFault::Shape::Disc) {
+            o.insert("radiusAlongStrike", f.radiusAlongStrike);
+            o.insert("radiusAlongDip", f.radiusAlongDip);
+        }
+        out.append(o);
+    }
+    return out;
+}
+
+void runSynth(const SynthArguments& a, CommandIo& io)
+{
+    const QString folder = QString::fromStdString(a.out);
+    if (!QDir().mkpath(folder))
+        return io.fail(QStringLiteral("%1: cannot create the output folder").arg(folder), kExitFailure);
+    const fault::synthetic::SyntheticVolume v =
+        fault::synthetic::generateSyntheticVolume(fault::synthetic::defaultScene(a.size, a.size, a.size, a.seed));
+    if (!v.ok())
+        return io.fail(InterruptibleProgress::interrupted() ? QStringLiteral("cancelled") : v.error,
+                       InterruptibleProgress::interrupted() ? kExitCancelled : kExitFailure);
+    const QDir dir(folder);
+    const QString likelihood = dir.filePath("likelihood.bloc");
+    const QString raw = dir.filePath("likelihood.float32.raw");
+    const QString planted = dir.filePath("planted_ids.bloc");
+    const QString truth = dir.filePath("planted_faults.json");
+    if (!writeBloc(likelihood, v.likelihood, ZNBloc::Float32) || !writeBloc(planted, v.plantedIds, ZNBloc::Int32))
+        return io.fail(LastError::withDetail(QStringLiteral("%1: cannot be written").arg(folder)), kExitFailure);
+    const QString rawError =
+        volumeio::writeRawVolume<float>(raw, v.likelihood, volumeio::ByteOrder::BigEndian, volumeio::kTraceOrder);
+    if (!rawError.isEmpty()) return io.fail(rawError, kExitFailure);
+    const QJsonObject description{{"size", QJsonArray{a.size, a.size, a.size}},
+                                  {"seed", QString::number(a.seed)},
+                                  {"raw", QJsonObject{{"file", "likelihood.float32.raw"},
+                                                      {"byteOrder", "big"},
+                                                      {"axisOrder", "zyx"}}},
+                                  {"faults", plantedJson(v.faults)}};
+    QSaveFile file(truth);
+    const QByteArray bytes = QJsonDocument(description).toJson(QJsonDocument::Indented);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+        return io.fail(QStringLiteral("%1: cannot be written").arg(truth), kExitFailure);
+    for (const QString& f : {likelihood, raw, planted, truth}) io.out << f.toStdString() << '\n';
+}
+
+} // namespace
+
+void addSynthCommand(CLI::App& tool, CommandIo& io)
+{
+    auto args = std::make_shared<SynthArguments>();
+    CLI::App* c = tool.add_subcommand(
+        "synth", "Write the built-in synthetic fault-likelihood volume (block file and raw "
+                 "float32, big-endian, trace order), its planted-fault ids (block file) and "
+                 "its planted faults (JSON). Prints the files written.");
+    c->add_option("-o,--out", args->out, "Output folder (created when missing)")->capture_default_str();
+    c->add_option("--size", args->size, "Voxels along each axis")->check(CLI::Range(16, 1024))->capture_default_str();
+    c->add_option("--seed", args->seed, "Seed of the noise")->capture_default_str();
+    c->callback([args, &io] { runSynth(*args, io); });
+}
+
+} // namespace kfaults

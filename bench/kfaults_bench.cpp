@@ -1,0 +1,100 @@
+// End-to-end run of the automatic extraction on the built-in 256^3 volume. Prints, in
+// the same run: one 26-neighbour stencil pass over the volume, the extraction steps in
+// process (segmentation to merged fault set), and the whole `kfaults extract` command
+// without pictures on the volume saved as a block file (run as a child process, so that
+// its peak memory is its own), with the ratios to the stencil pass and the command's peak
+// memory against the volume's size.
+#include <benchmark/benchmark.h>
+
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+
+#include <QTemporaryDir>
+
+#include <automaticfaultextraction.h>
+#include <synthetic/syntheticvolume.h>
+#include <znbloc.h>
+#include <znfaultpatchmanager.h>
+
+namespace {
+constexpr int kSize = 256;
+
+double secondsOf(const std::function<void()>& run)
+{
+    const auto start = std::chrono::steady_clock::now();
+    run();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Mean of the 26 neighbours of every interior voxel.
+void stencilPass(const ZN3DImage<float>& in, ZN3DImage<float>& out)
+{
+    const int nx = in.nx();
+    const int ny = in.ny();
+    const int nz = in.nz();
+    constexpr float kNeighbours = 26.0f;
+#pragma omp parallel for schedule(static)
+    for (int z = 1; z < nz - 1; ++z)
+        for (int y = 1; y < ny - 1; ++y)
+            for (int x = 1; x < nx - 1; ++x) {
+                float sum = -in(x, y, z);
+                for (int dz = -1; dz <= 1; ++dz)
+                    for (int dy = -1; dy <= 1; ++dy)
+                        for (int dx = -1; dx <= 1; ++dx) sum += in(x + dx, y + dy, z + dz);
+                out(x, y, z) = sum / kNeighbours;
+            }
+}
+
+void EndToEnd(benchmark::State& state)
+{
+#ifndef KFAULTS_EXE
+    state.SkipWithError("built without the kfaults executable");
+    return;
+#define KFAULTS_EXE ""
+#endif
+    fault::synthetic::SyntheticVolume v =
+        fault::synthetic::generateSyntheticVolume(fault::synthetic::defaultScene(kSize, kSize, kSize));
+    QTemporaryDir dir;
+    const QString blocPath = dir.filePath("likelihood.bloc");
+    ZNBloc bloc;
+    if (!v.ok() || !bloc.create(blocPath, v.likelihood.blocSpace(), 0, kSize, ZNBloc::Float32) ||
+        !bloc.writeSlices(0, v.likelihood, 0, kSize) || !bloc.close()) {
+        state.SkipWithError("cannot prepare the volume");
+        return;
+    }
+    ZN3DImage<float> smoothed(v.likelihood.blocSpace(), 0.0f);
+    double stencil = 0, steps = 0, command = 0;
+    int commandStatus = 0;
+    for (auto _ : state) {
+        stencil = secondsOf([&] { stencilPass(v.likelihood, smoothed); });
+        steps = secondsOf([&] {
+            std::unique_ptr<ZNFaultPatchManager> set(
+                fault::extractAutomaticFaults(&v.likelihood, fault::AutomaticExtractionSettings(), -1));
+            benchmark::DoNotOptimize(set.get());
+        });
+        const std::string call = std::string(KFAULTS_EXE) + " extract --no-pictures -i " +
+                                 blocPath.toStdString() + " -o " + dir.filePath("out").toStdString() +
+                                 " > /dev/null";
+        command = secondsOf([&] { commandStatus = std::system(call.c_str()); });
+    }
+    rusage children{};
+    getrusage(RUSAGE_CHILDREN, &children);
+    const double peakBytes = static_cast<double>(children.ru_maxrss) * 1024.0;
+    const double volumeBytes = static_cast<double>(v.likelihood.voxelCount()) * sizeof(float);
+    if (commandStatus != 0) state.SkipWithError("kfaults extract failed");
+    state.counters["stencil_s"] = stencil;
+    state.counters["steps_s"] = steps;
+    state.counters["command_s"] = command;
+    state.counters["steps_over_stencil"] = steps / stencil;
+    state.counters["command_over_stencil"] = command / stencil;
+    state.counters["command_peak_over_volume"] = peakBytes / volumeBytes;
+}
+BENCHMARK(EndToEnd)->Iterations(1)->Unit(benchmark::kSecond)->UseRealTime();
+} // namespace
+
+BENCHMARK_MAIN();

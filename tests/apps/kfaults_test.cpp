@@ -1,0 +1,277 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <core/multiarray.h>
+#include <exchange/gocadtsurf.h>
+#include <exchange/stickformat.h>
+#include <exchange/stickset.h>
+#include <zn3dfaultpatchlight.h>
+#include <znfaultpatchmanager.h>
+
+#include <commandline.h>
+#include <interruptibleprogress.h>
+#include <sticksmesh.h>
+
+namespace {
+struct Outcome {
+    int code = -1;
+    std::string out;
+    std::string err;
+};
+
+Outcome runTool(std::vector<std::string> args)
+{
+    args.insert(args.begin(), "kfaults");
+    std::ostringstream out;
+    std::ostringstream err;
+    Outcome r;
+    r.code = kfaults::runKfaults(args, out, err);
+    r.out = out.str();
+    r.err = err.str();
+    return r;
+}
+
+QStringList lines(const std::string& text)
+{
+    return QString::fromStdString(text).split('\n', Qt::SkipEmptyParts);
+}
+} // namespace
+
+TEST(Kfaults, ExtractOnTheBuiltInVolumeRecoversEveryPlantedFaultAndPrintsOnlyItsFiles)
+{
+    QTemporaryDir dir;
+    const std::string out = dir.filePath("out").toStdString();
+    const Outcome r = runTool({"extract", "--out", out, "--unfolded", "1"});
+    ASSERT_EQ(r.code, 0) << r.err;
+    const QStringList files = lines(r.out);
+    for (const QString& f : files) EXPECT_TRUE(QFile::exists(f)) << f.toStdString();
+    ASSERT_TRUE(files.last().endsWith("report.json"));
+    EXPECT_EQ(QDir(dir.filePath("out")).entryList(QDir::Files | QDir::NoDotAndDotDot | QDir::Hidden).size(),
+              files.size());  // nothing else, no staging folder left
+
+    QFile reportFile(files.last());
+    ASSERT_TRUE(reportFile.open(QIODevice::ReadOnly));
+    const QJsonObject report = QJsonDocument::fromJson(reportFile.readAll()).object();
+    EXPECT_TRUE(report["match"].toObject()["everyPlantedFaultIsOneFault"].toBool());
+    EXPECT_TRUE(report["match"].toObject()["plantedFaultsKeptApart"].toBool());
+    EXPECT_GT(report["counts"].toObject()["merges"].toInt(), 0);
+
+    const Outcome info = runTool({"info", QDir(dir.filePath("out")).filePath("faults.faultset").toStdString()});
+    ASSERT_EQ(info.code, 0) << info.err;
+    EXPECT_NE(info.out.find("kind: picked fault set"), std::string::npos);
+    EXPECT_NE(info.out.find("\"Fault "), std::string::npos);
+    EXPECT_EQ(info.out.find(" 0 sticks"), std::string::npos);
+}
+
+struct BadCommand {
+    const char* name;
+    std::vector<std::string> args;
+    int code;
+};
+
+class KfaultsBadInput : public ::testing::TestWithParam<BadCommand> {};
+
+TEST_P(KfaultsBadInput, GivesOneLineErrorNonZeroExitAndNothingOnStdout)
+{
+    QTemporaryDir dir;
+    QFile wrong(dir.filePath("wrong.raw"));
+    ASSERT_TRUE(wrong.open(QIODevice::WriteOnly));
+    wrong.write(QByteArray(100, '\0'));
+    wrong.close();
+    std::vector<std::string> args = GetParam().args;
+    for (std::string& a : args)
+        if (a.rfind("@", 0) == 0) a = dir.filePath(QString::fromStdString(a.substr(1))).toStdString();
+    const Outcome r = runTool(args);
+    EXPECT_EQ(r.code, GetParam().code);
+    EXPECT_TRUE(r.out.empty());
+    EXPECT_EQ(lines(r.err).size(), 1) << r.err;
+    EXPECT_FALSE(QDir(dir.filePath("out")).exists() &&
+                 !QDir(dir.filePath("out")).entryList(QDir::Files).isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, KfaultsBadInput,
+    ::testing::Values(
+        BadCommand{"MissingFile", {"extract", "-i", "@none.sgy", "-o", "@out"}, kfaults::kExitFailure},
+        BadCommand{"RawWithoutSizes", {"extract", "-i", "@wrong.raw", "-o", "@out"}, kfaults::kExitFailure},
+        BadCommand{"InconsistentSizes", {"extract", "-i", "@wrong.raw", "--size", "4", "4", "4", "-o", "@out"},
+                   kfaults::kExitFailure},
+        BadCommand{"WrongFormat", {"info", "@wrong.raw"}, kfaults::kExitFailure},
+        BadCommand{"UnknownCommand", {"frobnicate"}, kfaults::kExitUsage},
+        BadCommand{"UnknownFormat", {"extract", "--format", "tiff"}, kfaults::kExitUsage}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Kfaults, CtrlCCancelsAndLeavesNoOutput)
+{
+    QTemporaryDir dir;
+    kfaults::InterruptibleProgress::requestInterrupt();
+    const Outcome r = runTool({"extract", "--synthetic-size", "32", "-o", dir.filePath("out").toStdString()});
+    EXPECT_EQ(r.code, kfaults::kExitCancelled);
+    EXPECT_TRUE(r.out.empty());
+    EXPECT_TRUE(QDir(dir.filePath("out")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden).isEmpty());
+    EXPECT_FALSE(kfaults::InterruptibleProgress::interrupted());
+}
+
+TEST(Kfaults, EveryCommandHasHelp)
+{
+    for (const char* command : {"extract", "info", "sticks", "sticks import", "sticks export"}) {
+        std::vector<std::string> args;
+        for (const QString& word : QString(command).split(' ')) args.push_back(word.toStdString());
+        args.push_back("--help");
+        const Outcome r = runTool(args);
+        EXPECT_EQ(r.code, 0);
+        EXPECT_NE(r.out.find("Usage"), std::string::npos) << command;
+    }
+}
+
+class KfaultsSticksRoundTrip : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(KfaultsSticksRoundTrip, ExportThenImportKeepsNamesAndSticks)
+{
+    // Two faults, names with spaces, two and three sticks.
+    core::MultiArray<core::vec3> rows(2);
+    const core::vec3 separator(-9999.0, -9999.0, -9999.0);
+    for (int f = 0; f < 2; ++f)
+        for (int s = 0; s < 2 + f; ++s) {
+            if (s > 0) rows.addElement(f, separator, false);
+            for (int p = 0; p < 3; ++p)
+                rows.addElement(f, core::vec3(1000.0 + 25 * s + f, 500.0 + 10 * p, 2000.0 + 25 * s), false);
+        }
+    ZNFaultPatchManager set(rows);
+    set.findFaultLight(1)->SetFaultName("north block F1");
+    set.findFaultLight(2)->SetFaultName("south F2");
+    QTemporaryDir dir;
+    const QString original = dir.filePath("original.faultset");
+    ASSERT_TRUE(set.writePickedFault(original, false, nullptr, false));
+
+    const std::string sticks = dir.filePath("sticks.txt").toStdString();
+    const std::string back = dir.filePath("back.faultset").toStdString();
+    const Outcome ex = runTool({"sticks", "export", original.toStdString(), sticks, "--format", GetParam()});
+    ASSERT_EQ(ex.code, 0) << ex.err;
+    const Outcome im = runTool({"sticks", "import", sticks, back, "--format", GetParam()});
+    ASSERT_EQ(im.code, 0) << im.err;
+    EXPECT_EQ(lines(im.out), QStringList{QString::fromStdString(back)});
+
+    const Outcome a = runTool({"info", original.toStdString()});
+    const Outcome b = runTool({"info", back});
+    auto faultLines = [](const std::string& text) { return lines(text).filter(QRegularExpression("^fault ")); };
+    EXPECT_EQ(faultLines(a.out), faultLines(b.out));
+    EXPECT_EQ(faultLines(b.out).size(), 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, KfaultsSticksRoundTrip,
+                         ::testing::Values("charisma", "iesx", "opendtect", "gocad"));
+
+TEST(Kfaults, SynthVolumeReadsBackAsBlocAndRawWithTheSameFaultsThenMeshesAndDedupes)
+{
+    QTemporaryDir dir;
+    const QDir synth(dir.filePath("synth"));
+    const Outcome s = runTool({"synth", "--size", "48", "-o", synth.path().toStdString()});
+    ASSERT_EQ(s.code, 0) << s.err;
+    ASSERT_EQ(lines(s.out).size(), 4);
+
+    std::vector<QJsonObject> counts;
+    const std::vector<std::vector<std::string>> inputs{
+        {"-i", synth.filePath("likelihood.bloc").toStdString()},
+        {"-i", synth.filePath("likelihood.float32.raw").toStdString(), "--size", "48", "48", "48"}};
+    for (std::size_t k = 0; k < inputs.size(); ++k) {
+        std::vector<std::string> args{"extract", "--no-pictures", "-o", dir.filePath(QString::number(k)).toStdString()};
+        args.insert(args.end(), inputs[k].begin(), inputs[k].end());
+        const Outcome e = runTool(args);
+        ASSERT_EQ(e.code, 0) << e.err;
+        QFile report(lines(e.out).last());
+        ASSERT_TRUE(report.open(QIODevice::ReadOnly));
+        counts.push_back(QJsonDocument::fromJson(report.readAll()).object()["counts"].toObject());
+    }
+    EXPECT_GT(counts[0]["faults"].toInt(), 0);
+    EXPECT_EQ(counts[0], counts[1]);
+
+    const std::string faultSet = QDir(dir.filePath("0")).filePath("faults.faultset").toStdString();
+    const std::string surfaces = dir.filePath("faults.ts").toStdString();
+    const Outcome m = runTool({"mesh", faultSet, surfaces});
+    ASSERT_EQ(m.code, 0) << m.err;
+    std::vector<fault::exchange::TriangleMesh> meshes;
+    ASSERT_TRUE(fault::exchange::readGocadTSurf(QString::fromStdString(surfaces), meshes));
+    EXPECT_EQ(static_cast<int>(meshes.size()), counts[0]["faults"].toInt());
+
+    const Outcome d = runTool({"dedupe", faultSet});
+    ASSERT_EQ(d.code, 0) << d.err;
+    EXPECT_NE(d.out.find("duplicate pairs: 0"), std::string::npos) << d.out;
+}
+
+TEST(SticksMesh, StripsJoinConsecutiveSticksAndCoverTheirArea)
+{
+    // Two vertical sticks 10 apart, 3 and 2 points over a height of 20: a 10 x 20 rectangle.
+    const auto mesh = kfaults::meshFromSticks(
+        "F", {{{0, 0, 0}, {0, 10, 0}, {0, 20, 0}}, {{10, 0, 0}}, {{10, 0, 0}, {10, 20, 0}}});
+    EXPECT_EQ(mesh.name, "F");
+    EXPECT_EQ(mesh.vertices.size(), 5u);   // the one-point stick is skipped
+    EXPECT_EQ(mesh.triangles.size(), 3u);
+    EXPECT_EQ(mesh.firstBadTriangle(), -9999);
+    EXPECT_NEAR(kfaults::meshArea(mesh), 200.0, 1e-9);
+}
+
+class KfaultsImportsExchangeFiles : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(KfaultsImportsExchangeFiles, InfoShowsEveryFaultWithItsNameSticksAndPoints)
+{
+    const QString sticks = QStringLiteral(KORVALITH_TEST_DATA_DIR "/exchange/") + GetParam();
+    fault::exchange::StickFormat format;
+    ASSERT_TRUE(fault::exchange::guessStickFormat(sticks, format));
+    fault::exchange::StickSet expected;
+    ASSERT_TRUE(fault::exchange::readSticks(sticks, format, expected));
+    QStringList expectedLines;
+    for (std::size_t f = 0; f < expected.faults.size(); ++f)
+        expectedLines << QStringLiteral("fault %1 \"%2\": %3 sticks, %4 points")
+                             .arg(f + 1).arg(expected.faults[f].name).arg(expected.faults[f].sticks.size())
+                             .arg(expected.faults[f].pointCount());
+
+    QTemporaryDir dir;
+    const std::string set = dir.filePath("imported.faultset").toStdString();
+    const Outcome im = runTool({"sticks", "import", sticks.toStdString(), set});
+    ASSERT_EQ(im.code, 0) << im.err;
+    const Outcome info = runTool({"info", set});
+    ASSERT_EQ(info.code, 0) << info.err;
+    EXPECT_EQ(lines(info.out).filter(QRegularExpression("^fault ")), expectedLines);
+}
+
+INSTANTIATE_TEST_SUITE_P(CommittedFiles, KfaultsImportsExchangeFiles,
+                         ::testing::Values("charisma_fault_sticks.txt", "iesx_fault_sticks.txt",
+                                           "opendtect_fault_sticks.txt", "gocad_pline_sticks.pl"));
+
+TEST(Kfaults, DedupeFindsAndRemovesACopiedFault)
+{
+    core::MultiArray<core::vec3> rows(3);
+    for (int f = 0; f < 3; ++f)
+        for (int p = 0; p < 4; ++p)
+            rows.addElement(f, core::vec3(10.0 + p + (f == 2 ? 50 : 0), 5.0 * p, 20.0 + p), false);
+    ZNFaultPatchManager set(rows);   // faults 1 and 2 are the same, 3 is elsewhere
+    QTemporaryDir dir;
+    const std::string path = dir.filePath("set.faultset").toStdString();
+    const std::string cleaned = dir.filePath("clean.faultset").toStdString();
+    ASSERT_TRUE(set.writePickedFault(QString::fromStdString(path), false, nullptr, false));
+    const Outcome d = runTool({"dedupe", path, "--remove", cleaned});
+    ASSERT_EQ(d.code, 0) << d.err;
+    EXPECT_NE(d.out.find("duplicate pairs: 1"), std::string::npos) << d.out;
+    const Outcome info = runTool({"info", cleaned});
+    EXPECT_NE(info.out.find("faults: 2"), std::string::npos) << info.out;
+}
+
+TEST(Kfaults, InfoDescribesBlockFiles)
+{
+    QTemporaryDir dir;
+    const Outcome s = runTool({"synth", "--size", "16", "-o", dir.path().toStdString()});
+    ASSERT_EQ(s.code, 0) << s.err;
+    const Outcome info = runTool({"info", dir.filePath("planted_ids.bloc").toStdString()});
+    ASSERT_EQ(info.code, 0) << info.err;
+    EXPECT_NE(info.out.find("size: 16 x 16 x 16"), std::string::npos) << info.out;
+    EXPECT_NE(info.out.find("sample type: int32"), std::string::npos) << info.out;
+}
