@@ -19,6 +19,7 @@
 #include "znfaultpatch.h"
 #include "znfaultstick.h"
 
+class ZN3DFaultPatch;
 class ZNFaultPatchManagerConfig;
 class ZNFaultSurface;
 class ZNPickingViewer;
@@ -51,7 +52,7 @@ class ZNPickingViewer;
 // registers itself with the host's object registry while it lives. It never draws.
 // The implementation is split by concern: znfaultpatchmanager.cpp (model),
 // _faults.cpp (descriptors and conversion constructors), _picking.cpp, _resample.cpp,
-// _history.cpp.
+// _history.cpp, _surfaces.cpp (3D fault patches).
 class ZNFaultPatchManager : public QObject, public ZNObject, public georef::CrsObjectAbstract {
     Q_OBJECT
 public:
@@ -282,6 +283,25 @@ public:
     void detachFaultSurface(ZNFaultSurface* surface);
     // The first attached surface whose fault id is `faultId`; null when there is none.
     ZNFaultSurface* findFaultSurface(int faultId) const;
+
+    // ----- 3D fault patches (_surfaces.cpp) -----
+
+    // True for a patch 1..n-1 that holds at least one picked point (separators aside).
+    bool isPatchPicked(int id) const;
+    // The attached 3D fault patch of fault `faultId`; null when none is attached. Not
+    // owned by the fault set.
+    ZN3DFaultPatch* findFaultPatch(int faultId) const;
+    // A new 3D fault patch of the fault of `light`, owned by the caller and attached to
+    // the fault set (so that picking uses its mesh) until it is deleted: the fault set's
+    // block space, the units of the fault's patch, the descriptor's settings, the fault's
+    // picked points (all its patches, in linked-list order), the patch's 2D flag and the
+    // fault set's object name. No mesh is computed. Null for a null descriptor or a fault
+    // id outside 1..n-1.
+    ZN3DFaultPatch* createPicked3DFaultPatch(const ZN3DFaultPatchLight* light);
+    // One 3D fault patch per descriptor, in descriptor order: the attached one, or one
+    // made by createPicked3DFaultPatch, which is also appended to `created`. The caller
+    // owns the patches made here; descriptors whose patch cannot be made are skipped.
+    QList<ZN3DFaultPatch*> getFaultPatchList(QList<ZN3DFaultPatch*>& created);
 
     // ----- picking and editing (_picking.cpp) -----
 
