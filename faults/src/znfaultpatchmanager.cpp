@@ -61,6 +61,8 @@ void ZNFaultPatchManager::copyModelFrom(const ZNFaultPatchManager& other)
         m_faultLights.append(new ZN3DFaultPatchLight(*light));
     m_locked = other.m_locked;
     m_storedId = other.m_storedId;
+    m_version = other.m_version;
+    m_withMesh = other.m_withMesh;
 }
 
 void ZNFaultPatchManager::init(int numberOfPatch, bool resetDescriptors)
@@ -91,6 +93,9 @@ void ZNFaultPatchManager::init(int numberOfPatch, bool resetDescriptors)
     m_currentPickedFaultId = core::kNoValue;
     m_currentMovingPointId = core::kNoValue;
     m_historyLimit = kDefaultHistoryLimit;
+    m_version = kLastVersion;
+    m_withMesh = true;
+    for (auto& counters : m_autoSaveCounters) counters[0] = counters[1] = 0;
 
     if (resetDescriptors) {
         m_templateFaultLight.init();

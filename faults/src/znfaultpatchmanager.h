@@ -19,7 +19,9 @@
 #include "znfaultpatch.h"
 #include "znfaultstick.h"
 
+class QIODevice;
 class ZN3DFaultPatch;
+class ZNByteSource;
 class ZNFaultPatchManagerConfig;
 class ZNFaultSurface;
 class ZNPickingViewer;
@@ -52,7 +54,9 @@ class ZNPickingViewer;
 // registers itself with the host's object registry while it lives. It never draws.
 // The implementation is split by concern: znfaultpatchmanager.cpp (model),
 // _faults.cpp (descriptors and conversion constructors), _picking.cpp, _resample.cpp,
-// _history.cpp, _surfaces.cpp (3D fault patches).
+// _history.cpp, _file.cpp (the fault set file), _mesh.cpp (its mesh section),
+// _autosave.cpp (auto-save, extraction and concatenation), _surfaces.cpp (3D fault
+// patches).
 class ZNFaultPatchManager : public QObject, public ZNObject, public georef::CrsObjectAbstract {
     Q_OBJECT
 public:
@@ -118,8 +122,9 @@ public:
 
     // Resets the model to `numberOfPatch` empty patches, each its own father (a number
     // below 1 is reported and taken as 1): registers with the host's registry, empties
-    // points and voxels, makes the set picked and unlocked, unsets both cursors and sets
-    // the history limit to 100. With `resetDescriptors` every fault descriptor is deleted
+    // points and voxels, makes the set picked and unlocked, unsets both cursors, sets
+    // the history limit to 100, the version to kLastVersion, the mesh flag on and the four
+    // auto-save counters to 0. With `resetDescriptors` every fault descriptor is deleted
     // and the two template descriptors are initialised again (new random colours);
     // without it, descriptors whose id is no longer a patch id are deleted. The history
     // is kept: its snapshots no longer match the patch count unless it is unchanged.
@@ -434,6 +439,140 @@ public:
     // A limit below 0 counts as 0.
     void setHistoryLimit(int limit) { m_historyLimit = limit < 0 ? 0 : limit; }
 
+    // ----- fault set files (_file.cpp, mesh section in _mesh.cpp) -----
+    //
+    // A fault set file is an object file (ZNObjectFile): the header of createHeader,
+    // then the data block, all integers little-endian two's complement, reals binary64:
+    //   fathers   one int32 per patch, patch 0 first;
+    //   per patch its entry count (int32, separators included), then its entries:
+    //             2D form: x, y, z, flag byte (0 or 1), 7 zero bytes, then the patch
+    //             rectangle (left, top, right, bottom);
+    //             3D form: x, y, z (the flag is not stored);
+    //   meshes    only when "withMesh" is 1 and the writer was given them.
+    // The form is not marked in the file: the caller of the writer and of the reader
+    // chooses it. Files of versions 1 and 2 always hold the 3D form; version 0 files hold
+    // the 3D form in block indices (inline, crossline, sample), taken to world
+    // coordinates by the block-to-world matrix when read.
+    //
+    // Readers treat the file as hostile: counts are checked against the bytes left before
+    // anything is allocated; a count outside 0..1,000,000, a father that is not a patch id
+    // or closes a loop, a non-finite coordinate, a descriptor whose id is not 1..n-1, an
+    // unknown version or a short read make the read fail with "The fault set cannot be
+    // read" (kind 1) followed by the reason (kind 4).
+    //
+    // The trailing `progressParent` of the readers: -1 shows a top-level "Load Data" bar,
+    // a bar id nests it under that bar, kNoProgressBar shows none.
+
+    static constexpr int kLastVersion = 3;                  // version written
+    static constexpr int kMaxPickedPointsPerPatch = 1000000; // larger counts are corrupt
+    static constexpr int kNoProgressBar = -2;               // readers show no bar
+    // Header growth room of the files written by writePickedFault.
+    static constexpr qint64 kHeaderReserve = ZNObject::kDefaultHeaderReserve;
+
+    static int getLastVersionNumber() { return kLastVersion; }
+    // Version of the file last read; kLastVersion for a fault set built in memory.
+    int getVersion() const { return m_version; }
+    // Whether fault meshes follow the picked points in the file; true for a new set.
+    bool isWithMesh() const { return m_withMesh; }
+    void setWithMesh(bool withMesh) { m_withMesh = withMesh; }
+
+    // The header element: the type tag, then "numberOfPatch", "Version" (always
+    // kLastVersion, the layout the writer uses), "dimx", "dimy", "dimz",
+    // "fromBlocToWorldMatrix", "picked", "withMesh", "unitsObject" (units of the middle
+    // patch), one "ZN3DFaultPatchLight" per descriptor in list order and one
+    // "ZNFaultPatch" per patch, 0 first.
+    QDomElement createHeader(QDomDocument& doc) const override;
+    // getPickedFaultHeader without a progress bar.
+    bool getHeader(const QDomElement* header) override;
+    // Resets the fault set to the header's patch count (init) and reads back the kind,
+    // version, block space, mesh flag, units (given to every patch, then each patch's
+    // own CRS) and the descriptors, under a cancellable "Load Data" bar. "numberOfPatch"
+    // must be 1 to the number of patch elements present, so that the header itself
+    // bounds what is allocated. False for a missing or foreign header, an unknown
+    // version, a bad count or descriptor id (with the messages of the readers), or a
+    // cancel; the fault set is then consistent but holds what was read so far.
+    bool getPickedFaultHeader(const QDomElement* header, int progressParent);
+
+    // Saves the fault set at `path` in the 2D or 3D form, with the meshes when given (see
+    // writePickedFaultData). Runs checkFaultNames first. The file is written beside the
+    // target and renamed over it once complete: a refused, failed or cancelled save
+    // leaves any previous file as it was. On success every descriptor is marked saved.
+    // `showProgress` shows the "Faults saving: Emergency Save" bar.
+    bool writePickedFault(const QString& path, bool twoD, QList<ZN3DFaultPatch*>* meshes,
+                          bool showProgress);
+    // Reads the file at `path` in the given form, replacing the model (the undo history is
+    // cleared, the cursors unset; templates, lock and attached surfaces kept) and posting
+    // "UPDATE_DISPLAY_CRS". A file that cannot be opened sends "Error when opening "
+    // and the path (kind 2). On any failure the fault set is left exactly as it was.
+    bool readPickedFault(const QString& path, bool twoD, int progressParent);
+    // The same from a byte source holding a whole file.
+    bool readPickedFault(ZNByteSource& file, bool twoD, int progressParent);
+
+    // The container's data hook: the 2D form (which keeps every field), no meshes, no bar.
+    bool writeData(QIODevice& file, qint64 offset) const override;
+    // Writes the data block at `offset` of `file`. Sends "Writing Picked Point
+    // core::Array..." (kind 3). With `showProgress` the bar "Faults saving: Emergency
+    // Save" advances every max(1, n / 100) patches; cancelling it stops the write (false).
+    // The meshes are written only when "withMesh" is set and `meshes` has one entry per
+    // descriptor (writeMesh). A failed write, or a patch of more entries than a reader
+    // accepts, sends "File write error while writing fault picked point data" (kind 1) and
+    // returns false.
+    bool writePickedFaultData(QIODevice& file, qint64 offset, bool twoD,
+                              QList<ZN3DFaultPatch*>* meshes, bool showProgress) const;
+    // Reads the data block at `offset` into the fault set, whose header has been read
+    // (patch count, version, mesh flag), under a cancellable "Load Data" bar. Version 3:
+    // each patch's 2D flag is set to `twoD`. On success posts "UPDATE_DISPLAY_CRS",
+    // rebuilds the linked lists and the descriptors' patch lists, and marks the
+    // descriptors saved. On failure (or a cancel) the patches read so far stay; the fault
+    // set stays consistent (isValid).
+    bool readPickedFaultData(ZNByteSource& file, qint64 offset, bool twoD, int progressParent);
+
+    // The mesh section of the data block (_mesh.cpp): the stream form of each fault's 3D
+    // patch, in descriptor order. writeMesh writes `meshes` (one per descriptor); readMesh
+    // reads the section at the source's position and returns false when it is corrupt.
+    // A file whose "withMesh" is 1 may end right after the picked points: readMesh is
+    // then not called. Until the 3D fault patch brings its stream form, writeMesh writes
+    // nothing and readMesh leaves the section unread (meshes are rebuilt from the
+    // picked points); both return true.
+    bool writeMesh(QIODevice& file, const QList<ZN3DFaultPatch*>& meshes) const;
+    bool readMesh(ZNByteSource& file);
+
+    // True when every descriptor's name is acceptable as a file name (ZNFileName). The
+    // first that is not stops the check with a warning box titled "Error": "Fault named "
+    // followed by the host's wording of the name and "<br>Operation aborted. Try again
+    // after renaming the fault."; false is returned.
+    bool checkFaultNames() const;
+
+    // ----- auto-save, extraction, concatenation (_autosave.cpp) -----
+
+    // Counts one call for the (is2dFaultPatch, isTime) combination; once the count
+    // reaches the auto-save step (ZNFaultPatchTools::getNbPatchBeforeAutoSave, read on
+    // every call; a step of 0 or less writes on every call) the counter is reset and the
+    // patches whose 2D flag is `is2dFaultPatch` and whose vertical domain is time exactly
+    // when `isTime` are written, as a fault set of their own, to
+    // folder/EmergencySave_Time or folder/EmergencySave_Depth (writePickedFault with
+    // `is2dFaultPatch`, progress shown). Returns true when a write was attempted (its
+    // failure is reported by the writer), false when the call only counted.
+    bool autoSave(const QString& folder, bool is2dFaultPatch, bool isTime);
+    // The counter of a combination: calls counted since its last save; 0 after init.
+    int getAutoSaveCounter(bool is2dFaultPatch, bool isTime) const;
+
+    // A new fault set (owned by the caller) holding only the listed patches: the k-th
+    // distinct id of `patchList` that is a patch id 1..n-1 becomes patch k (other ids
+    // are skipped), followed by one empty spare patch. Records, points and voxels are
+    // copied. The listed patches of one fault stay one fault: its root when listed, or
+    // else its first listed patch, becomes the root and the others its direct children;
+    // the fault's descriptor is copied with every setting (colour included) under the
+    // new root id. Block space, kind, templates and mesh flag are copied.
+    ZNFaultPatchManager* extractSubFaultPatchManager(const core::Array<int>& patchList) const;
+    // Appends `other`'s patches 1..m-1 after this set's patches (patch q becomes n - 1 + q),
+    // with their points, voxels, fathers (shifted alike; a father outside 1..m-1 makes the
+    // patch its own root) and descriptors (copied with every setting, id shifted, names
+    // unchanged). Keeps this set's kind and templates; takes `other`'s block space only
+    // when this set's is empty. `other` may be this set. False, nothing changed, when
+    // memory runs out.
+    bool concatFaultPatchManager(const ZNFaultPatchManager& other);
+
 private:
     void initMembers();
     void copyModelFrom(const ZNFaultPatchManager& other);
@@ -460,6 +599,15 @@ private:
     // The focus rule of a "Pick Point" restore for one patch.
     bool findPickFocus(int patchId, const ZNFaultPatchManagerConfig& config,
                        core::vec3& focus) const;
+    // The data block reader without the action: fathers, then each patch's entries.
+    bool readPatchData(ZNByteSource& file, qint64 offset, bool twoD, int progressParent);
+    // Reads and checks the fathers; false, nothing changed, when they are not a forest.
+    bool readFathers(ZNByteSource& file);
+    // Reads one patch's count and entries in the layout of the file's version; 3D
+    // entries pass through `scratch`.
+    bool readPatchEntries(ZNByteSource& file, int id, bool twoD, core::Array<uchar>& scratch);
+    // Takes the file-borne model of `other` (a fault set just read) by swapping.
+    void takeModelFrom(ZNFaultPatchManager& other);
 
     georef::BlocSpace m_blocSpace;                        // survey grid of the fault set
     bool m_picked = true;                                 // picked (true) or automatic
@@ -481,4 +629,7 @@ private:
     ZNFaultPatchManagerConfig* m_currentConfig = nullptr; // snapshot matching the state
     int m_historyLimit = kDefaultHistoryLimit;
     QList<ZNFaultSurface*> m_faultSurfaces;               // attached, not owned
+    int m_version = kLastVersion;                         // of the file last read
+    bool m_withMesh = true;                               // meshes follow the points
+    int m_autoSaveCounters[2][2] = {};                    // [is 2D][is time]
 };

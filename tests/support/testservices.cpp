@@ -51,6 +51,14 @@ void RecordingProgress::onIncremented(int id, const Bar&)
 
 void RecordingProgress::onClosed(int, const Bar&) { ++closed; }
 
+RecordingMessageBox::RecordingMessageBox() : m_previous(ZNMessageBox::install(this)) {}
+RecordingMessageBox::~RecordingMessageBox() { ZNMessageBox::install(m_previous); }
+
+void RecordingMessageBox::show(Icon icon, const QString& title, const QString& text)
+{
+    shown.append({icon, title, text});
+}
+
 StderrCapture::StderrCapture() { testing::internal::CaptureStderr(); }
 StderrCapture::~StderrCapture()
 {

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <zneventbus.h>
+#include <znmessagebox.h>
 #include <znprocess.h>
 #include <znprogressbarmgr.h>
 
@@ -62,6 +63,26 @@ protected:
 private:
     int m_cancelAfter;
     ZNProgressBarMgr* m_previous;
+};
+
+// Records every message box instead of showing it.
+class RecordingMessageBox : public ZNMessageBox {
+public:
+    struct Shown {
+        int icon;
+        QString title;
+        QString text;
+    };
+    RecordingMessageBox();
+    ~RecordingMessageBox() override;
+
+    QList<Shown> shown;
+
+protected:
+    void show(Icon icon, const QString& title, const QString& text) override;
+
+private:
+    ZNMessageBox* m_previous;
 };
 
 // Captures what is printed on the standard error stream between construction and text().

@@ -121,3 +121,16 @@ TEST(Settings, ValuesLiveInTheOverriddenUserDirectory)
     EXPECT_TRUE(QFile::exists(ZNSettings::userSettingsFile("settings.ini")));
     qputenv("KORVALITH_SETTINGS_DIR", previous);
 }
+
+TEST(MessageBox, WithoutAGuiAMessageIsLoggedAsAnErrorInsteadOfBlocking)
+{
+    RecordingEventBus bus;
+    ZNMessageBox::warning("Error", "Fault named \"A:B\"<br>Operation aborted.");
+    EXPECT_EQ(bus.messages, (QList<QPair<int, QString>>{
+                                {ZNEventBus::Error, "Error: Fault named \"A:B\"\nOperation aborted."}}));
+    RecordingMessageBox boxes;
+    ZNMessageBox::showMessage(ZNMessageBox::Critical, "T", "x");
+    ASSERT_EQ(boxes.shown.size(), 1);
+    EXPECT_EQ(boxes.shown[0].icon, ZNMessageBox::Critical);
+    EXPECT_EQ(bus.messages.size(), 1);
+}

@@ -74,6 +74,9 @@ public:
     // when the file cannot be opened, is not an object file, its header does not fit
     // inside the file, is not XML, or holds no object header element.
     static bool readHeader(const QString& path, Header& header);
+    // The same from a byte source holding a whole object file (read from its start;
+    // position changed).
+    static bool readHeader(ZNByteSource& file, Header& header);
     // The object type of the file at `path`; empty when readHeader fails.
     static QString readObjectType(const QString& path);
 

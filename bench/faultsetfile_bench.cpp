@@ -1,0 +1,166 @@
+// Writing and reading a whole fault set file in the 2D form (second argument 1) and the
+// 3D form (0), against one plain sequential write or read of the same number of bytes
+// made in the same run. The reported time is the fault set's wall time; the counters give
+// its throughput and the plain operation's time divided by the fault set's (1 is as fast
+// as the plain I/O; the goal is at least 0.5):
+//   vs_plain         wall time;
+//   vs_plain_cpu     CPU time of the process (user and system), which a busy machine
+//                    disturbs less than the wall time;
+//   vs_plain_synced  (writes) wall time of a plain write followed by fdatasync: the fault
+//                    set's writer syncs its temporary file to disk before renaming it over
+//                    the target, so that a crash never leaves a half-written fault set.
+//
+// Sizes (first argument): 10,000 patches x 1,000 entries (about 320 MB in the 2D form and
+// 240 MB in the 3D form) and 1,000 x 1,000. Files live in the temporary folder and are
+// deleted after each benchmark.
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <ctime>
+#include <memory>
+
+#include <unistd.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <znfaultpatchmanager.h>
+
+namespace {
+
+constexpr int kEntriesPerPatch = 1000;
+constexpr int kStickLength = 10;  // entries per stick; a separator closes each stick
+
+// Wall and process CPU seconds of a span of work.
+struct Span {
+    double wall = 0.0;
+    double cpu = 0.0;
+    Span& operator+=(const Span& o)
+    {
+        wall += o.wall;
+        cpu += o.cpu;
+        return *this;
+    }
+};
+
+double cpuSeconds()
+{
+    timespec t{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
+    return double(t.tv_sec) + 1e-9 * double(t.tv_nsec);
+}
+
+// Measures `work`; a failed work is reported on `state`.
+template <class Work>
+Span measure(benchmark::State& state, Work work)
+{
+    const auto wallStart = std::chrono::steady_clock::now();
+    const double cpuStart = cpuSeconds();
+    if (!work()) state.SkipWithError("I/O failed");
+    return {std::chrono::duration<double>(std::chrono::steady_clock::now() - wallStart).count(),
+            cpuSeconds() - cpuStart};
+}
+
+// A picked fault set of `patches` patches of kEntriesPerPatch entries, one fault each.
+std::unique_ptr<ZNFaultPatchManager> makeFaultSet(int patches)
+{
+    core::MultiArray<core::PointWithBool> rows(patches);
+    for (int r = 0; r < patches; ++r) {
+        rows.setArraySize(r, kEntriesPerPatch, true);
+        for (int k = 0; k < kEntriesPerPatch; ++k) {
+            const bool separator = k % kStickLength == kStickLength - 1;
+            rows(r, k) = separator ? core::PointWithBool::separator()
+                                   : core::PointWithBool(r * 25.0 + k, k * 4.0, r * 12.5, k % 3 == 0);
+        }
+    }
+    return std::make_unique<ZNFaultPatchManager>(0, rows);
+}
+
+// One plain write of `bytes` to `path`, synced to disk when `sync`.
+bool plainWrite(const QString& path, const QByteArray& bytes, bool sync)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.flush() &&
+           (!sync || fdatasync(file.handle()) == 0);
+}
+
+// One plain read of the `bytes` bytes of the file at `path` into fresh memory, as a
+// reader has to allocate what it reads.
+bool plainRead(const QString& path, qint64 bytes)
+{
+    QFile file(path);
+    QByteArray into(static_cast<int>(bytes), Qt::Uninitialized);
+    return file.open(QIODevice::ReadOnly) && file.read(into.data(), bytes) == bytes;
+}
+
+void report(benchmark::State& state, qint64 bytes, const Span& faultSet, const Span& plain)
+{
+    const double megabytes = double(bytes) * double(state.iterations()) / 1e6;
+    state.counters["MB"] = double(bytes) / 1e6;
+    state.counters["MB/s"] = megabytes / faultSet.wall;
+    state.counters["plain_MB/s"] = megabytes / plain.wall;
+    state.counters["vs_plain"] = plain.wall / faultSet.wall;
+    state.counters["vs_plain_cpu"] = plain.cpu / faultSet.cpu;
+}
+
+void BM_WriteFaultSet(benchmark::State& state)
+{
+    const bool twoD = state.range(1) != 0;
+    const std::unique_ptr<ZNFaultPatchManager> set = makeFaultSet(static_cast<int>(state.range(0)));
+    QTemporaryDir dir(QDir::tempPath() + QStringLiteral("/faultset_bench_XXXXXX"));
+    const QString path = dir.filePath(QStringLiteral("set.faultset"));
+    const QString plainPath = dir.filePath(QStringLiteral("plain.bin"));
+    Span faultSet, plain, synced;
+    qint64 bytes = 0;
+    for (auto _ : state) {
+        const Span span = measure(state, [&] { return set->writePickedFault(path, twoD, nullptr, false); });
+        state.SetIterationTime(span.wall);
+        faultSet += span;
+
+        bytes = QFileInfo(path).size();
+        const QByteArray same(static_cast<int>(bytes), '\x5a');
+        plain += measure(state, [&] { return plainWrite(plainPath, same, false); });
+        QFile::remove(plainPath);
+        synced += measure(state, [&] { return plainWrite(plainPath, same, true); });
+        QFile::remove(plainPath);
+    }
+    report(state, bytes, faultSet, plain);
+    state.counters["vs_plain_synced"] = synced.wall / faultSet.wall;
+}
+
+void BM_ReadFaultSet(benchmark::State& state)
+{
+    const bool twoD = state.range(1) != 0;
+    QTemporaryDir dir(QDir::tempPath() + QStringLiteral("/faultset_bench_XXXXXX"));
+    const QString path = dir.filePath(QStringLiteral("set.faultset"));
+    if (!makeFaultSet(static_cast<int>(state.range(0)))->writePickedFault(path, twoD, nullptr, false))
+        state.SkipWithError("write failed");
+    const qint64 bytes = QFileInfo(path).size();
+    Span faultSet, plain;
+    for (auto _ : state) {
+        auto read = std::make_unique<ZNFaultPatchManager>();
+        const Span span = measure(state, [&] {
+            return read->readPickedFault(path, twoD, ZNFaultPatchManager::kNoProgressBar);
+        });
+        state.SetIterationTime(span.wall);
+        faultSet += span;
+        read.reset();
+        plain += measure(state, [&] { return plainRead(path, bytes); });
+    }
+    report(state, bytes, faultSet, plain);
+}
+
+void sizes(benchmark::internal::Benchmark* b)
+{
+    b->ArgNames({"patches", "twoD"})->UseManualTime()->Unit(benchmark::kMillisecond);
+    b->Args({10000, 1})->Args({10000, 0})->Args({1000, 1})->Args({1000, 0})->Iterations(3);
+}
+
+BENCHMARK(BM_WriteFaultSet)->Apply(sizes);
+BENCHMARK(BM_ReadFaultSet)->Apply(sizes);
+
+} // namespace
+
+BENCHMARK_MAIN();

@@ -1,0 +1,45 @@
+// Fuzz target of the fault set reader: every input is read as a whole fault set file,
+// once in the 2D form and once in the 3D form. A read may fail; it must not crash, leak,
+// read out of bounds or leave the fault set inconsistent (isValid), which aborts.
+#include <cstdint>
+#include <cstdlib>
+
+#include <QBuffer>
+#include <QByteArray>
+#include <QTemporaryDir>
+
+#include <znbytesource.h>
+#include <zneventbus.h>
+#include <znfaultpatchmanager.h>
+
+namespace {
+// Messages of refused files are expected by the thousand: they are dropped.
+class SilentBus : public ZNEventBus {
+protected:
+    void message(int, const QString&) override {}
+};
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    static SilentBus bus;
+    ZNEventBus::install(&bus);
+    // Descriptors read the user's viewer settings: keep them in an empty directory.
+    static QTemporaryDir settings;
+    qputenv("KORVALITH_SETTINGS_DIR", settings.path().toUtf8());
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    QByteArray bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<int>(size));
+    for (const bool twoD : {true, false}) {
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        ZNDeviceSource source(buffer);
+        ZNFaultPatchManager set;
+        set.readPickedFault(source, twoD, ZNFaultPatchManager::kNoProgressBar);
+        if (!set.isValid()) std::abort();
+    }
+    return 0;
+}
