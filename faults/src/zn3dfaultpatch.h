@@ -186,6 +186,9 @@ public:
 
     // ----- surface -----
 
+    // Replaces the mesh by `points` and `facettes` (world coordinates) and updates the
+    // computed area.
+    void setMesh(const core::Array<core::vec3>& points, const core::Array<ZNFacette>& facettes);
     // Recomputes the picked-point box, then, when meshing is on, the mesh by the
     // gridding method (0 or 1; any other computes nothing). True when a mesh was made.
     bool updateMeshWithPickedPoint();

@@ -21,8 +21,6 @@ std::vector<Stick> handSticks(const core::Array<core::PointWithBool>& points)
 void toWorld(const PlanarMesh& planar, const PlaneFrame& frame, core::Array<core::vec3>& points,
              core::Array<ZNFacette>& facettes)
 {
-    points.clear();
-    facettes.clear();
     points.reserve(static_cast<int>(planar.positions.size()));
     facettes.reserve(static_cast<int>(planar.triangles.size()));
     for (size_t i = 0; i < planar.positions.size(); ++i)
@@ -35,6 +33,15 @@ void toWorld(const PlanarMesh& planar, const PlaneFrame& frame, core::Array<core
 }
 
 } // namespace
+
+void ZN3DFaultPatch::setMesh(const core::Array<core::vec3>& points,
+                             const core::Array<ZNFacette>& facettes)
+{
+    m_points = points;
+    m_facettes = facettes;
+    updateComputedArea();
+    geometryLoaded();
+}
 
 bool ZN3DFaultPatch::updateMeshWithPickedPoint()
 {
@@ -63,9 +70,10 @@ bool ZN3DFaultPatch::getMeshWithPickedPoint()
         if (triangulatePlanar(input.planar, interpolation))
             griddedSurface(interpolation, hull, settings, surface);
     }
-    toWorld(surface, input.layout.frame, m_points, m_facettes);
-    updateComputedArea();
-    geometryLoaded();
+    core::Array<core::vec3> points;
+    core::Array<ZNFacette> facettes;
+    toWorld(surface, input.layout.frame, points, facettes);
+    setMesh(points, facettes);
     return !m_facettes.empty();
 }
 
@@ -78,9 +86,10 @@ bool ZN3DFaultPatch::getMeshWithPickedPointDelaunay()
         input.planar.maxEdgeLength = std::max(getInterpolationSize(), 0);
         triangulatePlanar(input.planar, surface);
     }
-    toWorld(surface, input.layout.frame, m_points, m_facettes);
-    updateComputedArea();
-    geometryLoaded();
+    core::Array<core::vec3> points;
+    core::Array<ZNFacette> facettes;
+    toWorld(surface, input.layout.frame, points, facettes);
+    setMesh(points, facettes);
     return !m_facettes.empty();
 }
 

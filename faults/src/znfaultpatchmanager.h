@@ -1,8 +1,10 @@
 #pragma once
 #include <QList>
+#include <QMap>
 #include <QObject>
 #include <QString>
 
+#include <3dobject/zn3dobjectrecords.h>
 #include <core/array.h>
 #include <core/multiarray.h>
 #include <core/pointwithbool.h>
@@ -299,8 +301,9 @@ public:
     // A new 3D fault patch of the fault of `light`, owned by the caller and attached to
     // the fault set (so that picking uses its mesh) until it is deleted: the fault set's
     // block space, the units of the fault's patch, the descriptor's settings, the fault's
-    // picked points (all its patches, in linked-list order), the patch's 2D flag and the
-    // fault set's object name. No mesh is computed. Null for a null descriptor or a fault
+    // picked points (all its patches, in linked-list order), the patch's 2D flag, the
+    // fault set's object name, and the fault's stored mesh when there is one. No mesh is
+    // computed. Null for a null descriptor or a fault
     // id outside 1..n-1.
     ZN3DFaultPatch* createPicked3DFaultPatch(const ZN3DFaultPatchLight* light);
     // One 3D fault patch per descriptor, in descriptor order: the attached one, or one
@@ -527,15 +530,27 @@ public:
     // set stays consistent (isValid).
     bool readPickedFaultData(ZNByteSource& file, qint64 offset, bool twoD, int progressParent);
 
-    // The mesh section of the data block (_mesh.cpp): the stream form of each fault's 3D
-    // patch, in descriptor order. writeMesh writes `meshes` (one per descriptor); readMesh
-    // reads the section at the source's position and returns false when it is corrupt.
-    // A file whose "withMesh" is 1 may end right after the picked points: readMesh is
-    // then not called. Until the 3D fault patch brings its stream form, writeMesh writes
-    // nothing and readMesh leaves the section unread (meshes are rebuilt from the
-    // picked points); both return true.
+    // The mesh section of the data block (_mesh.cpp): one record per descriptor, in
+    // descriptor order, each the point count and the facette count (int32), then x, y, z
+    // of every point (binary64) and three uint32 point indices per facette. writeMesh
+    // writes the mesh of each entry of `meshes` (a null entry as an empty mesh); readMesh
+    // reads the section at the source's position into the stored meshes and returns false
+    // (stored meshes unchanged) for counts the source cannot hold, a facette index beyond
+    // its points or a non-finite coordinate. A file whose "withMesh" is 1 may end right
+    // after the picked points: readMesh is then not called.
     bool writeMesh(QIODevice& file, const QList<ZN3DFaultPatch*>& meshes) const;
     bool readMesh(ZNByteSource& file);
+
+    // A fault's mesh as the mesh section of the last file read holds it (world
+    // coordinates).
+    struct StoredMesh {
+        core::Array<core::vec3> points;
+        core::Array<ZNFacette> facettes;
+    };
+    // The stored mesh of fault `faultId`; null when the last file read had none for it.
+    // Stored meshes are kept until the next read or init, and are not copied with the
+    // fault set; createPicked3DFaultPatch starts its patches from them.
+    const StoredMesh* getStoredMesh(int faultId) const;
 
     // True when every descriptor's name is acceptable as a file name (ZNFileName). The
     // first that is not stops the check with a warning box titled "Error": "Fault named "
@@ -631,5 +646,6 @@ private:
     QList<ZNFaultSurface*> m_faultSurfaces;               // attached, not owned
     int m_version = kLastVersion;                         // of the file last read
     bool m_withMesh = true;                               // meshes follow the points
+    QMap<int, StoredMesh> m_storedMeshes;                 // by fault id, from the last read
     int m_autoSaveCounters[2][2] = {};                    // [is 2D][is time]
 };

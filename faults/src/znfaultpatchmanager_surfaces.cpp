@@ -27,6 +27,7 @@ ZN3DFaultPatch* ZNFaultPatchManager::createPicked3DFaultPatch(const ZN3DFaultPat
     patch->setPickedPoints(points);
     patch->set2D(m_patches[faultId].is2dFaultPatch());
     patch->setFaultSetName(objectName());
+    if (const StoredMesh* mesh = getStoredMesh(faultId)) patch->setMesh(mesh->points, mesh->facettes);
     patch->setFaultSet(this);
     return patch;
 }
