@@ -3,6 +3,7 @@
 #include "surface/planartriangulation.h"
 
 #include "surface/segmentcrossings.h"
+#include "surface/sticklayout.h"
 
 #include <algorithm>
 #include <cmath>
@@ -45,12 +46,21 @@ constexpr int kHeightPasses = 3;  // neighbour averaging passes for crossing poi
 // Positions are rounded to a power of two this many binary digits below their extent:
 // points closer than that merge, and sticks along an axis become exactly straight.
 constexpr int kQuantumDigits = 40;
+// Points closer than this to a constraint's inside, relative to the extent, are made
+// points of it: nearly degenerate corners would stall the refinement.
+constexpr double kOnEdgeTolerance = 1e-9;
 
 // `positions` rounded to multiples of a power of two kQuantumDigits below their extent.
-std::vector<core::vec2> quantized(const std::vector<core::vec2>& positions)
+double extentOf(const std::vector<core::vec2>& positions)
 {
     double extent = 0.0;
     for (const core::vec2& p : positions) extent = std::max({extent, std::fabs(p.x), std::fabs(p.y)});
+    return extent;
+}
+
+std::vector<core::vec2> quantized(const std::vector<core::vec2>& positions)
+{
+    const double extent = extentOf(positions);
     if (!(extent > 0.0)) return positions;
     const double quantum = std::ldexp(1.0, std::ilogb(extent) - kQuantumDigits);
     std::vector<core::vec2> out;
@@ -128,21 +138,6 @@ void markLoopDomain(Cdt& cdt, const std::vector<core::vec2>& positions,
             inside = inside || (loop.size() >= 3 && insideLoop(positions, loop, centre));
         for (const Face f : region) f->set_in_domain(inside && !open);
     }
-}
-
-// Marks every finite face, after making the hull's edges constraints: the refinement
-// meshes only domains bounded by constraints.
-void markConvexHull(Cdt& cdt)
-{
-    std::vector<std::pair<Vertex, Vertex>> hull;
-    Cdt::Face_circulator f = cdt.incident_faces(cdt.infinite_vertex()), done(f);
-    do {
-        const int i = f->index(cdt.infinite_vertex());
-        hull.emplace_back(f->vertex(cdt.ccw(i)), f->vertex(cdt.cw(i)));
-    } while (++f != done);
-    for (const auto& [a, b] : hull) cdt.insert_constraint(a, b);
-    for (auto face = cdt.all_faces_begin(); face != cdt.all_faces_end(); ++face)
-        face->set_in_domain(!cdt.is_infinite(face));
 }
 
 bool touchesDomain(const Cdt& cdt, Vertex v)
@@ -252,8 +247,12 @@ bool triangulatePlanar(const PlanarInput& input, PlanarMesh& mesh)
     mesh = PlanarMesh();
     if (!validInput(input)) return false;
     PlanarInput in = input;
-    splitCrossings(in);
+    const double tolerance = kOnEdgeTolerance * extentOf(in.positions);
+    const bool hullDomain = in.domainLoops.empty();
+    if (hullDomain) in.domainLoops.assign(1, convexHull(in.positions, tolerance));
+    splitConstraints(in, tolerance);
     const std::vector<core::vec2> positions = quantized(in.positions);
+
     Cdt cdt;
     std::vector<Vertex> handles;
     handles.reserve(positions.size());
@@ -270,17 +269,16 @@ bool triangulatePlanar(const PlanarInput& input, PlanarMesh& mesh)
             insertConstraint(cdt, handles[loop[k]], handles[loop[(k + 1) % loop.size()]]);
     if (cdt.dimension() < 2) return false;
 
-    if (in.domainLoops.empty()) {
-        markConvexHull(cdt);
-    } else {
-        markLoopDomain(cdt, positions, in.domainLoops);
-        for (const Vertex v : handles)
-            if (!touchesDomain(cdt, v)) {
-                markConvexHull(cdt);
-                mesh.convexHullDomain = true;
-                break;
-            }
-    }
+    markLoopDomain(cdt, positions, in.domainLoops);
+    const size_t inputPoints = input.positions.size();
+    for (size_t i = 0; !hullDomain && i < inputPoints; ++i)
+        if (!touchesDomain(cdt, handles[i])) {
+            PlanarInput hull = input;
+            hull.domainLoops.clear();
+            const bool made = triangulatePlanar(hull, mesh);
+            mesh.convexHullDomain = true;
+            return made;
+        }
     fillCrossingHeights(cdt);
     if (in.maxEdgeLength > 0.0) refine(cdt, in);
     collectMesh(cdt, mesh);

@@ -1,6 +1,7 @@
 #include "surface/segmentcrossings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <utility>
 
@@ -13,6 +14,19 @@ using Edge = std::pair<int, int>;  // point indices, smaller first
 Edge undirected(int a, int b) { return a < b ? Edge(a, b) : Edge(b, a); }
 
 double cross(const core::vec2& a, const core::vec2& b) { return a.x * b.y - a.y * b.x; }
+
+// Parameter along pq of the foot of `x` when `x` lies within `tolerance` of the inside of
+// segment pq (not at its ends); -1 otherwise.
+double nearInside(const core::vec2& p, const core::vec2& q, const core::vec2& x, double tolerance)
+{
+    const core::vec2 d = q - p;
+    const double length2 = d.dot(d);
+    if (length2 == 0.0) return -1.0;
+    const double t = (x - p).dot(d) / length2;
+    const core::vec2 offset = x - (p + d * t);
+    const double margin = tolerance / std::sqrt(length2);  // ends excluded
+    return t > margin && t < 1.0 - margin && offset.dot(offset) <= tolerance * tolerance ? t : -1.0;
+}
 
 // Parameters (t along pq, u along rs) of a proper crossing of two segments; false when
 // they do not cross strictly inside both.
@@ -29,7 +43,7 @@ bool properCrossing(const core::vec2& p, const core::vec2& q, const core::vec2& 
 
 } // namespace
 
-void splitCrossings(PlanarInput& input)
+void splitConstraints(PlanarInput& input, double tolerance)
 {
     std::vector<Edge> edges;
     for (const auto& s : input.segments)
@@ -46,6 +60,7 @@ void splitCrossings(PlanarInput& input)
     auto high = [&](const Edge& e) { return std::max(pos[e.first].x, pos[e.second].x); };
     std::sort(edges.begin(), edges.end(), [&](const Edge& a, const Edge& b) { return low(a) < low(b); });
 
+    const int inputPoints = static_cast<int>(pos.size());  // before crossing points are added
     std::vector<std::vector<std::pair<double, int>>> splits(edges.size());  // (parameter, point)
     for (size_t i = 0; i < edges.size(); ++i)
         for (size_t j = i + 1; j < edges.size() && low(edges[j]) <= high(edges[i]); ++j) {
@@ -65,11 +80,29 @@ void splitCrossings(PlanarInput& input)
             splits[j].emplace_back(u, point);
         }
 
+    // Points lying on an edge's inside: the input points, swept along the first axis.
+    std::vector<int> byX(static_cast<size_t>(inputPoints));
+    for (int i = 0; i < inputPoints; ++i) byX[i] = i;
+    std::sort(byX.begin(), byX.end(), [&](int a, int b) { return pos[a].x < pos[b].x; });
+    for (size_t i = 0; i < edges.size(); ++i) {
+        const Edge& e = edges[i];
+        auto first = std::lower_bound(byX.begin(), byX.end(), low(e) - tolerance,
+                                      [&](int k, double x) { return pos[k].x < x; });
+        for (auto it = first; it != byX.end() && pos[*it].x <= high(e) + tolerance; ++it) {
+            if (*it == e.first || *it == e.second) continue;
+            const double t = nearInside(pos[e.first], pos[e.second], pos[*it], tolerance);
+            if (t > 0.0) splits[i].emplace_back(t, *it);
+        }
+    }
+
     // The chain of points replacing each split edge, from its smaller end to the larger.
     std::map<Edge, std::vector<int>> chains;
     for (size_t i = 0; i < edges.size(); ++i) {
         if (splits[i].empty()) continue;
         std::sort(splits[i].begin(), splits[i].end());
+        splits[i].erase(std::unique(splits[i].begin(), splits[i].end(),
+                                    [](const auto& a, const auto& b) { return a.second == b.second; }),
+                        splits[i].end());
         std::vector<int> chain{edges[i].first};
         for (const auto& split : splits[i]) chain.push_back(split.second);
         chain.push_back(edges[i].second);

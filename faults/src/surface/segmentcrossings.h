@@ -3,13 +3,14 @@
 
 namespace fault::surface {
 
-// Splits the segments and loop edges of `input` where they cross, so that afterwards two
-// of them meet at shared ends only: the mesh refinement cannot work with crossing
-// constraints. Each crossing adds one point, whose height is the mean of the heights
-// interpolated along the two edges; segments and loops are rewritten through the new
-// points (loops keep their direction). Edges that only touch or overlap are left as they
-// are. Edges are swept by their extent along the first axis, so sticks that run along
-// the second axis cost little.
-void splitCrossings(PlanarInput& input);
+// Splits the segments and loop edges of `input` where the mesh refinement could not
+// work with them: where two of them cross (a new point, whose height is the mean of the
+// heights interpolated along the two edges), and where a point of the input lies within
+// `tolerance` of an edge without being one of its ends (the edge then runs through the
+// point). Afterwards two edges meet at shared ends only and no point lies on an edge's
+// inside. Segments and loops are rewritten through the split points (loops keep their
+// direction). Edges are swept by their extent along the first axis, so sticks that run
+// along the second axis cost little.
+void splitConstraints(PlanarInput& input, double tolerance);
 
 } // namespace fault::surface

@@ -137,7 +137,7 @@ std::vector<std::vector<int>> envelopeStrips(const StickLayout& layout, const St
     return strips;
 }
 
-std::vector<int> convexHull(const std::vector<core::vec2>& points)
+std::vector<int> convexHull(const std::vector<core::vec2>& points, double keepWithin)
 {
     std::vector<int> order(points.size());
     std::iota(order.begin(), order.end(), 0);
@@ -148,17 +148,21 @@ std::vector<int> convexHull(const std::vector<core::vec2>& points)
                             [&](int a, int b) { return points[a] == points[b]; }),
                 order.end());
     if (order.size() < 3) return order;
-    // Andrew's monotone chain: lower hull, then upper hull.
+    // Andrew's monotone chain, lower hull then upper hull. The middle of three corners
+    // goes when it lies inside the line of the other two by more than `keepWithin` (by
+    // any amount, collinear included, when it is 0).
+    auto inside = [&](int a, int b, int c) {
+        const double turn = cross(points[a], points[b], points[c]);
+        return keepWithin > 0.0 ? turn < -keepWithin * (points[c] - points[a]).length() : turn <= 0.0;
+    };
     std::vector<int> hull(2 * order.size());
     size_t k = 0;
     for (size_t i = 0; i < order.size(); ++i) {
-        while (k >= 2 && cross(points[hull[k - 2]], points[hull[k - 1]], points[order[i]]) <= 0.0)
-            --k;
+        while (k >= 2 && inside(hull[k - 2], hull[k - 1], order[i])) --k;
         hull[k++] = order[i];
     }
     for (size_t i = order.size() - 1, lower = k + 1; i-- > 0;) {
-        while (k >= lower && cross(points[hull[k - 2]], points[hull[k - 1]], points[order[i]]) <= 0.0)
-            --k;
+        while (k >= lower && inside(hull[k - 2], hull[k - 1], order[i])) --k;
         hull[k++] = order[i];
     }
     hull.resize(k - 1);

@@ -55,8 +55,10 @@ std::vector<std::vector<int>> envelopeStrips(const StickLayout& layout, const St
 
 // Indices of the corners of the convex hull of `points`, counter-clockwise (positive
 // cross product), without collinear corners. Fewer than three corners when the points
-// span no area.
-std::vector<int> convexHull(const std::vector<core::vec2>& points);
+// span no area. With `keepWithin` > 0, a point lying within that distance inside the
+// hull's outline stays a corner: the outline then runs through every point near it, at
+// the price of corners a little reflex.
+std::vector<int> convexHull(const std::vector<core::vec2>& points, double keepWithin = 0.0);
 
 // The sticks widened by `distance` (world units): every stick of two points or more is
 // lengthened at both ends along its end segments, and the two outermost main sticks are
