@@ -108,32 +108,84 @@ core::vec2 nearestInTriangle(const core::vec2& p, const core::vec2& a, const cor
     return nearest;
 }
 
-// The height of the interpolation at its point nearest to `p`: its own height inside the
-// hull, the height of the nearest hull point outside.
-double heightNear(const PlanarMesh& interpolation, const core::vec2& p)
-{
-    double best = INFINITY, height = 0.0;
-    for (const auto& t : interpolation.triangles) {
-        const core::vec2& p0 = interpolation.positions[t[0]];
-        const core::vec2& p1 = interpolation.positions[t[1]];
-        const core::vec2& p2 = interpolation.positions[t[2]];
+// The heights of the interpolation anywhere near its hull, its triangles bucketed by the
+// grid cells their boxes overlap.
+class NearestHeight {
+public:
+    NearestHeight(const PlanarMesh& interpolation, const Grid& grid)
+        : m_mesh(interpolation), m_grid(grid), m_buckets(static_cast<size_t>(grid.na) * grid.nb)
+    {
+        for (int t = 0; t < static_cast<int>(interpolation.triangles.size()); ++t) {
+            core::vec2 low = corner(t, 0), high = low;
+            for (int k = 1; k < 3; ++k) {
+                low = {std::min(low.x, corner(t, k).x), std::min(low.y, corner(t, k).y)};
+                high = {std::max(high.x, corner(t, k).x), std::max(high.y, corner(t, k).y)};
+            }
+            for (int j = cellRow(low.y); j <= cellRow(high.y); ++j)
+                for (int i = cellColumn(low.x); i <= cellColumn(high.x); ++i)
+                    m_buckets[static_cast<size_t>(i) + static_cast<size_t>(grid.na) * j].push_back(t);
+        }
+    }
+
+    // The height at the point of the interpolation nearest to `p`: its own height inside
+    // the hull, that of the nearest hull point outside. Looks in the cell of `p` (which
+    // holds the triangle that contains it), then in the cells within a reach of
+    // kSearchCells cells, then everywhere.
+    double at(const core::vec2& p) const
+    {
+        double best = INFINITY, height = 0.0;
+        for (int t : m_buckets[static_cast<size_t>(cellColumn(p.x)) + static_cast<size_t>(m_grid.na) * cellRow(p.y)])
+            consider(t, p, best, height);
+        const double onOutline = kOnOutline * std::min(m_grid.stepA, m_grid.stepB);
+        if (best <= onOutline * onOutline) return height;  // inside, or on the outline
+        const double reachA = kSearchCells * m_grid.stepA, reachB = kSearchCells * m_grid.stepB;
+        for (int j = cellRow(p.y - reachB); j <= cellRow(p.y + reachB); ++j)
+            for (int i = cellColumn(p.x - reachA); i <= cellColumn(p.x + reachA); ++i)
+                for (int t : m_buckets[static_cast<size_t>(i) + static_cast<size_t>(m_grid.na) * j])
+                    consider(t, p, best, height);
+        if (best == INFINITY)
+            for (int t = 0; t < static_cast<int>(m_mesh.triangles.size()); ++t) consider(t, p, best, height);
+        return height;
+    }
+
+private:
+    static constexpr double kSearchCells = 1.5;
+    static constexpr double kOnOutline = 1e-9;  // of a grid step: rounding off the outline
+
+    const core::vec2& corner(int t, int k) const { return m_mesh.positions[m_mesh.triangles[t][k]]; }
+    int cellColumn(double a) const
+    {
+        return std::clamp(static_cast<int>(std::floor((a - m_grid.a0) / m_grid.stepA)), 0, m_grid.na - 1);
+    }
+    int cellRow(double b) const
+    {
+        return std::clamp(static_cast<int>(std::floor((b - m_grid.b0) / m_grid.stepB)), 0, m_grid.nb - 1);
+    }
+
+    void consider(int t, const core::vec2& p, double& best, double& height) const
+    {
+        const core::vec2 &p0 = corner(t, 0), &p1 = corner(t, 1), &p2 = corner(t, 2);
         const double area = cross(p0, p1, p2);
+        if (area == 0.0) return;
         const core::vec2 q = nearestInTriangle(p, p0, p1, p2);
         const double d = (p - q).dot(p - q);
-        if (area == 0.0 || d >= best) continue;
-        best = d;
+        if (d >= best) return;
+        best = d;  // 0 inside the triangle
         const double w0 = std::clamp(cross(q, p1, p2) / area, 0.0, 1.0);  // barycentric
         const double w1 = std::clamp(cross(p0, q, p2) / area, 0.0, 1.0 - w0);
-        height = w0 * interpolation.heights[t[0]] + w1 * interpolation.heights[t[1]] +
-                 (1.0 - w0 - w1) * interpolation.heights[t[2]];
-        if (d == 0.0) break;
+        const auto& tri = m_mesh.triangles[t];
+        height = w0 * m_mesh.heights[tri[0]] + w1 * m_mesh.heights[tri[1]] +
+                 (1.0 - w0 - w1) * m_mesh.heights[tri[2]];
     }
-    return height;
-}
+
+    const PlanarMesh& m_mesh;
+    const Grid& m_grid;
+    std::vector<std::vector<int>> m_buckets;  // triangles per cell, row by row
+};
 
 // Needed nodes that no triangle holds (just outside the hull) take the height of the
 // nearest hull point.
-void extrapolateNearest(const PlanarMesh& interpolation, const Grid& grid,
+void extrapolateNearest(const NearestHeight& nearest, const Grid& grid,
                         const std::vector<char>& needed, std::vector<double>& heights,
                         std::vector<char>& known)
 {
@@ -141,7 +193,7 @@ void extrapolateNearest(const PlanarMesh& interpolation, const Grid& grid,
         for (int i = 0; i <= grid.na; ++i) {
             const int n = grid.node(i, j);
             if (!needed[n] || known[n]) continue;
-            heights[n] = heightNear(interpolation, grid.position(i, j));
+            heights[n] = nearest.at(grid.position(i, j));
             known[n] = 1;
         }
 }
@@ -175,7 +227,7 @@ void smoothAlong(const Grid& grid, const std::vector<char>& needed, int half, bo
 class GridTriangulator {
 public:
     GridTriangulator(const Grid& grid, const std::vector<double>& heights,
-                     const PlanarMesh& interpolation, PlanarMesh& out)
+                     const NearestHeight& interpolation, PlanarMesh& out)
         : m_grid(grid), m_heights(heights), m_interpolation(interpolation), m_out(out),
           m_nodeIndex(grid.nodeCount(), -1)
     {
@@ -218,7 +270,7 @@ private:
                                                   std::llround(p.y / m_weld));
         const auto found = m_welded.find(key);
         if (found != m_welded.end()) return found->second;
-        const int index = addPoint(p, heightNear(m_interpolation, p));
+        const int index = addPoint(p, m_interpolation.at(p));
         m_welded.emplace(key, index);
         return index;
     }
@@ -232,7 +284,7 @@ private:
 
     const Grid& m_grid;
     const std::vector<double>& m_heights;
-    const PlanarMesh& m_interpolation;
+    const NearestHeight& m_interpolation;
     PlanarMesh& m_out;
     std::vector<int> m_nodeIndex;  // output index of each node, -1 until used
     std::map<std::pair<long long, long long>, int> m_welded;
@@ -310,14 +362,15 @@ bool griddedSurface(const PlanarMesh& interpolation, const std::vector<core::vec
     std::vector<double> heights(grid.nodeCount(), 0.0);
     std::vector<char> known(grid.nodeCount(), 0);
     sampleTriangles(interpolation, grid, heights, known);
-    extrapolateNearest(interpolation, grid, needed, heights, known);
+    const NearestHeight nearest(interpolation, grid);
+    extrapolateNearest(nearest, grid, needed, heights, known);
     const int half = oddFilterLength(settings.filterLength) / 2;
     if (half > 0) {
         smoothAlong(grid, needed, half, true, heights);
         smoothAlong(grid, needed, half, false, heights);
     }
 
-    GridTriangulator triangulator(grid, heights, interpolation, surface);
+    GridTriangulator triangulator(grid, heights, nearest, surface);
     for (const auto& [node, part] : cells) {
         const int i = node % grid.width(), j = node / grid.width();
         if (part.empty())

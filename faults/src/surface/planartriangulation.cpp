@@ -7,13 +7,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <unordered_set>
 
 #include <CGAL/Constrained_Delaunay_triangulation_2.h>
 #include <CGAL/Delaunay_mesh_face_base_2.h>
 #include <CGAL/Delaunay_mesh_size_criteria_2.h>
 #include <CGAL/Delaunay_mesher_2.h>
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
+#include <CGAL/Triangulation_face_base_with_info_2.h>
 #include <CGAL/Triangulation_vertex_base_with_info_2.h>
 
 namespace fault::surface {
@@ -28,8 +28,15 @@ struct VertexData {
     int index = -1;      // in the output, once used
 };
 
+struct FaceData {
+    bool visited = false;  // by the domain marking
+};
+
 using VertexBase = CGAL::Triangulation_vertex_base_with_info_2<VertexData, Kernel>;
-using FaceBase = CGAL::Delaunay_mesh_face_base_2<Kernel>;
+using FaceBase = CGAL::Delaunay_mesh_face_base_2<
+    Kernel, CGAL::Constrained_Delaunay_triangulation_face_base_2<
+                Kernel, CGAL::Constrained_triangulation_face_base_2<
+                            Kernel, CGAL::Triangulation_face_base_with_info_2<FaceData, Kernel>>>>;
 using Tds = CGAL::Triangulation_data_structure_2<VertexBase, FaceBase>;
 // Exact predicates with inexact constructions: segments may cross.
 using Cdt = CGAL::Constrained_Delaunay_triangulation_2<Kernel, Tds, CGAL::Exact_predicates_tag>;
@@ -49,8 +56,15 @@ constexpr int kQuantumDigits = 40;
 // Points closer than this to a constraint's inside, relative to the extent, are made
 // points of it: nearly degenerate corners would stall the refinement.
 constexpr double kOnEdgeTolerance = 1e-9;
+// The seeding lattice: its side relative to the edge bound, the height of its rows
+// relative to its side, and the clearance it keeps from vertices and constraints
+// relative to its side.
+constexpr double kLatticeSpacing = 0.85;
+constexpr double kLatticeRowRatio = 0.86602540378443865;  // sqrt(3) / 2: equilateral
+constexpr double kSeedClearance = 0.25;
+constexpr size_t kSeedSearchFaces = 64;  // beyond this, a seed is dropped
 
-// `positions` rounded to multiples of a power of two kQuantumDigits below their extent.
+// Largest coordinate magnitude of the positions.
 double extentOf(const std::vector<core::vec2>& positions)
 {
     double extent = 0.0;
@@ -58,6 +72,7 @@ double extentOf(const std::vector<core::vec2>& positions)
     return extent;
 }
 
+// `positions` rounded to multiples of a power of two kQuantumDigits below their extent.
 std::vector<core::vec2> quantized(const std::vector<core::vec2>& positions)
 {
     const double extent = extentOf(positions);
@@ -116,21 +131,26 @@ void insertConstraint(Cdt& cdt, Vertex a, Vertex b)
 void markLoopDomain(Cdt& cdt, const std::vector<core::vec2>& positions,
                     const std::vector<std::vector<int>>& loops)
 {
-    for (auto f = cdt.all_faces_begin(); f != cdt.all_faces_end(); ++f) f->set_in_domain(false);
-    std::unordered_set<Face, CGAL::Handle_hash_function> visited;
+    for (auto f = cdt.all_faces_begin(); f != cdt.all_faces_end(); ++f) {
+        f->set_in_domain(false);
+        f->info().visited = false;
+    }
     std::vector<Face> region;
     for (auto seed = cdt.finite_faces_begin(); seed != cdt.finite_faces_end(); ++seed) {
-        if (!visited.insert(seed).second) continue;
+        if (seed->info().visited) continue;
+        seed->info().visited = true;
         region.assign(1, seed);
         bool open = false;  // reaches the hull through an unconstrained edge
         for (size_t k = 0; k < region.size(); ++k)
             for (int i = 0; i < 3; ++i) {
                 const Face next = region[k]->neighbor(i);
                 if (region[k]->is_constrained(i)) continue;
-                if (cdt.is_infinite(next))
+                if (cdt.is_infinite(next)) {
                     open = true;
-                else if (visited.insert(next).second)
+                } else if (!next->info().visited) {
+                    next->info().visited = true;
                     region.push_back(next);
+                }
             }
         const Point centre = CGAL::centroid(cdt.triangle(seed));
         bool inside = false;
@@ -176,14 +196,9 @@ void fillCrossingHeights(Cdt& cdt)
     }
 }
 
-// The height at `p` interpolated linearly on the face of `base` that holds it.
-double interpolatedHeight(const Cdt& base, const Point& p, Face& hint)
+// The height at `p` interpolated linearly on the finite face `f`.
+double heightIn(Face f, const Point& p)
 {
-    Face f = base.locate(p, hint);
-    if (f == Face()) return 0.0;
-    if (base.is_infinite(f)) f = f->neighbor(f->index(base.infinite_vertex()));
-    if (base.is_infinite(f)) return 0.0;
-    hint = f;
     const Point& a = f->vertex(0)->point();
     const Point& b = f->vertex(1)->point();
     const Point& c = f->vertex(2)->point();
@@ -196,6 +211,17 @@ double interpolatedHeight(const Cdt& base, const Point& p, Face& hint)
            wc * f->vertex(2)->info().height;
 }
 
+// The height at `p` interpolated linearly on the face of `base` that holds it.
+double interpolatedHeight(const Cdt& base, const Point& p, Face& hint)
+{
+    Face f = base.locate(p, hint);
+    if (f == Face()) return 0.0;
+    if (base.is_infinite(f)) f = f->neighbor(f->index(base.infinite_vertex()));
+    if (base.is_infinite(f)) return 0.0;
+    hint = f;
+    return heightIn(f, p);
+}
+
 double domainArea(const Cdt& cdt)
 {
     double area = 0.0;
@@ -204,7 +230,57 @@ double domainArea(const Cdt& cdt)
     return area;
 }
 
-void refine(Cdt& cdt, const PlanarInput& in)
+// True when no vertex and no constrained edge lies within `clearance` of `p`, which lies
+// in face `start`: the faces around `p` are visited across the unconstrained edges near it.
+bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clearance)
+{
+    const double limit = clearance * clearance;
+    std::vector<Face> faces{start};
+    for (size_t k = 0; k < faces.size(); ++k) {
+        if (faces.size() > kSeedSearchFaces) return false;
+        const Face f = faces[k];
+        for (int i = 0; i < 3; ++i) {
+            if (CGAL::squared_distance(p, f->vertex(i)->point()) < limit) return false;
+            const Cdt::Segment edge(f->vertex(cdt.cw(i))->point(), f->vertex(cdt.ccw(i))->point());
+            if (CGAL::squared_distance(p, edge) >= limit) continue;
+            if (f->is_constrained(i)) return false;
+            const Face next = f->neighbor(i);
+            if (!cdt.is_infinite(next) && std::find(faces.begin(), faces.end(), next) == faces.end())
+                faces.push_back(next);
+        }
+    }
+    return true;
+}
+
+// Points of a triangular lattice of side `spacing` that lie in the domain, clear of the
+// vertices and constraints, with their heights: they give the refinement most of its
+// points at once, in an even pattern, so that it only has to finish the mesh near the
+// constraints.
+std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacing)
+{
+    std::vector<std::pair<Point, double>> seeds;
+    CGAL::Bbox_2 box;
+    for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) box += v->point().bbox();
+    const double rowStep = spacing * kLatticeRowRatio;
+    Face hint;
+    for (int row = 0; box.ymin() + row * rowStep <= box.ymax(); ++row) {
+        const double y = box.ymin() + row * rowStep;
+        for (double x = box.xmin() + (row % 2) * 0.5 * spacing; x <= box.xmax(); x += spacing) {
+            const Point p(x, y);
+            const Face f = cdt.locate(p, hint);
+            if (f == Face() || cdt.is_infinite(f)) continue;
+            hint = f;
+            if (f->is_in_domain() && clearOfConstraints(cdt, f, p, kSeedClearance * spacing))
+                seeds.emplace_back(p, heightIn(f, p));
+        }
+    }
+    return seeds;
+}
+
+// Refines the domain so that no edge is longer than the bound (raised to fit the
+// triangle budget), seeding it with a lattice first; added points take their heights from
+// the triangulation of the input points.
+void refine(Cdt& cdt, const PlanarInput& in, const std::vector<core::vec2>& positions)
 {
     const double area = domainArea(cdt);
     double bound = in.maxEdgeLength;
@@ -212,11 +288,18 @@ void refine(Cdt& cdt, const PlanarInput& in)
     if (expected > in.maxTriangles)
         bound = std::sqrt(kRefinementDensity * area / (kEquilateralArea * in.maxTriangles));
     const Cdt base(cdt);  // the triangulation of the input points, for the heights
-    CGAL::refine_Delaunay_mesh_2(cdt, Criteria(PlanarInput::kSizeOnlyAngleBound, bound), true);
     Face hint;
+    for (const auto& [p, height] : latticeSeeds(cdt, kLatticeSpacing * bound)) {
+        const Vertex v = cdt.insert(p, hint);  // row by row: each next to the last
+        v->info() = VertexData{height, true, -1};
+        hint = v->face();
+    }
+    markLoopDomain(cdt, positions, in.domainLoops);  // faces made by the seeds are unmarked
+    CGAL::refine_Delaunay_mesh_2(cdt, Criteria(PlanarInput::kAngleBound, bound), true);
+    Face baseHint;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) {
         if (v->info().known) continue;
-        v->info().height = interpolatedHeight(base, v->point(), hint);
+        v->info().height = interpolatedHeight(base, v->point(), baseHint);
         v->info().known = true;
     }
 }
@@ -251,6 +334,7 @@ bool triangulatePlanar(const PlanarInput& input, PlanarMesh& mesh)
     const bool hullDomain = in.domainLoops.empty();
     if (hullDomain) in.domainLoops.assign(1, convexHull(in.positions, tolerance));
     splitConstraints(in, tolerance);
+    subdivideConstraints(in, kLatticeSpacing * in.maxEdgeLength);  // spares the refinement
     const std::vector<core::vec2> positions = quantized(in.positions);
 
     Cdt cdt;
@@ -280,7 +364,7 @@ bool triangulatePlanar(const PlanarInput& input, PlanarMesh& mesh)
             return made;
         }
     fillCrossingHeights(cdt);
-    if (in.maxEdgeLength > 0.0) refine(cdt, in);
+    if (in.maxEdgeLength > 0.0) refine(cdt, in, positions);
     collectMesh(cdt, mesh);
     return !mesh.triangles.empty();
 }

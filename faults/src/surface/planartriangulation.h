@@ -9,7 +9,9 @@
 namespace fault::surface {
 
 struct PlanarInput {
-    static constexpr double kSizeOnlyAngleBound = 0.125;  // CGAL's bound: 20.6 degrees
+    // CGAL's shape bound of the refinement: no angle below 20.6 degrees away from the
+    // input's own small angles.
+    static constexpr double kAngleBound = 0.125;
     static constexpr int kDefaultMaxTriangles = 2000000;
 
     std::vector<core::vec2> positions;            // points of the plane

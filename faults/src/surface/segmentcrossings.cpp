@@ -13,6 +13,8 @@ using Edge = std::pair<int, int>;  // point indices, smaller first
 
 Edge undirected(int a, int b) { return a < b ? Edge(a, b) : Edge(b, a); }
 
+constexpr double kMaxPieces = 1e6;  // an edge is not cut in more pieces than this
+
 double cross(const core::vec2& a, const core::vec2& b) { return a.x * b.y - a.y * b.x; }
 
 // Parameter along pq of the foot of `x` when `x` lies within `tolerance` of the inside of
@@ -41,9 +43,9 @@ bool properCrossing(const core::vec2& p, const core::vec2& q, const core::vec2& 
     return t > 0.0 && t < 1.0 && u > 0.0 && u < 1.0;
 }
 
-} // namespace
 
-void splitConstraints(PlanarInput& input, double tolerance)
+// Every segment and loop edge once.
+std::vector<Edge> constraintEdges(const PlanarInput& input)
 {
     std::vector<Edge> edges;
     for (const auto& s : input.segments)
@@ -54,47 +56,14 @@ void splitConstraints(PlanarInput& input, double tolerance)
                 edges.push_back(undirected(loop[k], loop[(k + 1) % loop.size()]));
     std::sort(edges.begin(), edges.end());
     edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+    return edges;
+}
 
-    const auto& pos = input.positions;
-    auto low = [&](const Edge& e) { return std::min(pos[e.first].x, pos[e.second].x); };
-    auto high = [&](const Edge& e) { return std::max(pos[e.first].x, pos[e.second].x); };
-    std::sort(edges.begin(), edges.end(), [&](const Edge& a, const Edge& b) { return low(a) < low(b); });
-
-    const int inputPoints = static_cast<int>(pos.size());  // before crossing points are added
-    std::vector<std::vector<std::pair<double, int>>> splits(edges.size());  // (parameter, point)
-    for (size_t i = 0; i < edges.size(); ++i)
-        for (size_t j = i + 1; j < edges.size() && low(edges[j]) <= high(edges[i]); ++j) {
-            const Edge& a = edges[i];
-            const Edge& b = edges[j];
-            if (a.first == b.first || a.first == b.second || a.second == b.first || a.second == b.second)
-                continue;
-            double t = 0.0, u = 0.0;
-            if (!properCrossing(pos[a.first], pos[a.second], pos[b.first], pos[b.second], t, u))
-                continue;
-            const double ha = input.heights[a.first] + t * (input.heights[a.second] - input.heights[a.first]);
-            const double hb = input.heights[b.first] + u * (input.heights[b.second] - input.heights[b.first]);
-            const int point = static_cast<int>(input.positions.size());
-            input.positions.push_back(pos[a.first] + (pos[a.second] - pos[a.first]) * t);
-            input.heights.push_back(0.5 * (ha + hb));
-            splits[i].emplace_back(t, point);
-            splits[j].emplace_back(u, point);
-        }
-
-    // Points lying on an edge's inside: the input points, swept along the first axis.
-    std::vector<int> byX(static_cast<size_t>(inputPoints));
-    for (int i = 0; i < inputPoints; ++i) byX[i] = i;
-    std::sort(byX.begin(), byX.end(), [&](int a, int b) { return pos[a].x < pos[b].x; });
-    for (size_t i = 0; i < edges.size(); ++i) {
-        const Edge& e = edges[i];
-        auto first = std::lower_bound(byX.begin(), byX.end(), low(e) - tolerance,
-                                      [&](int k, double x) { return pos[k].x < x; });
-        for (auto it = first; it != byX.end() && pos[*it].x <= high(e) + tolerance; ++it) {
-            if (*it == e.first || *it == e.second) continue;
-            const double t = nearInside(pos[e.first], pos[e.second], pos[*it], tolerance);
-            if (t > 0.0) splits[i].emplace_back(t, *it);
-        }
-    }
-
+// Rewrites the segments and loops of `input` through the points that split `edges`:
+// `splits[i]` holds (parameter along edges[i] from its first point, point index).
+void rewriteThroughSplits(PlanarInput& input, const std::vector<Edge>& edges,
+                          std::vector<std::vector<std::pair<double, int>>>& splits)
+{
     // The chain of points replacing each split edge, from its smaller end to the larger.
     std::map<Edge, std::vector<int>> chains;
     for (size_t i = 0; i < edges.size(); ++i) {
@@ -138,6 +107,73 @@ void splitConstraints(PlanarInput& input, double tolerance)
         }
         loop = std::move(rewritten);
     }
+}
+
+} // namespace
+
+void splitConstraints(PlanarInput& input, double tolerance)
+{
+    std::vector<Edge> edges = constraintEdges(input);
+
+    const auto& pos = input.positions;
+    auto low = [&](const Edge& e) { return std::min(pos[e.first].x, pos[e.second].x); };
+    auto high = [&](const Edge& e) { return std::max(pos[e.first].x, pos[e.second].x); };
+    std::sort(edges.begin(), edges.end(), [&](const Edge& a, const Edge& b) { return low(a) < low(b); });
+
+    const int inputPoints = static_cast<int>(pos.size());  // before crossing points are added
+    std::vector<std::vector<std::pair<double, int>>> splits(edges.size());  // (parameter, point)
+    for (size_t i = 0; i < edges.size(); ++i)
+        for (size_t j = i + 1; j < edges.size() && low(edges[j]) <= high(edges[i]); ++j) {
+            const Edge& a = edges[i];
+            const Edge& b = edges[j];
+            if (a.first == b.first || a.first == b.second || a.second == b.first || a.second == b.second)
+                continue;
+            double t = 0.0, u = 0.0;
+            if (!properCrossing(pos[a.first], pos[a.second], pos[b.first], pos[b.second], t, u))
+                continue;
+            const double ha = input.heights[a.first] + t * (input.heights[a.second] - input.heights[a.first]);
+            const double hb = input.heights[b.first] + u * (input.heights[b.second] - input.heights[b.first]);
+            const int point = static_cast<int>(input.positions.size());
+            input.positions.push_back(pos[a.first] + (pos[a.second] - pos[a.first]) * t);
+            input.heights.push_back(0.5 * (ha + hb));
+            splits[i].emplace_back(t, point);
+            splits[j].emplace_back(u, point);
+        }
+
+    // Points lying on an edge's inside: the input points, swept along the first axis.
+    std::vector<int> byX(static_cast<size_t>(inputPoints));
+    for (int i = 0; i < inputPoints; ++i) byX[i] = i;
+    std::sort(byX.begin(), byX.end(), [&](int a, int b) { return pos[a].x < pos[b].x; });
+    for (size_t i = 0; i < edges.size(); ++i) {
+        const Edge& e = edges[i];
+        auto first = std::lower_bound(byX.begin(), byX.end(), low(e) - tolerance,
+                                      [&](int k, double x) { return pos[k].x < x; });
+        for (auto it = first; it != byX.end() && pos[*it].x <= high(e) + tolerance; ++it) {
+            if (*it == e.first || *it == e.second) continue;
+            const double t = nearInside(pos[e.first], pos[e.second], pos[*it], tolerance);
+            if (t > 0.0) splits[i].emplace_back(t, *it);
+        }
+    }
+
+    rewriteThroughSplits(input, edges, splits);
+}
+
+void subdivideConstraints(PlanarInput& input, double maxLength)
+{
+    if (!(maxLength > 0.0)) return;
+    const std::vector<Edge> edges = constraintEdges(input);
+    std::vector<std::vector<std::pair<double, int>>> splits(edges.size());
+    for (size_t i = 0; i < edges.size(); ++i) {
+        const auto [a, b] = edges[i];
+        const double pieces = std::ceil((input.positions[b] - input.positions[a]).length() / maxLength);
+        for (int k = 1; k < pieces && pieces <= kMaxPieces; ++k) {
+            const double t = k / pieces;
+            splits[i].emplace_back(t, static_cast<int>(input.positions.size()));
+            input.positions.push_back(input.positions[a] + (input.positions[b] - input.positions[a]) * t);
+            input.heights.push_back(input.heights[a] + (input.heights[b] - input.heights[a]) * t);
+        }
+    }
+    rewriteThroughSplits(input, edges, splits);
 }
 
 } // namespace fault::surface

@@ -13,4 +13,10 @@ namespace fault::surface {
 // along the second axis cost little.
 void splitConstraints(PlanarInput& input, double tolerance);
 
+// Cuts every segment and loop edge longer than `maxLength` into equal pieces no longer
+// than it; the new points take heights interpolated along the edge. Nothing for a
+// length that is not positive, nor for an edge that would need more than a million
+// pieces.
+void subdivideConstraints(PlanarInput& input, double maxLength);
+
 } // namespace fault::surface
