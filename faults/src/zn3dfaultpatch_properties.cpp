@@ -77,22 +77,6 @@ int transparencyPercent(float opacity) { return static_cast<int>(std::lround((1.
 
 QString fixed(double value, int decimals) { return QString::number(value, 'f', decimals); }
 
-void setRange(ZNProperty& row, int minimum, int maximum, int step)
-{
-    row.setAttribute(ZNProperty::minimum(), minimum);
-    row.setAttribute(ZNProperty::maximum(), maximum);
-    row.setAttribute(ZNProperty::singleStep(), step);
-}
-
-// An integer of first..last; false when `value` is not one.
-bool intIn(const QVariant& value, int first, int last, int& out)
-{
-    bool ok = false;
-    const int v = value.toInt(&ok);
-    if (!ok || v < first || v > last) return false;
-    out = v;
-    return true;
-}
 
 } // namespace
 
@@ -132,7 +116,7 @@ void ZN3DFaultPatch::createGlobalProperty(ZNPropertySheet& sheet) const
         if (r.fullStyleOnly && m_baseStyle) continue;
         const QString id = QString::fromLatin1(r.id);
         ZNProperty& row = sheet.addProperty(kGridding, id, id, ZNProperty::Int, (this->*r.get)());
-        setRange(row, r.minimum, r.maximum, r.step);
+        row.setRange(r.minimum, r.maximum, r.step);
         row.enabled = !r.needsMethod || getMeshingMethod() != ConvexEnvelop;
     }
     for (const BoolRow& r : kBoolRows) {
@@ -145,7 +129,7 @@ void ZN3DFaultPatch::createGlobalProperty(ZNPropertySheet& sheet) const
     }
     ZNProperty& transparency = sheet.addProperty(kGridding, kTransparency, kTransparency, ZNProperty::Int,
                                                  transparencyPercent(getStoredOpacity()));
-    setRange(transparency, 0, kPercent, kTransparencyStep);
+    transparency.setRange(0, kPercent, kTransparencyStep);
 }
 
 bool ZN3DFaultPatch::updateProperty(const QString& id, const QVariant& value)
@@ -176,7 +160,8 @@ int ZN3DFaultPatch::updateProperty(const QString& id, const QVariant& value, ZNP
             result = PropertyStored;
         }
     } else if (id == kMethod) {
-        if (intIn(value, ConvexEnvelop, kLastMethod, v) && v != getMeshingMethod()) {
+        if (ZNProperty::intValueIn(value, ConvexEnvelop, kLastMethod, v) &&
+            v != getMeshingMethod()) {
             setMeshingMethod(v);
             for (const IntRow& r : kIntRows)
                 if (sheet && r.needsMethod)
@@ -186,13 +171,14 @@ int ZN3DFaultPatch::updateProperty(const QString& id, const QVariant& value, ZNP
             result = PropertyStored;
         }
     } else if (id == kTransparency) {
-        if (intIn(value, 0, kPercent, v) && v != transparencyPercent(getStoredOpacity())) {
+        if (ZNProperty::intValueIn(value, 0, kPercent, v) &&
+            v != transparencyPercent(getStoredOpacity())) {
             setTransparency(1.0f - static_cast<float>(v) / kPercent);
             result = PropertyStored;
         }
     } else {
         for (const IntRow& r : kIntRows)
-            if (id == QLatin1String(r.id) && intIn(value, r.minimum, r.maximum, v) &&
+            if (id == QLatin1String(r.id) && ZNProperty::intValueIn(value, r.minimum, r.maximum, v) &&
                 v != (this->*r.get)()) {
                 (this->*r.set)(v);
                 action = r.action;

@@ -29,19 +29,24 @@ std::unique_ptr<ZNFaultPatchManager> twoFaults()
     return std::make_unique<ZNFaultPatchManager>(rows);
 }
 
-struct Meshed {
-    QList<ZN3DFaultPatch*> patches;
-    ~Meshed() { qDeleteAll(patches); }
-};
-
-void meshAll(ZNFaultPatchManager& set, Meshed& out)
-{
-    for (const ZN3DFaultPatchLight* light : set.getFaultLightList()) {
-        ZN3DFaultPatch* patch = set.createPicked3DFaultPatch(light);
-        patch->updateMeshWithPickedPoint();
-        out.patches.append(patch);
+// A fault set of two meshed faults saved with its meshes.
+class FaultSetMeshFile : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        for (const ZN3DFaultPatchLight* light : set->getFaultLightList()) {
+            meshes.append(set->createPicked3DFaultPatch(light));
+            meshes.last()->updateMeshWithPickedPoint();
+        }
     }
-}
+    void TearDown() override { qDeleteAll(meshes); }
+    bool save() { return set->writePickedFault(path, false, &meshes, false); }
+
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("set.flt"));
+    std::unique_ptr<ZNFaultPatchManager> set = twoFaults();
+    QList<ZN3DFaultPatch*> meshes;
+};
 
 } // namespace
 
@@ -74,19 +79,13 @@ TEST(FaultSetSurfaces, CreatedPatchesCarryTheFaultAndStayAttachedWhileTheyLive)
     EXPECT_EQ(set->findFaultPatch(2), nullptr);
 }
 
-TEST(FaultSetSurfaces, MeshSectionRoundTripGivesNewPatchesTheSavedMeshes)
+TEST_F(FaultSetMeshFile, RoundTripGivesNewPatchesTheSavedMeshes)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("set.flt"));
-    auto set = twoFaults();
-    Meshed meshed;
-    meshAll(*set, meshed);
-    ASSERT_TRUE(set->writePickedFault(path, false, &meshed.patches, false));
-
+    ASSERT_TRUE(save());
     ZNFaultPatchManager read;
     ASSERT_TRUE(read.readPickedFault(path, false, -2));
     for (int f = 0; f < 2; ++f) {
-        const ZN3DFaultPatch& saved = *meshed.patches[f];
+        const ZN3DFaultPatch& saved = *meshes[f];
         const ZNFaultPatchManager::StoredMesh* mesh = read.getStoredMesh(saved.getFaultId());
         ASSERT_NE(mesh, nullptr);
         ASSERT_EQ(mesh->points.size(), saved.getNumberOfPoints());
@@ -99,43 +98,36 @@ TEST(FaultSetSurfaces, MeshSectionRoundTripGivesNewPatchesTheSavedMeshes)
     }
 }
 
-TEST(FaultSetSurfaces, NoMeshSectionWithoutOneMeshPerFault)
+TEST_F(FaultSetMeshFile, NoMeshSectionWithoutOneMeshPerFault)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("set.flt"));
-    auto set = twoFaults();
-    Meshed meshed;
-    meshAll(*set, meshed);
-    meshed.patches.removeLast();
-    ASSERT_TRUE(set->writePickedFault(path, false, &meshed.patches, false));
+    ZN3DFaultPatch* last = meshes.takeLast();
+    ASSERT_TRUE(save());
+    delete last;
     ZNFaultPatchManager read;
     ASSERT_TRUE(read.readPickedFault(path, false, -2));
     EXPECT_EQ(read.getStoredMesh(1), nullptr);
 }
 
-TEST(FaultSetSurfaces, CorruptMeshSectionFailsTheReadAndChangesNothing)
+TEST_F(FaultSetMeshFile, CorruptMeshSectionFailsTheReadAndChangesNothing)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("set.flt"));
-    auto set = twoFaults();
-    Meshed meshed;
-    meshAll(*set, meshed);
-    ASSERT_TRUE(set->writePickedFault(path, false, &meshed.patches, false));
+    ASSERT_TRUE(save());
     const QByteArray good = readFileBytes(path);
     QByteArray badIndex = good;
     badIndex.replace(badIndex.size() - 4, 4, QByteArray(4, '\xff'));  // last facette index
     QByteArray nanPoint = good;
-    const ZN3DFaultPatch& last = *meshed.patches.last();
+    const ZN3DFaultPatch& last = *meshes.last();
     const int firstPoint = good.size() - 12 * last.getNumberOfFacettes() - 24 * last.getNumberOfPoints();
     nanPoint.replace(firstPoint, 8, QByteArray("\x00\x00\x00\x00\x00\x00\xf8\x7f", 8));
     const QByteArray variants[] = {good.left(good.size() - 5), badIndex, nanPoint};
     for (const QByteArray& bytes : variants) {
         ASSERT_TRUE(writeFileBytes(path, bytes));
         RecordingEventBus bus;
-        auto read = twoFaults();
-        EXPECT_FALSE(read->readPickedFault(path, false, -2));
-        EXPECT_EQ(read->getStoredMesh(1), nullptr);
-        EXPECT_EQ(read->getNumberOfPickedPoint(1), set->getNumberOfPickedPoint(1));
+        ZNFaultPatchManager read;  // two patches, one point
+        read.addPickedPoint(1, core::PointWithBool(1, 2, 3));
+        EXPECT_FALSE(read.readPickedFault(path, false, -2));
+        EXPECT_EQ(read.getNumberOfPatch(), 2);
+        EXPECT_EQ(read.getNumberOfPickedPoint(1), 1);
+        EXPECT_TRUE(read.getFaultLightList().isEmpty());
     }
 }
 
