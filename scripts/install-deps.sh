@@ -7,6 +7,7 @@ set -euo pipefail
 packages=(
   build-essential cmake pkg-config
   qtbase5-dev libgdal-dev libproj-dev libeigen3-dev libcgal-dev
+  libgmp-dev libmpfr-dev   # exact arithmetic of CGAL's predicates
   libgtest-dev libgmock-dev libbenchmark-dev
   libsegyio-dev
   libcli11-dev        # the command line of kfaults

@@ -104,7 +104,8 @@ public:
     void setDrawPickingIntersection(bool v) { m_drawPickingIntersection = v; }
     bool getShowPreview() const { return m_showPreview; }
     void setShowPreview(bool v) { m_showPreview = v; }
-    // 0 opaque .. 1 fully transparent.
+    // The stored opacity of the fault's surface: 0 transparent .. 1 opaque (what the 3D
+    // fault patch restores before drawing and shows as "Transparency").
     float getTransparency() const { return m_transparency; }
     void setTransparency(float v) { m_transparency = v; }
     // An opaque value owned by whoever set it; 0 for none.

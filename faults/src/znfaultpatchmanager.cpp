@@ -100,6 +100,7 @@ void ZNFaultPatchManager::init(int numberOfPatch, bool resetDescriptors)
     m_historyLimit = kDefaultHistoryLimit;
     m_version = kLastVersion;
     m_withMesh = true;
+    m_storedMeshes.clear();
     for (auto& counters : m_autoSaveCounters) counters[0] = counters[1] = 0;
 
     if (resetDescriptors) {

@@ -1,11 +1,13 @@
 #pragma once
 #include <QList>
+#include <QMap>
 #include <QObject>
 #include <QPair>
 #include <QString>
 
 #include <vector>
 
+#include <3dobject/zn3dobjectrecords.h>
 #include <core/array.h>
 #include <core/heap.h>
 #include <core/multiarray.h>
@@ -62,7 +64,8 @@ template <class T> class ZN3DImage;
 // The implementation is split by concern: znfaultpatchmanager.cpp (model),
 // _faults.cpp (descriptors and conversion constructors), _picking.cpp, _resample.cpp,
 // _history.cpp, _file.cpp (the fault set file), _mesh.cpp (its mesh section),
-// _autosave.cpp (auto-save, extraction and concatenation).
+// _autosave.cpp (auto-save, extraction and concatenation), _surfaces.cpp (3D fault
+// patches).
 class ZNFaultPatchManager : public QObject, public ZNObject, public georef::CrsObjectAbstract {
     Q_OBJECT
 public:
@@ -295,6 +298,26 @@ public:
     // The first attached surface whose fault id is `faultId`; null when there is none.
     ZNFaultSurface* findFaultSurface(int faultId) const;
 
+    // ----- 3D fault patches (_surfaces.cpp) -----
+
+    // True for a patch 1..n-1 that holds at least one picked point (separators aside).
+    bool isPatchPicked(int id) const;
+    // The attached 3D fault patch of fault `faultId`; null when none is attached. Not
+    // owned by the fault set.
+    ZN3DFaultPatch* findFaultPatch(int faultId) const;
+    // A new 3D fault patch of the fault of `light`, owned by the caller and attached to
+    // the fault set (so that picking uses its mesh) until it is deleted: the fault set's
+    // block space, the units of the fault's patch, the descriptor's settings, the fault's
+    // picked points (all its patches, in linked-list order), the patch's 2D flag, the
+    // fault set's object name, and the fault's stored mesh when there is one. No mesh is
+    // computed. Null for a null descriptor or a fault
+    // id outside 1..n-1.
+    ZN3DFaultPatch* createPicked3DFaultPatch(const ZN3DFaultPatchLight* light);
+    // One 3D fault patch per descriptor, in descriptor order: the attached one, or one
+    // made by createPicked3DFaultPatch, which is also appended to `created`. The caller
+    // owns the patches made here; descriptors whose patch cannot be made are skipped.
+    QList<ZN3DFaultPatch*> getFaultPatchList(QList<ZN3DFaultPatch*>& created);
+
     // ----- picking and editing (_picking.cpp) -----
 
     // Appends `point` to the current picked fault's list (false when it is unset).
@@ -514,15 +537,27 @@ public:
     // set stays consistent (isValid).
     bool readPickedFaultData(ZNByteSource& file, qint64 offset, bool twoD, int progressParent);
 
-    // The mesh section of the data block (_mesh.cpp): the stream form of each fault's 3D
-    // patch, in descriptor order. writeMesh writes `meshes` (one per descriptor); readMesh
-    // reads the section at the source's position and returns false when it is corrupt.
-    // A file whose "withMesh" is 1 may end right after the picked points: readMesh is
-    // then not called. Until the 3D fault patch brings its stream form, writeMesh writes
-    // nothing and readMesh leaves the section unread (meshes are rebuilt from the
-    // picked points); both return true.
+    // The mesh section of the data block (_mesh.cpp): one record per descriptor, in
+    // descriptor order, each the point count and the facette count (int32), then x, y, z
+    // of every point (binary64) and three uint32 point indices per facette. writeMesh
+    // writes the mesh of each entry of `meshes` (a null entry as an empty mesh); readMesh
+    // reads the section at the source's position into the stored meshes and returns false
+    // (stored meshes unchanged) for counts the source cannot hold, a facette index beyond
+    // its points or a non-finite coordinate. A file whose "withMesh" is 1 may end right
+    // after the picked points: readMesh is then not called.
     bool writeMesh(QIODevice& file, const QList<ZN3DFaultPatch*>& meshes) const;
     bool readMesh(ZNByteSource& file);
+
+    // A fault's mesh as the mesh section of the last file read holds it (world
+    // coordinates).
+    struct StoredMesh {
+        core::Array<core::vec3> points;
+        core::Array<ZNFacette> facettes;
+    };
+    // The stored mesh of fault `faultId`; null when the last file read had none for it.
+    // Stored meshes are kept until the next read or init, and are not copied with the
+    // fault set; createPicked3DFaultPatch starts its patches from them.
+    const StoredMesh* getStoredMesh(int faultId) const;
 
     // True when every descriptor's name is acceptable as a file name (ZNFileName). The
     // first that is not stops the check with a warning box titled "Error": "Fault named "
@@ -797,6 +832,7 @@ private:
     QList<ZNFaultSurface*> m_faultSurfaces;               // attached, not owned
     int m_version = kLastVersion;                         // of the file last read
     bool m_withMesh = true;                               // meshes follow the points
+    QMap<int, StoredMesh> m_storedMeshes;                 // by fault id, from the last read
     int m_autoSaveCounters[2][2] = {};                    // [is 2D][is time]
 
     // ===== automatic fault sets (_labels.cpp, _merging.cpp, _similar.cpp) =====

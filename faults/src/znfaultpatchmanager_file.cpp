@@ -461,6 +461,7 @@ void ZNFaultPatchManager::takeModelFrom(ZNFaultPatchManager& other)
     m_picked = other.m_picked;
     m_version = other.m_version;
     m_withMesh = other.m_withMesh;
+    m_storedMeshes.swap(other.m_storedMeshes);
     m_patches.swap(other.m_patches);
     m_pickedPoints.swap(other.m_pickedPoints);
     m_patchVoxels.swap(other.m_patchVoxels);

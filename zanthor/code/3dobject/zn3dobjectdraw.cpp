@@ -51,16 +51,6 @@ QStringList numberNames(int last)
     for (int i = 0; i <= last; ++i) names << QString::number(i);
     return names;
 }
-
-// An integer property value in first..last; false when it is not one.
-bool intIn(const QVariant& value, int first, int last, int& out)
-{
-    bool ok = false;
-    const int v = value.toInt(&ok);
-    if (!ok || v < first || v > last) return false;
-    out = v;
-    return true;
-}
 } // namespace
 
 ZN3DObjectDraw::ZN3DObjectDraw(QObject* parent)
@@ -189,9 +179,7 @@ void ZN3DObjectDraw::createProperty(ZNPropertySheet& sheet) const
 
     ZNProperty& width = sheet.addProperty(kEdgeGroup, kWidthEdge, kWidthEdge, ZNProperty::Int, m_pen.width());
     width.editor = QStringLiteral("WidthSettings");
-    width.setAttribute(ZNProperty::minimum(), kMinimumEdgeWidth);
-    width.setAttribute(ZNProperty::maximum(), kMaximumEdgeWidth);
-    width.setAttribute(ZNProperty::singleStep(), kWidthStep);
+    width.setRange(kMinimumEdgeWidth, kMaximumEdgeWidth, kWidthStep);
 
     ZNProperty& fillStyle =
         sheet.addProperty(kFillGroup, kStyleFill, kStyleFill, ZNProperty::Enum, int(m_brush.style()));
@@ -203,16 +191,17 @@ void ZN3DObjectDraw::createProperty(ZNPropertySheet& sheet) const
 bool ZN3DObjectDraw::updateProperty(const QString& id, const QVariant& value)
 {
     int v = 0;
-    if (id == kStyleEdge && intIn(value, Qt::NoPen, ZNStyleIcons::kLastPenStyle, v) &&
+    if (id == kStyleEdge && ZNProperty::intValueIn(value, Qt::NoPen, ZNStyleIcons::kLastPenStyle, v) &&
         v != m_pen.style()) {
         m_pen.setStyle(static_cast<Qt::PenStyle>(v));
         return true;
     }
-    if (id == kWidthEdge && intIn(value, kMinimumEdgeWidth, kMaximumEdgeWidth, v) && v != m_pen.width()) {
+    if (id == kWidthEdge && ZNProperty::intValueIn(value, kMinimumEdgeWidth, kMaximumEdgeWidth, v) &&
+        v != m_pen.width()) {
         m_pen.setWidth(v);
         return true;
     }
-    if (id == kStyleFill && intIn(value, Qt::NoBrush, ZNStyleIcons::kLastBrushStyle, v) &&
+    if (id == kStyleFill && ZNProperty::intValueIn(value, Qt::NoBrush, ZNStyleIcons::kLastBrushStyle, v) &&
         v != m_brush.style()) {
         m_brush.setStyle(static_cast<Qt::BrushStyle>(v));
         return true;

@@ -34,6 +34,24 @@ struct ZNProperty {
     bool enabled = true;
     QVariantMap attributes;
 
+    // Sets the "minimum", "maximum" and "singleStep" attributes of a numeric row.
+    void setRange(int first, int last, int step)
+    {
+        setAttribute(minimum(), first);
+        setAttribute(maximum(), last);
+        setAttribute(singleStep(), step);
+    }
+    // The integer an edit hands in, when it is one of first..last: then written into
+    // `out` (true); false, `out` untouched, otherwise.
+    static bool intValueIn(const QVariant& value, int first, int last, int& out)
+    {
+        bool ok = false;
+        const int v = value.toInt(&ok);
+        if (!ok || v < first || v > last) return false;
+        out = v;
+        return true;
+    }
+
     // The attribute `name`; an invalid QVariant when it is not set.
     QVariant attribute(const QString& name) const { return attributes.value(name); }
     void setAttribute(const QString& name, const QVariant& v) { attributes.insert(name, v); }

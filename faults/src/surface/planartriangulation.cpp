@@ -1,0 +1,372 @@
+// The CGAL side of the surface code: kept in this one file because its templates are
+// heavy to compile.
+#include "surface/planartriangulation.h"
+
+#include "surface/segmentcrossings.h"
+#include "surface/sticklayout.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <CGAL/Constrained_Delaunay_triangulation_2.h>
+#include <CGAL/Delaunay_mesh_face_base_2.h>
+#include <CGAL/Delaunay_mesh_size_criteria_2.h>
+#include <CGAL/Delaunay_mesher_2.h>
+#include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
+#include <CGAL/Triangulation_face_base_with_info_2.h>
+#include <CGAL/Triangulation_vertex_base_with_info_2.h>
+
+namespace fault::surface {
+
+namespace {
+
+using Kernel = CGAL::Exact_predicates_inexact_constructions_kernel;
+
+struct VertexData {
+    double height = 0.0;
+    bool known = false;  // false for points the triangulation added
+    int index = -1;      // in the output, once used
+};
+
+struct FaceData {
+    bool visited = false;  // by the domain marking
+};
+
+using VertexBase = CGAL::Triangulation_vertex_base_with_info_2<VertexData, Kernel>;
+using FaceBase = CGAL::Delaunay_mesh_face_base_2<
+    Kernel, CGAL::Constrained_Delaunay_triangulation_face_base_2<
+                Kernel, CGAL::Constrained_triangulation_face_base_2<
+                            Kernel, CGAL::Triangulation_face_base_with_info_2<FaceData, Kernel>>>>;
+using Tds = CGAL::Triangulation_data_structure_2<VertexBase, FaceBase>;
+// Exact predicates with inexact constructions: segments may cross.
+using Cdt = CGAL::Constrained_Delaunay_triangulation_2<Kernel, Tds, CGAL::Exact_predicates_tag>;
+using Criteria = CGAL::Delaunay_mesh_size_criteria_2<Cdt>;
+using Point = Cdt::Point;
+using Vertex = Cdt::Vertex_handle;
+using Face = Cdt::Face_handle;
+
+constexpr double kEquilateralArea = 0.43301270189221932;  // area of a unit-sided triangle
+// The mesher's triangles are smaller than the edge bound: about this many per
+// equilateral triangle of the bound's side.
+constexpr double kRefinementDensity = 2.0;
+constexpr int kHeightPasses = 3;  // neighbour averaging passes for crossing points
+// Positions are rounded to a power of two this many binary digits below their extent:
+// points closer than that merge, and sticks along an axis become exactly straight.
+constexpr int kQuantumDigits = 40;
+// Points closer than this to a constraint's inside, relative to the extent, are made
+// points of it: nearly degenerate corners would stall the refinement.
+constexpr double kOnEdgeTolerance = 1e-9;
+// The seeding lattice: its side relative to the edge bound, the height of its rows
+// relative to its side, and the clearance it keeps from vertices and constraints
+// relative to its side.
+constexpr double kLatticeSpacing = 0.85;
+constexpr double kLatticeRowRatio = 0.86602540378443865;  // sqrt(3) / 2: equilateral
+constexpr double kSeedClearance = 0.25;
+constexpr size_t kSeedSearchFaces = 64;  // beyond this, a seed is dropped
+
+// Largest coordinate magnitude of the positions.
+double extentOf(const std::vector<core::vec2>& positions)
+{
+    double extent = 0.0;
+    for (const core::vec2& p : positions) extent = std::max({extent, std::fabs(p.x), std::fabs(p.y)});
+    return extent;
+}
+
+// `positions` rounded to multiples of a power of two kQuantumDigits below their extent.
+std::vector<core::vec2> quantized(const std::vector<core::vec2>& positions)
+{
+    const double extent = extentOf(positions);
+    if (!(extent > 0.0)) return positions;
+    const double quantum = std::ldexp(1.0, std::ilogb(extent) - kQuantumDigits);
+    std::vector<core::vec2> out;
+    out.reserve(positions.size());
+    for (const core::vec2& p : positions)
+        out.emplace_back(std::round(p.x / quantum) * quantum, std::round(p.y / quantum) * quantum);
+    return out;
+}
+
+bool isFinite(const core::vec2& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
+
+bool validInput(const PlanarInput& in)
+{
+    const int n = static_cast<int>(in.positions.size());
+    if (in.heights.size() != in.positions.size()) return false;
+    for (int i = 0; i < n; ++i)
+        if (!isFinite(in.positions[i]) || !std::isfinite(in.heights[i])) return false;
+    auto inRange = [n](int i) { return i >= 0 && i < n; };
+    for (const auto& s : in.segments)
+        if (!inRange(s[0]) || !inRange(s[1])) return false;
+    for (const auto& loop : in.domainLoops)
+        for (int i : loop)
+            if (!inRange(i)) return false;
+    return std::isfinite(in.maxEdgeLength) && in.maxEdgeLength >= 0.0 && in.maxTriangles > 0;
+}
+
+// Even-odd test of `p` against the closed loop.
+bool insideLoop(const std::vector<core::vec2>& positions, const std::vector<int>& loop,
+                const Point& p)
+{
+    bool inside = false;
+    const size_t n = loop.size();
+    for (size_t i = 0, j = n - 1; i < n; j = i++) {
+        const core::vec2& a = positions[loop[i]];
+        const core::vec2& b = positions[loop[j]];
+        if ((a.y > p.y()) != (b.y > p.y()) &&
+            p.x() < (b.x - a.x) * (p.y() - a.y) / (b.y - a.y) + a.x)
+            inside = !inside;
+    }
+    return inside;
+}
+
+void insertConstraint(Cdt& cdt, Vertex a, Vertex b)
+{
+    if (a != b) cdt.insert_constraint(a, b);
+}
+
+// Marks the faces inside the union of the loops. Every loop edge is a constraint, so each
+// region of faces joined across unconstrained edges lies wholly inside or outside each
+// loop: one face per region is tested. A region that reaches the convex hull through an
+// unconstrained edge is outside whatever the test says: it holds the flat slivers between
+// nearly collinear outer points, which the refinement cannot mesh.
+void markLoopDomain(Cdt& cdt, const std::vector<core::vec2>& positions,
+                    const std::vector<std::vector<int>>& loops)
+{
+    for (auto f = cdt.all_faces_begin(); f != cdt.all_faces_end(); ++f) {
+        f->set_in_domain(false);
+        f->info().visited = false;
+    }
+    std::vector<Face> region;
+    for (auto seed = cdt.finite_faces_begin(); seed != cdt.finite_faces_end(); ++seed) {
+        if (seed->info().visited) continue;
+        seed->info().visited = true;
+        region.assign(1, seed);
+        bool open = false;  // reaches the hull through an unconstrained edge
+        for (size_t k = 0; k < region.size(); ++k)
+            for (int i = 0; i < 3; ++i) {
+                const Face next = region[k]->neighbor(i);
+                if (region[k]->is_constrained(i)) continue;
+                if (cdt.is_infinite(next)) {
+                    open = true;
+                } else if (!next->info().visited) {
+                    next->info().visited = true;
+                    region.push_back(next);
+                }
+            }
+        const Point centre = CGAL::centroid(cdt.triangle(seed));
+        bool inside = false;
+        for (const auto& loop : loops)
+            inside = inside || (loop.size() >= 3 && insideLoop(positions, loop, centre));
+        for (const Face f : region) f->set_in_domain(inside && !open);
+    }
+}
+
+bool touchesDomain(const Cdt& cdt, Vertex v)
+{
+    Cdt::Face_circulator f = cdt.incident_faces(v), done(f);
+    do {
+        if (!cdt.is_infinite(f) && f->is_in_domain()) return true;
+    } while (++f != done);
+    return false;
+}
+
+// Heights of the points where segments cross: averaged from their known neighbours.
+void fillCrossingHeights(Cdt& cdt)
+{
+    for (int pass = 0; pass < kHeightPasses; ++pass) {
+        bool missing = false;
+        for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) {
+            if (v->info().known) continue;
+            double sum = 0.0, weight = 0.0;
+            Cdt::Vertex_circulator n = cdt.incident_vertices(v), done(n);
+            do {
+                if (cdt.is_infinite(n) || !n->info().known) continue;
+                const double w = 1.0 / std::max(1e-300, std::sqrt(CGAL::to_double(
+                                                           CGAL::squared_distance(n->point(), v->point()))));
+                sum += w * n->info().height;
+                weight += w;
+            } while (++n != done);
+            if (weight > 0.0) {
+                v->info().height = sum / weight;
+                v->info().known = true;
+            } else {
+                missing = true;
+            }
+        }
+        if (!missing) return;
+    }
+}
+
+// The height at `p` interpolated linearly on the finite face `f`.
+double heightIn(Face f, const Point& p)
+{
+    const Point& a = f->vertex(0)->point();
+    const Point& b = f->vertex(1)->point();
+    const Point& c = f->vertex(2)->point();
+    const double area = CGAL::to_double(CGAL::area(a, b, c));
+    if (area == 0.0) return f->vertex(0)->info().height;
+    const double wa = CGAL::to_double(CGAL::area(p, b, c)) / area;  // barycentric weights
+    const double wb = CGAL::to_double(CGAL::area(a, p, c)) / area;
+    const double wc = 1.0 - wa - wb;
+    return wa * f->vertex(0)->info().height + wb * f->vertex(1)->info().height +
+           wc * f->vertex(2)->info().height;
+}
+
+// The height at `p` interpolated linearly on the face of `base` that holds it.
+double interpolatedHeight(const Cdt& base, const Point& p, Face& hint)
+{
+    Face f = base.locate(p, hint);
+    if (f == Face()) return 0.0;
+    if (base.is_infinite(f)) f = f->neighbor(f->index(base.infinite_vertex()));
+    if (base.is_infinite(f)) return 0.0;
+    hint = f;
+    return heightIn(f, p);
+}
+
+double domainArea(const Cdt& cdt)
+{
+    double area = 0.0;
+    for (auto f = cdt.finite_faces_begin(); f != cdt.finite_faces_end(); ++f)
+        if (f->is_in_domain()) area += CGAL::to_double(cdt.triangle(f).area());
+    return area;
+}
+
+// True when no vertex and no constrained edge lies within `clearance` of `p`, which lies
+// in face `start`: the faces around `p` are visited across the unconstrained edges near it.
+bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clearance)
+{
+    const double limit = clearance * clearance;
+    std::vector<Face> faces{start};
+    for (size_t k = 0; k < faces.size(); ++k) {
+        if (faces.size() > kSeedSearchFaces) return false;
+        const Face f = faces[k];
+        for (int i = 0; i < 3; ++i) {
+            if (CGAL::squared_distance(p, f->vertex(i)->point()) < limit) return false;
+            const Cdt::Segment edge(f->vertex(cdt.cw(i))->point(), f->vertex(cdt.ccw(i))->point());
+            if (CGAL::squared_distance(p, edge) >= limit) continue;
+            if (f->is_constrained(i)) return false;
+            const Face next = f->neighbor(i);
+            if (!cdt.is_infinite(next) && std::find(faces.begin(), faces.end(), next) == faces.end())
+                faces.push_back(next);
+        }
+    }
+    return true;
+}
+
+// Points of a triangular lattice of side `spacing` that lie in the domain, clear of the
+// vertices and constraints, with their heights: they give the refinement most of its
+// points at once, in an even pattern, so that it only has to finish the mesh near the
+// constraints.
+std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacing)
+{
+    std::vector<std::pair<Point, double>> seeds;
+    CGAL::Bbox_2 box;
+    for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) box += v->point().bbox();
+    const double rowStep = spacing * kLatticeRowRatio;
+    Face hint;
+    for (int row = 0; box.ymin() + row * rowStep <= box.ymax(); ++row) {
+        const double y = box.ymin() + row * rowStep;
+        for (double x = box.xmin() + (row % 2) * 0.5 * spacing; x <= box.xmax(); x += spacing) {
+            const Point p(x, y);
+            const Face f = cdt.locate(p, hint);
+            if (f == Face() || cdt.is_infinite(f)) continue;
+            hint = f;
+            if (f->is_in_domain() && clearOfConstraints(cdt, f, p, kSeedClearance * spacing))
+                seeds.emplace_back(p, heightIn(f, p));
+        }
+    }
+    return seeds;
+}
+
+// Refines the domain so that no edge is longer than the bound (raised to fit the
+// triangle budget), seeding it with a lattice first; added points take their heights from
+// the triangulation of the input points.
+void refine(Cdt& cdt, const PlanarInput& in, const std::vector<core::vec2>& positions)
+{
+    const double area = domainArea(cdt);
+    double bound = in.maxEdgeLength;
+    const double expected = kRefinementDensity * area / (kEquilateralArea * bound * bound);
+    if (expected > in.maxTriangles)
+        bound = std::sqrt(kRefinementDensity * area / (kEquilateralArea * in.maxTriangles));
+    const Cdt base(cdt);  // the triangulation of the input points, for the heights
+    Face hint;
+    for (const auto& [p, height] : latticeSeeds(cdt, kLatticeSpacing * bound)) {
+        const Vertex v = cdt.insert(p, hint);  // row by row: each next to the last
+        v->info() = VertexData{height, true, -1};
+        hint = v->face();
+    }
+    markLoopDomain(cdt, positions, in.domainLoops);  // faces made by the seeds are unmarked
+    CGAL::refine_Delaunay_mesh_2(cdt, Criteria(PlanarInput::kAngleBound, bound), true);
+    Face baseHint;
+    for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) {
+        if (v->info().known) continue;
+        v->info().height = interpolatedHeight(base, v->point(), baseHint);
+        v->info().known = true;
+    }
+}
+
+void collectMesh(Cdt& cdt, PlanarMesh& mesh)
+{
+    for (auto f = cdt.finite_faces_begin(); f != cdt.finite_faces_end(); ++f) {
+        if (!f->is_in_domain()) continue;
+        std::array<int, 3> triangle{};
+        for (int k = 0; k < 3; ++k) {
+            VertexData& data = f->vertex(k)->info();
+            if (data.index < 0) {
+                const Point& p = f->vertex(k)->point();
+                data.index = static_cast<int>(mesh.positions.size());
+                mesh.positions.emplace_back(p.x(), p.y());
+                mesh.heights.push_back(data.height);
+            }
+            triangle[k] = data.index;
+        }
+        mesh.triangles.push_back(triangle);
+    }
+}
+
+} // namespace
+
+bool triangulatePlanar(const PlanarInput& input, PlanarMesh& mesh)
+{
+    mesh = PlanarMesh();
+    if (!validInput(input)) return false;
+    PlanarInput in = input;
+    const double tolerance = kOnEdgeTolerance * extentOf(in.positions);
+    const bool hullDomain = in.domainLoops.empty();
+    if (hullDomain) in.domainLoops.assign(1, convexHull(in.positions, tolerance));
+    splitConstraints(in, tolerance);
+    subdivideConstraints(in, kLatticeSpacing * in.maxEdgeLength);  // spares the refinement
+    const std::vector<core::vec2> positions = quantized(in.positions);
+
+    Cdt cdt;
+    std::vector<Vertex> handles;
+    handles.reserve(positions.size());
+    Face hint;
+    for (size_t i = 0; i < positions.size(); ++i) {
+        const Vertex v = cdt.insert(Point(positions[i].x, positions[i].y), hint);
+        if (!v->info().known) v->info() = VertexData{in.heights[i], true, -1};
+        hint = v->face();
+        handles.push_back(v);
+    }
+    for (const auto& s : in.segments) insertConstraint(cdt, handles[s[0]], handles[s[1]]);
+    for (const auto& loop : in.domainLoops)
+        for (size_t k = 0; loop.size() >= 2 && k < loop.size(); ++k)
+            insertConstraint(cdt, handles[loop[k]], handles[loop[(k + 1) % loop.size()]]);
+    if (cdt.dimension() < 2) return false;
+
+    markLoopDomain(cdt, positions, in.domainLoops);
+    const size_t inputPoints = input.positions.size();
+    for (size_t i = 0; !hullDomain && i < inputPoints; ++i)
+        if (!touchesDomain(cdt, handles[i])) {
+            PlanarInput hull = input;
+            hull.domainLoops.clear();
+            const bool made = triangulatePlanar(hull, mesh);
+            mesh.convexHullDomain = true;
+            return made;
+        }
+    fillCrossingHeights(cdt);
+    if (in.maxEdgeLength > 0.0) refine(cdt, in, positions);
+    collectMesh(cdt, mesh);
+    return !mesh.triangles.empty();
+}
+
+} // namespace fault::surface

@@ -1,0 +1,179 @@
+#include "surface/segmentcrossings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <utility>
+
+namespace fault::surface {
+
+namespace {
+
+using Edge = std::pair<int, int>;  // point indices, smaller first
+
+Edge undirected(int a, int b) { return a < b ? Edge(a, b) : Edge(b, a); }
+
+constexpr double kMaxPieces = 1e6;  // an edge is not cut in more pieces than this
+
+double cross(const core::vec2& a, const core::vec2& b) { return a.x * b.y - a.y * b.x; }
+
+// Parameter along pq of the foot of `x` when `x` lies within `tolerance` of the inside of
+// segment pq (not at its ends); -1 otherwise.
+double nearInside(const core::vec2& p, const core::vec2& q, const core::vec2& x, double tolerance)
+{
+    const core::vec2 d = q - p;
+    const double length2 = d.dot(d);
+    if (length2 == 0.0) return -1.0;
+    const double t = (x - p).dot(d) / length2;
+    const core::vec2 offset = x - (p + d * t);
+    const double margin = tolerance / std::sqrt(length2);  // ends excluded
+    return t > margin && t < 1.0 - margin && offset.dot(offset) <= tolerance * tolerance ? t : -1.0;
+}
+
+// Parameters (t along pq, u along rs) of a proper crossing of two segments; false when
+// they do not cross strictly inside both.
+bool properCrossing(const core::vec2& p, const core::vec2& q, const core::vec2& r,
+                    const core::vec2& s, double& t, double& u)
+{
+    const core::vec2 d1 = q - p, d2 = s - r;
+    const double denominator = cross(d1, d2);
+    if (denominator == 0.0) return false;  // parallel or collinear
+    t = cross(r - p, d2) / denominator;
+    u = cross(r - p, d1) / denominator;
+    return t > 0.0 && t < 1.0 && u > 0.0 && u < 1.0;
+}
+
+
+// Every segment and loop edge once.
+std::vector<Edge> constraintEdges(const PlanarInput& input)
+{
+    std::vector<Edge> edges;
+    for (const auto& s : input.segments)
+        if (s[0] != s[1]) edges.push_back(undirected(s[0], s[1]));
+    for (const auto& loop : input.domainLoops)
+        for (size_t k = 0; loop.size() >= 2 && k < loop.size(); ++k)
+            if (loop[k] != loop[(k + 1) % loop.size()])
+                edges.push_back(undirected(loop[k], loop[(k + 1) % loop.size()]));
+    std::sort(edges.begin(), edges.end());
+    edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+    return edges;
+}
+
+// Rewrites the segments and loops of `input` through the points that split `edges`:
+// `splits[i]` holds (parameter along edges[i] from its first point, point index).
+void rewriteThroughSplits(PlanarInput& input, const std::vector<Edge>& edges,
+                          std::vector<std::vector<std::pair<double, int>>>& splits)
+{
+    // The chain of points replacing each split edge, from its smaller end to the larger.
+    std::map<Edge, std::vector<int>> chains;
+    for (size_t i = 0; i < edges.size(); ++i) {
+        if (splits[i].empty()) continue;
+        std::sort(splits[i].begin(), splits[i].end());
+        splits[i].erase(std::unique(splits[i].begin(), splits[i].end(),
+                                    [](const auto& a, const auto& b) { return a.second == b.second; }),
+                        splits[i].end());
+        std::vector<int> chain{edges[i].first};
+        for (const auto& split : splits[i]) chain.push_back(split.second);
+        chain.push_back(edges[i].second);
+        chains.emplace(edges[i], std::move(chain));
+    }
+    if (chains.empty()) return;
+    // Appends to `out` the points after `from` on the way to `to`, through the splits.
+    auto walk = [&](int from, int to, std::vector<int>& out) {
+        const auto found = chains.find(undirected(from, to));
+        if (found == chains.end()) {
+            out.push_back(to);
+            return;
+        }
+        const std::vector<int>& chain = found->second;
+        if (from == chain.front())
+            out.insert(out.end(), chain.begin() + 1, chain.end());
+        else
+            out.insert(out.end(), chain.rbegin() + 1, chain.rend());
+    };
+    std::vector<std::array<int, 2>> segments;
+    for (const auto& s : input.segments) {
+        std::vector<int> path{s[0]};
+        walk(s[0], s[1], path);
+        for (size_t k = 0; k + 1 < path.size(); ++k) segments.push_back({path[k], path[k + 1]});
+    }
+    input.segments = std::move(segments);
+    for (auto& loop : input.domainLoops) {
+        std::vector<int> rewritten;
+        for (size_t k = 0; k < loop.size(); ++k) {
+            rewritten.push_back(loop[k]);
+            walk(loop[k], loop[(k + 1) % loop.size()], rewritten);
+            rewritten.pop_back();  // the next corner starts the next edge
+        }
+        loop = std::move(rewritten);
+    }
+}
+
+} // namespace
+
+void splitConstraints(PlanarInput& input, double tolerance)
+{
+    std::vector<Edge> edges = constraintEdges(input);
+
+    const auto& pos = input.positions;
+    auto low = [&](const Edge& e) { return std::min(pos[e.first].x, pos[e.second].x); };
+    auto high = [&](const Edge& e) { return std::max(pos[e.first].x, pos[e.second].x); };
+    std::sort(edges.begin(), edges.end(), [&](const Edge& a, const Edge& b) { return low(a) < low(b); });
+
+    const int inputPoints = static_cast<int>(pos.size());  // before crossing points are added
+    std::vector<std::vector<std::pair<double, int>>> splits(edges.size());  // (parameter, point)
+    for (size_t i = 0; i < edges.size(); ++i)
+        for (size_t j = i + 1; j < edges.size() && low(edges[j]) <= high(edges[i]); ++j) {
+            const Edge& a = edges[i];
+            const Edge& b = edges[j];
+            if (a.first == b.first || a.first == b.second || a.second == b.first || a.second == b.second)
+                continue;
+            double t = 0.0, u = 0.0;
+            if (!properCrossing(pos[a.first], pos[a.second], pos[b.first], pos[b.second], t, u))
+                continue;
+            const double ha = input.heights[a.first] + t * (input.heights[a.second] - input.heights[a.first]);
+            const double hb = input.heights[b.first] + u * (input.heights[b.second] - input.heights[b.first]);
+            const int point = static_cast<int>(input.positions.size());
+            input.positions.push_back(pos[a.first] + (pos[a.second] - pos[a.first]) * t);
+            input.heights.push_back(0.5 * (ha + hb));
+            splits[i].emplace_back(t, point);
+            splits[j].emplace_back(u, point);
+        }
+
+    // Points lying on an edge's inside: the input points, swept along the first axis.
+    std::vector<int> byX(static_cast<size_t>(inputPoints));
+    for (int i = 0; i < inputPoints; ++i) byX[i] = i;
+    std::sort(byX.begin(), byX.end(), [&](int a, int b) { return pos[a].x < pos[b].x; });
+    for (size_t i = 0; i < edges.size(); ++i) {
+        const Edge& e = edges[i];
+        auto first = std::lower_bound(byX.begin(), byX.end(), low(e) - tolerance,
+                                      [&](int k, double x) { return pos[k].x < x; });
+        for (auto it = first; it != byX.end() && pos[*it].x <= high(e) + tolerance; ++it) {
+            if (*it == e.first || *it == e.second) continue;
+            const double t = nearInside(pos[e.first], pos[e.second], pos[*it], tolerance);
+            if (t > 0.0) splits[i].emplace_back(t, *it);
+        }
+    }
+
+    rewriteThroughSplits(input, edges, splits);
+}
+
+void subdivideConstraints(PlanarInput& input, double maxLength)
+{
+    if (!(maxLength > 0.0)) return;
+    const std::vector<Edge> edges = constraintEdges(input);
+    std::vector<std::vector<std::pair<double, int>>> splits(edges.size());
+    for (size_t i = 0; i < edges.size(); ++i) {
+        const auto [a, b] = edges[i];
+        const double pieces = std::ceil((input.positions[b] - input.positions[a]).length() / maxLength);
+        for (int k = 1; k < pieces && pieces <= kMaxPieces; ++k) {
+            const double t = k / pieces;
+            splits[i].emplace_back(t, static_cast<int>(input.positions.size()));
+            input.positions.push_back(input.positions[a] + (input.positions[b] - input.positions[a]) * t);
+            input.heights.push_back(input.heights[a] + (input.heights[b] - input.heights[a]) * t);
+        }
+    }
+    rewriteThroughSplits(input, edges, splits);
+}
+
+} // namespace fault::surface

@@ -1,0 +1,161 @@
+// The fault set's 3D fault patches and the mesh section of its file.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+
+#include <QTemporaryDir>
+
+#include <surface/meshingdomain.h>
+#include <testfiles.h>
+#include <testservices.h>
+#include <znfaultpatchmanager.h>
+
+#include "surfacefixtures.h"
+
+using namespace surfacefixtures;
+
+namespace {
+
+// A fault set of two faults (patches 1 and 2), each a stick grid.
+std::unique_ptr<ZNFaultPatchManager> twoFaults()
+{
+    core::MultiArray<core::vec3> rows(2);
+    for (int f = 0; f < 2; ++f) {
+        StickGrid g;
+        g.origin.x += 1000.0 * f;
+        for (const core::PointWithBool& p : g.picks()) rows.addElement(f, p.position(), false);
+    }
+    return std::make_unique<ZNFaultPatchManager>(rows);
+}
+
+// A fault set of two meshed faults saved with its meshes.
+class FaultSetMeshFile : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        for (const ZN3DFaultPatchLight* light : set->getFaultLightList()) {
+            meshes.append(set->createPicked3DFaultPatch(light));
+            meshes.last()->updateMeshWithPickedPoint();
+        }
+    }
+    void TearDown() override { qDeleteAll(meshes); }
+    bool save() { return set->writePickedFault(path, false, &meshes, false); }
+
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("set.flt"));
+    std::unique_ptr<ZNFaultPatchManager> set = twoFaults();
+    QList<ZN3DFaultPatch*> meshes;
+};
+
+} // namespace
+
+TEST(FaultSetSurfaces, CreatedPatchesCarryTheFaultAndStayAttachedWhileTheyLive)
+{
+    auto set = twoFaults();
+    ZN3DFaultPatchLight* light = set->findFaultLight(2);
+    light->setInterpolationSize(40);
+    set->setObjectName(QStringLiteral("Set"));
+    auto patch = std::unique_ptr<ZN3DFaultPatch>(set->createPicked3DFaultPatch(light));
+    ASSERT_TRUE(patch);
+    EXPECT_EQ(patch->getFaultId(), 2);
+    EXPECT_EQ(patch->getInterpolationSize(), 40);
+    EXPECT_EQ(patch->getFaultSetName(), QStringLiteral("Set"));
+    EXPECT_EQ(patch->getPickedPoints().size(), set->getNumberOfPickedPoint(2));
+    EXPECT_EQ(set->findFaultPatch(2), patch.get());
+    EXPECT_EQ(set->findFaultSurface(2), patch.get());
+    EXPECT_EQ(set->findFaultPatch(1), nullptr);
+    EXPECT_EQ(set->createPicked3DFaultPatch(nullptr), nullptr);
+    EXPECT_TRUE(set->isPatchPicked(2));
+    EXPECT_FALSE(set->isPatchPicked(0));
+
+    QList<ZN3DFaultPatch*> created;
+    const QList<ZN3DFaultPatch*> all = set->getFaultPatchList(created);
+    ASSERT_EQ(all.size(), 2);
+    EXPECT_EQ(all[1], patch.get());
+    EXPECT_EQ(created, QList<ZN3DFaultPatch*>{all[0]});
+    qDeleteAll(created);
+    patch.reset();
+    EXPECT_EQ(set->findFaultPatch(2), nullptr);
+}
+
+TEST_F(FaultSetMeshFile, RoundTripGivesNewPatchesTheSavedMeshes)
+{
+    ASSERT_TRUE(save());
+    ZNFaultPatchManager read;
+    ASSERT_TRUE(read.readPickedFault(path, false, -2));
+    for (int f = 0; f < 2; ++f) {
+        const ZN3DFaultPatch& saved = *meshes[f];
+        const ZNFaultPatchManager::StoredMesh* mesh = read.getStoredMesh(saved.getFaultId());
+        ASSERT_NE(mesh, nullptr);
+        ASSERT_EQ(mesh->points.size(), saved.getNumberOfPoints());
+        ASSERT_EQ(mesh->facettes.size(), saved.getNumberOfFacettes());
+        for (int k = 0; k < mesh->points.size(); ++k) ASSERT_EQ(mesh->points[k], saved.getPoints()[k]);
+        for (int k = 0; k < mesh->facettes.size(); ++k) ASSERT_EQ(mesh->facettes[k], saved.getFacettes()[k]);
+        const std::unique_ptr<ZN3DFaultPatch> patch(read.createPicked3DFaultPatch(read.getFaultLightList()[f]));
+        EXPECT_EQ(patch->getNumberOfFacettes(), saved.getNumberOfFacettes());
+        EXPECT_DOUBLE_EQ(patch->getComputedArea(), saved.getComputedArea());
+    }
+}
+
+TEST_F(FaultSetMeshFile, NoMeshSectionWithoutOneMeshPerFault)
+{
+    ZN3DFaultPatch* last = meshes.takeLast();
+    ASSERT_TRUE(save());
+    delete last;
+    ZNFaultPatchManager read;
+    ASSERT_TRUE(read.readPickedFault(path, false, -2));
+    EXPECT_EQ(read.getStoredMesh(1), nullptr);
+}
+
+TEST_F(FaultSetMeshFile, CorruptMeshSectionFailsTheReadAndChangesNothing)
+{
+    ASSERT_TRUE(save());
+    const QByteArray good = readFileBytes(path);
+    QByteArray badIndex = good;
+    badIndex.replace(badIndex.size() - 4, 4, QByteArray(4, '\xff'));  // last facette index
+    QByteArray nanPoint = good;
+    const ZN3DFaultPatch& last = *meshes.last();
+    const int firstPoint = good.size() - 12 * last.getNumberOfFacettes() - 24 * last.getNumberOfPoints();
+    nanPoint.replace(firstPoint, 8, QByteArray("\x00\x00\x00\x00\x00\x00\xf8\x7f", 8));
+    const QByteArray variants[] = {good.left(good.size() - 5), badIndex, nanPoint};
+    for (const QByteArray& bytes : variants) {
+        ASSERT_TRUE(writeFileBytes(path, bytes));
+        RecordingEventBus bus;
+        ZNFaultPatchManager read;  // two patches, one point
+        read.addPickedPoint(1, core::PointWithBool(1, 2, 3));
+        EXPECT_FALSE(read.readPickedFault(path, false, -2));
+        EXPECT_EQ(read.getNumberOfPatch(), 2);
+        EXPECT_EQ(read.getNumberOfPickedPoint(1), 1);
+        EXPECT_TRUE(read.getFaultLightList().isEmpty());
+    }
+}
+
+TEST(PlanarTriangulation, RandomStickSetsAreMeshedWithEveryPointOnTheMesh)
+{
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (int run = 0; run < 250; ++run) {
+        std::vector<fault::surface::Stick> sticks;
+        const int count = 2 + run % 7;
+        for (int s = 0; s < count; ++s) {
+            const bool across = unit(random) < 0.2;  // a time-slice stick among dip sticks
+            const core::vec3 start(100.0 * s + 30 * unit(random), 1000.0 + 200 * unit(random), 50 * unit(random));
+            const core::vec3 step = across ? core::vec3(60, 3 * unit(random), 5 * unit(random))
+                                           : core::vec3(10 * unit(random) - 5, 40 + 20 * unit(random), 5 * unit(random));
+            fault::surface::Stick stick;
+            for (int k = 0; k < 2 + run % 5; ++k) stick.push_back(start + step * k);
+            sticks.push_back(stick);
+        }
+        fault::surface::MeshingInput input;
+        ASSERT_TRUE(fault::surface::prepareMeshing(sticks, 1, run % 3 == 0 ? 15.0 : 0.0, input));
+        input.planar.maxEdgeLength = 10.0 + 40.0 * unit(random);
+        fault::surface::PlanarMesh mesh;
+        ASSERT_TRUE(fault::surface::triangulatePlanar(input.planar, mesh)) << run;
+        for (const core::vec2& p : input.layout.positions) {
+            bool found = false;
+            for (const core::vec2& q : mesh.positions) found = found || (p - q).length() < 1e-6;
+            ASSERT_TRUE(found) << "run " << run;
+        }
+    }
+}
