@@ -759,6 +759,7 @@ public:
     bool isSameVerticalDomain(int fault) const;
     bool isSameVerticalDomain(const core::Array<int>& patchList) const;
     bool isSameVerticalDomain(const QList<ZNFaultSurface*>& faults) const;
+    bool isSameVerticalDomain(const QList<ZN3DFaultPatch*>& faults) const;
     // True when the listed patches share one 2D flag, returned in `is2d` (unchanged for
     // an empty list).
     bool isSameFaultType(const core::Array<int>& patchList, bool& is2d) const;

@@ -1,6 +1,8 @@
 // Duplicated faults of a fault set, and the summary of faults with degenerate patches.
 #include "znfaultpatchmanager.h"
 
+#include "zn3dfaultpatch.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -110,6 +112,13 @@ bool ZNFaultPatchManager::isSameVerticalDomain(const QList<ZNFaultSurface*>& fau
     for (const ZNFaultSurface* surface : faults)
         if (surface) getPatchListWithLinkedList(surface->getFaultSurfaceId(), list, false);
     return isSameVerticalDomain(list);
+}
+
+bool ZNFaultPatchManager::isSameVerticalDomain(const QList<ZN3DFaultPatch*>& faults) const
+{
+    QList<ZNFaultSurface*> surfaces;
+    for (ZN3DFaultPatch* patch : faults) surfaces.append(patch);
+    return isSameVerticalDomain(surfaces);
 }
 
 bool ZNFaultPatchManager::isSameFaultType(const core::Array<int>& patchList, bool& is2d) const
