@@ -17,6 +17,7 @@ constexpr int kSticks = 20;
 constexpr int kPointsPerStick = 20;
 constexpr double kStickSpacing = 50.0;  // metres along the strike
 constexpr double kPointStep = 10.0;     // along the dip
+constexpr double kBendLength = 1000.0;  // the bend's offset is bend x a^2 / this
 constexpr double kDegToRad = M_PI / 180.0;
 
 // A fault of random strike (0..360), dip (40..85) and bend, picked down its dip.
@@ -37,7 +38,8 @@ core::Array<core::PointWithBool> randomFault(std::mt19937& rng)
         const double a = s * kStickSpacing + 10.0 * unit(rng);
         for (int k = 0; k < kPointsPerStick; ++k) {
             const double b = k * kPointStep + 2.0 * unit(rng);
-            points.add(core::PointWithBool(origin + along * a + down * b + normal * (bend * a * a / 1000.0)));
+            const double offset = bend * a * a / kBendLength;  // along the normal
+            points.add(core::PointWithBool(origin + along * a + down * b + normal * offset));
         }
     }
     return points;

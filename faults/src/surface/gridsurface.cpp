@@ -123,7 +123,7 @@ public:
             }
             for (int j = cellRow(low.y); j <= cellRow(high.y); ++j)
                 for (int i = cellColumn(low.x); i <= cellColumn(high.x); ++i)
-                    m_buckets[static_cast<size_t>(i) + static_cast<size_t>(grid.na) * j].push_back(t);
+                    m_buckets[bucketIndex(i, j)].push_back(t);
         }
     }
 
@@ -134,15 +134,13 @@ public:
     double at(const core::vec2& p) const
     {
         double best = INFINITY, height = 0.0;
-        for (int t : m_buckets[static_cast<size_t>(cellColumn(p.x)) + static_cast<size_t>(m_grid.na) * cellRow(p.y)])
-            consider(t, p, best, height);
+        for (int t : bucket(cellColumn(p.x), cellRow(p.y))) consider(t, p, best, height);
         const double onOutline = kOnOutline * std::min(m_grid.stepA, m_grid.stepB);
         if (best <= onOutline * onOutline) return height;  // inside, or on the outline
         const double reachA = kSearchCells * m_grid.stepA, reachB = kSearchCells * m_grid.stepB;
         for (int j = cellRow(p.y - reachB); j <= cellRow(p.y + reachB); ++j)
             for (int i = cellColumn(p.x - reachA); i <= cellColumn(p.x + reachA); ++i)
-                for (int t : m_buckets[static_cast<size_t>(i) + static_cast<size_t>(m_grid.na) * j])
-                    consider(t, p, best, height);
+                for (int t : bucket(i, j)) consider(t, p, best, height);
         if (best == INFINITY)
             for (int t = 0; t < static_cast<int>(m_mesh.triangles.size()); ++t) consider(t, p, best, height);
         return height;
@@ -152,6 +150,11 @@ private:
     static constexpr double kSearchCells = 1.5;
     static constexpr double kOnOutline = 1e-9;  // of a grid step: rounding off the outline
 
+    size_t bucketIndex(int i, int j) const
+    {
+        return static_cast<size_t>(i) + static_cast<size_t>(m_grid.na) * static_cast<size_t>(j);
+    }
+    const std::vector<int>& bucket(int i, int j) const { return m_buckets[bucketIndex(i, j)]; }
     const core::vec2& corner(int t, int k) const { return m_mesh.positions[m_mesh.triangles[t][k]]; }
     int cellColumn(double a) const
     {
@@ -302,10 +305,15 @@ void sampleTriangles(const PlanarMesh& interpolation, const SampleGrid& grid,
         const core::vec2& p2 = interpolation.positions[t[2]];
         const double area = cross(p0, p1, p2);
         if (area == 0.0) continue;
-        const int i0 = std::max(0, static_cast<int>(std::floor((std::min({p0.x, p1.x, p2.x}) - grid.a0) / grid.stepA)));
-        const int i1 = std::min(grid.na, static_cast<int>(std::ceil((std::max({p0.x, p1.x, p2.x}) - grid.a0) / grid.stepA)));
-        const int j0 = std::max(0, static_cast<int>(std::floor((std::min({p0.y, p1.y, p2.y}) - grid.b0) / grid.stepB)));
-        const int j1 = std::min(grid.nb, static_cast<int>(std::ceil((std::max({p0.y, p1.y, p2.y}) - grid.b0) / grid.stepB)));
+        // The triangle's box in node steps.
+        const double lowA = (std::min({p0.x, p1.x, p2.x}) - grid.a0) / grid.stepA;
+        const double highA = (std::max({p0.x, p1.x, p2.x}) - grid.a0) / grid.stepA;
+        const double lowB = (std::min({p0.y, p1.y, p2.y}) - grid.b0) / grid.stepB;
+        const double highB = (std::max({p0.y, p1.y, p2.y}) - grid.b0) / grid.stepB;
+        const int i0 = std::max(0, static_cast<int>(std::floor(lowA)));
+        const int i1 = std::min(grid.na, static_cast<int>(std::ceil(highA)));
+        const int j0 = std::max(0, static_cast<int>(std::floor(lowB)));
+        const int j1 = std::min(grid.nb, static_cast<int>(std::ceil(highB)));
         for (int j = j0; j <= j1; ++j)
             for (int i = i0; i <= i1; ++i) {
                 const int n = grid.node(i, j);

@@ -101,10 +101,15 @@ void rasterizeFacettes(const core::Array<core::vec3>& points,
         if (!corners(points, f, t)) continue;
         for (core::vec3& p : t) p = toGrid.transformPoint(p);
         if (!std::isfinite(t[0].x + t[1].x + t[2].x + t[0].y + t[1].y + t[2].y)) continue;
-        const int c0 = std::max(0, static_cast<int>(std::ceil(std::min({t[0].x, t[1].x, t[2].x}) - kHalfPixel)));
-        const int c1 = std::min(image.width() - 1, static_cast<int>(std::floor(std::max({t[0].x, t[1].x, t[2].x}) + kHalfPixel)));
-        const int r0 = std::max(0, static_cast<int>(std::ceil(std::min({t[0].y, t[1].y, t[2].y}) - kHalfPixel)));
-        const int r1 = std::min(image.height() - 1, static_cast<int>(std::floor(std::max({t[0].y, t[1].y, t[2].y}) + kHalfPixel)));
+        // Pixels whose squares the triangle's box reaches.
+        const double lowC = std::min({t[0].x, t[1].x, t[2].x}) - kHalfPixel;
+        const double highC = std::max({t[0].x, t[1].x, t[2].x}) + kHalfPixel;
+        const double lowR = std::min({t[0].y, t[1].y, t[2].y}) - kHalfPixel;
+        const double highR = std::max({t[0].y, t[1].y, t[2].y}) + kHalfPixel;
+        const int c0 = std::max(0, static_cast<int>(std::ceil(lowC)));
+        const int c1 = std::min(image.width() - 1, static_cast<int>(std::floor(highC)));
+        const int r0 = std::max(0, static_cast<int>(std::ceil(lowR)));
+        const int r1 = std::min(image.height() - 1, static_cast<int>(std::floor(highR)));
         for (int r = r0; r <= r1; ++r)
             for (int c = c0; c <= c1; ++c)
                 if (triangleMeetsPixel(t, c, r)) image(c, r) = value;

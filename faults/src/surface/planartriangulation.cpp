@@ -280,7 +280,7 @@ std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacin
 // Refines the domain so that no edge is longer than the bound (raised to fit the
 // triangle budget), seeding it with a lattice first; added points take their heights from
 // the triangulation of the input points.
-void refine(Cdt& cdt, const PlanarInput& in, const std::vector<core::vec2>& positions)
+void refine(Cdt& cdt, const PlanarInput& in)
 {
     const double area = domainArea(cdt);
     double bound = in.maxEdgeLength;
@@ -293,8 +293,13 @@ void refine(Cdt& cdt, const PlanarInput& in, const std::vector<core::vec2>& posi
         const Vertex v = cdt.insert(p, hint);  // row by row: each next to the last
         v->info() = VertexData{height, true, -1};
         hint = v->face();
+        // The faces the insertion made all surround the seed, within the region of the
+        // domain it fell in: constraints are never flipped.
+        Cdt::Face_circulator f = cdt.incident_faces(v), done(f);
+        do {
+            f->set_in_domain(true);
+        } while (++f != done);
     }
-    markLoopDomain(cdt, positions, in.domainLoops);  // faces made by the seeds are unmarked
     CGAL::refine_Delaunay_mesh_2(cdt, Criteria(PlanarInput::kAngleBound, bound), true);
     Face baseHint;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) {
@@ -364,7 +369,7 @@ bool triangulatePlanar(const PlanarInput& input, PlanarMesh& mesh)
             return made;
         }
     fillCrossingHeights(cdt);
-    if (in.maxEdgeLength > 0.0) refine(cdt, in, positions);
+    if (in.maxEdgeLength > 0.0) refine(cdt, in);
     collectMesh(cdt, mesh);
     return !mesh.triangles.empty();
 }
