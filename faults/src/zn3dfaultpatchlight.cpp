@@ -120,7 +120,25 @@ QDomElement ZN3DFaultPatchLight::createHeader(QDomDocument& doc) const
     return e;
 }
 
+std::optional<bool> ZN3DFaultPatchLight::viewerPickingIntersection()
+{
+    QString text;
+    if (!ZNSettings::xmlFileValue(ZNSettings::viewer3dParametersFileName(),
+                                  kShowPickingIntersection, text))
+        return std::nullopt;
+    if (text == QLatin1String("1")) return true;
+    if (text == QLatin1String("0")) return false;
+    return std::nullopt;
+}
+
 void ZN3DFaultPatchLight::getHeader(const QDomElement* header)
+{
+    if (!header || header->isNull()) return;
+    getHeader(header, viewerPickingIntersection());
+}
+
+void ZN3DFaultPatchLight::getHeader(const QDomElement* header,
+                                    std::optional<bool> viewerPickingIntersection)
 {
     if (!header || header->isNull()) return;
     const QDomElement& e = *header;
@@ -140,12 +158,7 @@ void ZN3DFaultPatchLight::getHeader(const QDomElement* header)
 
     // The written "drawPickingIntersection" is never read back: the user's viewer
     // defaults decide.
-    QString showIntersection;
-    if (ZNSettings::xmlFileValue(ZNSettings::viewer3dParametersFileName(),
-                                 kShowPickingIntersection, showIntersection)) {
-        if (showIntersection == QLatin1String("1")) m_drawPickingIntersection = true;
-        if (showIntersection == QLatin1String("0")) m_drawPickingIntersection = false;
-    }
+    if (viewerPickingIntersection) m_drawPickingIntersection = *viewerPickingIntersection;
 
     m_showPreview = ZNXml::readBool(e, kShowPreview, m_showPreview);
     const double transparency = ZNXml::readDouble(e, kTransparency, m_transparency);

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <optional>
 
 #include <QDomDocument>
 #include <QDomElement>
@@ -69,6 +70,12 @@ public:
     // "ShowPickingIntersection" of the user's 3D viewer parameters file; it is kept when
     // that file or key is missing. A null header changes nothing.
     void getHeader(const QDomElement* header);
+    // The same with the viewer's picking-intersection default already looked up (see
+    // viewerPickingIntersection): readers of many descriptors look it up once.
+    void getHeader(const QDomElement* header, std::optional<bool> viewerPickingIntersection);
+    // The "ShowPickingIntersection" value of the user's 3D viewer settings file: "1" true,
+    // "0" false, nothing when the file or the key is missing or holds anything else.
+    static std::optional<bool> viewerPickingIntersection();
 
     // The colour channel computed from one draw of the generator, reduced to
     // 0..kRandomDrawMax: the integer part of draw * 256 / 32767 in single precision. The

@@ -801,6 +801,11 @@ private:
     // The focus rule of a "Pick Point" restore for one patch.
     bool findPickFocus(int patchId, const ZNFaultPatchManagerConfig& config,
                        core::vec3& focus) const;
+    // The per-descriptor and per-patch parts of a header, however it was parsed.
+    struct HeaderParts;
+    // getPickedFaultHeader once the repeated elements are parsed into `parts` (whose
+    // descriptors are taken).
+    bool applyHeader(const QDomElement& header, HeaderParts& parts, int progressParent);
     // The data block reader without the action: fathers, then each patch's entries.
     bool readPatchData(ZNByteSource& file, qint64 offset, bool twoD, int progressParent);
     // Reads and checks the fathers; false, nothing changed, when they are not a forest.

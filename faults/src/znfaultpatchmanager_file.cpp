@@ -7,7 +7,10 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <memory>
+#include <optional>
 #include <type_traits>
+#include <vector>
 
 #include <QIODevice>
 #include <QtEndian>
@@ -221,14 +224,6 @@ bool isForest(const core::Array<int>& fathers)
     return true;
 }
 
-QList<QDomElement> childElements(const QDomElement& parent, const QString& tag)
-{
-    QList<QDomElement> children;
-    for (QDomElement e = parent.firstChildElement(tag); !e.isNull(); e = e.nextSiblingElement(tag))
-        children.append(e);
-    return children;
-}
-
 } // namespace
 
 // ----- header -----
@@ -255,44 +250,73 @@ bool ZNFaultPatchManager::getHeader(const QDomElement* header)
     return getPickedFaultHeader(header, kNoProgressBar);
 }
 
+struct ZNFaultPatchManager::HeaderParts {
+    std::vector<std::unique_ptr<ZN3DFaultPatchLight>> lights;  // in file order
+    std::vector<georef::Crs> patchCrs;                         // of each patch element
+    // Looked up once for all the descriptors.
+    std::optional<bool> viewerPickingIntersection = ZN3DFaultPatchLight::viewerPickingIntersection();
+
+    // Reads one "ZN3DFaultPatchLight" or "ZNFaultPatch" element; others are ignored.
+    void add(const QDomElement& e)
+    {
+        if (e.tagName() == kFaultLightTag) {
+            lights.push_back(std::make_unique<ZN3DFaultPatchLight>());
+            lights.back()->getHeader(&e, viewerPickingIntersection);
+        } else if (e.tagName() == kPatchTag) {
+            ZNFaultPatch patch;
+            patch.getHeader(&e);
+            patchCrs.push_back(patch.unitObject().getCrs());
+        }
+    }
+};
+
 bool ZNFaultPatchManager::getPickedFaultHeader(const QDomElement* header, int progressParent)
 {
     if (!header || header->isNull()) return refuse(QStringLiteral("no fault set header"));
-    const QString type = header->tagName();
+    HeaderParts parts;
+    for (QDomElement e = header->firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
+        parts.add(e);
+    return applyHeader(*header, parts, progressParent);
+}
+
+bool ZNFaultPatchManager::applyHeader(const QDomElement& header, HeaderParts& parts,
+                                      int progressParent)
+{
+    const QString type = header.tagName();
     if (type != kPickedType && type != kAutomaticType)
         return refuse(QStringLiteral("the object is a %1, not a fault set").arg(type));
     bool found = false;
-    const int version = ZNXml::readIntInRange(*header, kVersion, kLastVersion, 0, kLastVersion, &found);
+    const int version = ZNXml::readIntInRange(header, kVersion, kLastVersion, 0, kLastVersion, &found);
     if (!found)
         return refuse(QStringLiteral("unknown fault set version \"%1\"")
-                          .arg(ZNXml::readString(*header, kVersion)));
-    const QList<QDomElement> patches = childElements(*header, kPatchTag);
-    const QList<QDomElement> lights = childElements(*header, kFaultLightTag);
-    const int n = ZNXml::readIntInRange(*header, kNumberOfPatch, 0, 1, patches.size(), &found);
+                          .arg(ZNXml::readString(header, kVersion)));
+    const int patchElements = static_cast<int>(parts.patchCrs.size());
+    const int n = ZNXml::readIntInRange(header, kNumberOfPatch, 0, 1, patchElements, &found);
     if (!found) return refuse(QStringLiteral("the header holds no usable patch count"));
 
     init(n, true);
-    m_picked = ZNXml::readBool(*header, kPicked, type == kPickedType);
+    m_picked = ZNXml::readBool(header, kPicked, type == kPickedType);
     m_version = version;
-    m_withMesh = ZNXml::readBool(*header, kWithMesh, false);
-    m_blocSpace = georef::BlocSpace(ZNXml::readIntInRange(*header, kDimX, 0, 0, INT_MAX),
-                                    ZNXml::readIntInRange(*header, kDimY, 0, 0, INT_MAX),
-                                    ZNXml::readIntInRange(*header, kDimZ, 0, 0, INT_MAX));
+    m_withMesh = ZNXml::readBool(header, kWithMesh, false);
+    m_blocSpace = georef::BlocSpace(ZNXml::readIntInRange(header, kDimX, 0, 0, INT_MAX),
+                                    ZNXml::readIntInRange(header, kDimY, 0, 0, INT_MAX),
+                                    ZNXml::readIntInRange(header, kDimZ, 0, 0, INT_MAX));
     // A singular matrix is refused by the block space, which keeps the identity.
-    m_blocSpace.setFromBlocToWorldMatrix(ZNXml::readMatrix(*header, kMatrix, core::mat4()));
-    SetUnitObjectToAllPatch(georef::UnitObject::fromElement(header->firstChildElement(kUnitsObject)));
-    for (int i = 0; i < n; ++i) m_patches[i].getHeader(&patches[i]);
+    m_blocSpace.setFromBlocToWorldMatrix(ZNXml::readMatrix(header, kMatrix, core::mat4()));
+    SetUnitObjectToAllPatch(georef::UnitObject::fromElement(header.firstChildElement(kUnitsObject)));
+    for (int i = 0; i < n; ++i) {
+        georef::UnitObject units = m_patches[i].unitObject();
+        units.setCrs(parts.patchCrs[i]);
+        m_patches[i].SetUnitObject(units);
+    }
 
-    ProgressScope progress(kLoadData, lights.size(), progressParent);
-    for (int k = 0; k < lights.size(); ++k) {
-        auto* light = new ZN3DFaultPatchLight();
-        light->getHeader(&lights[k]);
-        const int id = light->getFaultId();
-        if (!isValidPatchId(id)) {
-            delete light;
+    const int lights = static_cast<int>(parts.lights.size());
+    ProgressScope progress(kLoadData, lights, progressParent);
+    for (int k = 0; k < lights; ++k) {
+        const int id = parts.lights[k]->getFaultId();
+        if (!isValidPatchId(id))
             return refuse(QStringLiteral("a descriptor names patch %1 of %2").arg(id).arg(n));
-        }
-        m_faultLights.append(light);
+        m_faultLights.append(parts.lights[k].release());
         if (!progress.advance(k)) return false;
     }
     return true;
@@ -437,8 +461,15 @@ bool ZNFaultPatchManager::readPickedFault(const QString& path, bool twoD, int pr
 
 bool ZNFaultPatchManager::readPickedFault(ZNByteSource& file, bool twoD, int progressParent)
 {
+    // Descriptors and patches are read one element at a time: a header of one element
+    // per patch is read without building one document of them all.
+    HeaderParts parts;
     ZNObjectFile::Header header;
-    if (!ZNObjectFile::readHeader(file, header))
+    if (!ZNObjectFile::readHeader(file, header, {kFaultLightTag, kPatchTag},
+                                  [&parts](const QDomElement& e) {
+                                      parts.add(e);
+                                      return true;
+                                  }))
         return refuse(QStringLiteral("no object file header can be read"));
     // The patch count must fit the data before a patch is allocated.
     const int claimed = ZNXml::readIntInRange(header.objectHeader, kNumberOfPatch, 0, 1, INT_MAX);
@@ -447,7 +478,7 @@ bool ZNFaultPatchManager::readPickedFault(ZNByteSource& file, bool twoD, int pro
 
     // Read into a fault set of its own, so that a failure leaves this one as it was.
     ZNFaultPatchManager read;
-    if (!read.getPickedFaultHeader(&header.objectHeader, progressParent) ||
+    if (!read.applyHeader(header.objectHeader, parts, progressParent) ||
         !read.readPatchData(file, header.dataOffset, twoD, progressParent))
         return false;
     takeModelFrom(read);

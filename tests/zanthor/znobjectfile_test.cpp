@@ -3,8 +3,10 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QXmlStreamReader>
 
 #include <testfiles.h>
+#include <znbytesource.h>
 #include <testservices.h>
 #include <znobject.h>
 #include <znobjectfile.h>
@@ -39,6 +41,20 @@ QByteArray withGlobalHeader(const QByteArray& text, const QByteArray& rest = {})
     QByteArray block = text;
     block.append(QByteArray(ZNObjectFile::kGlobalHeaderSize - text.size(), '\0'));
     return block + rest;
+}
+
+// The streamed header read of the file at `path`; the text of each visited element's
+// "id" value and its "note" text, joined by a colon, go to `visited`.
+bool readStreamed(const QString& path, ZNObjectFile::Header& header, const QStringList& tags,
+                  QStringList* visited = nullptr)
+{
+    ZNFdReader file(ZNFdReader::openForReading(path));
+    return ZNObjectFile::readHeader(file, header, tags, [visited](const QDomElement& e) {
+        if (visited)
+            visited->append(ZNXml::readString(e, QStringLiteral("id")) + QLatin1Char(':') +
+                            e.firstChildElement(QStringLiteral("note")).text());
+        return true;
+    });
 }
 
 class ObjectFileTest : public testing::Test {
@@ -157,6 +173,8 @@ TEST_F(ObjectFileTest, DataOffsetOfDamagedGlobalHeadersIsMinusOne)
 TEST_F(ObjectFileTest, DamagedHeadersAreRejectedAndLeaveTheResultUntouched)
 {
     const QByteArray xml = "<globalObject><Thing/></globalObject>";
+    const QByteArray deep = "<globalObject><Thing>" + QByteArray("<e>").repeated(100000) +
+                            QByteArray("</e>").repeated(100000) + "</Thing></globalObject>";
     auto globalFor = [](qint64 size) {
         return withGlobalHeader("<GlobalHeader><headerSize value=\"" + QByteArray::number(size) +
                                 "\"/></GlobalHeader>");
@@ -170,6 +188,7 @@ TEST_F(ObjectFileTest, DamagedHeadersAreRejectedAndLeaveTheResultUntouched)
         {"garbage header", globalFor(xml.size()) + QByteArray(xml.size(), '#')},
         {"wrong root", globalFor(11) + "<other><a/>"},
         {"no object element", globalFor(15) + "<globalObject/>"},
+        {"nesting deeper than any header", globalFor(deep.size()) + deep},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -179,7 +198,71 @@ TEST_F(ObjectFileTest, DamagedHeadersAreRejectedAndLeaveTheResultUntouched)
         EXPECT_FALSE(ZNObjectFile::readHeader(path(), header));
         EXPECT_EQ(header.type, QStringLiteral("unchanged"));
         EXPECT_TRUE(ZNObjectFile::readObjectType(path()).isEmpty());
+        EXPECT_FALSE(readStreamed(path(), header, {QStringLiteral("Thing")}));
+        EXPECT_EQ(header.type, QStringLiteral("unchanged"));
     }
+}
+
+TEST_F(ObjectFileTest, StreamedHeaderHandsTheRepeatedElementsOverInOrderAndKeepsTheRest)
+{
+    const QByteArray xml =
+        "<globalObject><Set kind=\"a\"><count value=\"2\"/><Item><id value=\"1\"/></Item>"
+        "<units><unit value=\"m\"/></units><Item><id value=\"2\"/><note>x &amp; y</note></Item>"
+        "</Set></globalObject>";
+    const QByteArray global = "<GlobalHeader><headerSize value=\"" + QByteArray::number(xml.size()) +
+                              "\"/></GlobalHeader>";
+    ASSERT_TRUE(writeFileBytes(path(), withGlobalHeader(global, xml)));
+
+    QStringList visited;
+    ZNObjectFile::Header header;
+    ASSERT_TRUE(readStreamed(path(), header, {QStringLiteral("Item")}, &visited));
+    EXPECT_EQ(visited, QStringList({"1:", "2:x & y"}));
+    EXPECT_EQ(header.type, QStringLiteral("Set"));
+    EXPECT_EQ(header.objectHeader.attribute(QStringLiteral("kind")), QStringLiteral("a"));
+    EXPECT_EQ(ZNXml::readInt(header.objectHeader, QStringLiteral("count"), 0), 2);
+    EXPECT_EQ(ZNXml::readString(header.objectHeader.firstChildElement(QStringLiteral("units")),
+                                QStringLiteral("unit")),
+              QStringLiteral("m"));
+    EXPECT_TRUE(header.objectHeader.firstChildElement(QStringLiteral("Item")).isNull());
+    EXPECT_EQ(header.dataOffset, ZNObjectFile::kGlobalHeaderSize + xml.size());
+
+    // A visitor that refuses stops the read.
+    ZNFdReader file(ZNFdReader::openForReading(path()));
+    EXPECT_FALSE(ZNObjectFile::readHeader(file, header, {QStringLiteral("Item")},
+                                          [](const QDomElement&) { return false; }));
+}
+
+TEST(XmlElementReader, KeepsNestedElementsAttributesAndTextAndRefusesBrokenOrDeepXml)
+{
+    QDomDocument doc;
+    QXmlStreamReader good("<a x=\"1\"><b><c y=\"2\">t</c></b> <d/></a><ignored/>");
+    good.readNextStartElement();
+    const QDomElement a = ZNXml::readElement(good, doc);
+    ASSERT_FALSE(a.isNull());
+    EXPECT_EQ(a.attribute(QStringLiteral("x")), QStringLiteral("1"));
+    EXPECT_EQ(a.firstChildElement(QStringLiteral("b")).firstChildElement().attribute(QStringLiteral("y")),
+              QStringLiteral("2"));
+    EXPECT_EQ(a.firstChildElement(QStringLiteral("b")).text(), QStringLiteral("t"));
+    EXPECT_FALSE(a.firstChildElement(QStringLiteral("d")).isNull());
+    EXPECT_TRUE(good.isEndElement());
+
+    QXmlStreamReader broken("<a><b></a>");
+    broken.readNextStartElement();
+    EXPECT_TRUE(ZNXml::readElement(broken, doc).isNull());
+
+    // Nesting is bounded, so that neither reading nor freeing the element can exhaust
+    // the call stack on a hostile header.
+    auto nested = [](int depth) {
+        return QByteArray("<e>").repeated(depth) + QByteArray("</e>").repeated(depth);
+    };
+    for (const int depth : {ZNXml::kMaxElementDepth, 200000}) {
+        QXmlStreamReader reader(nested(depth));
+        reader.readNextStartElement();
+        EXPECT_EQ(ZNXml::readElement(reader, doc).isNull(), depth > ZNXml::kMaxElementDepth) << depth;
+    }
+
+    QXmlStreamReader notAtStart("<a/>");
+    EXPECT_TRUE(ZNXml::readElement(notAtStart, doc).isNull());
 }
 
 TEST_F(ObjectFileTest, HeaderRewriteThatFitsKeepsTheDataInPlace)

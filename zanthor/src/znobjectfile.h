@@ -1,8 +1,11 @@
 #pragma once
+#include <functional>
+
 #include <QByteArray>
 #include <QDomDocument>
 #include <QDomElement>
 #include <QString>
+#include <QStringList>
 #include <QtGlobal>
 
 class QIODevice;
@@ -77,6 +80,18 @@ public:
     // The same from a byte source holding a whole object file (read from its start;
     // position changed).
     static bool readHeader(ZNByteSource& file, Header& header);
+    // readHeader for long headers: each child of the object header whose tag is in
+    // `streamedTags` is handed to `visit`, in file order, as a small element of its own
+    // and is left out of `header.document`; the other children are kept as readHeader
+    // keeps them. A header of one element per fault and per patch is then read without
+    // building (and freeing) one large document. False as readHeader, or when `visit`
+    // returns false (reading stops there).
+    static bool readHeader(ZNByteSource& file, Header& header, const QStringList& streamedTags,
+                           const std::function<bool(const QDomElement&)>& visit);
+    // The bytes of the XML header document and the data offset, read without parsing,
+    // for readers that parse a long header as a stream. False (`text` empty) in the cases
+    // where readHeader fails before parsing.
+    static bool readHeaderText(ZNByteSource& file, QByteArray& text, qint64& dataOffset);
     // The object type of the file at `path`; empty when readHeader fails.
     static QString readObjectType(const QString& path);
 

@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include <QStringList>
+#include <QVector>
 
 namespace {
 const QString kValue = QStringLiteral("value");
@@ -245,6 +246,47 @@ core::vec3 readPixelSize(const QDomElement& parent, const QString& key, const co
     double values[kPixelSizeCount] = {fallback.x, fallback.y, fallback.z};
     readReals(parent, key, values, kPixelSizeCount, found);
     return {values[0], values[1], values[2]};
+}
+
+namespace {
+QDomElement startElement(const QXmlStreamReader& reader, QDomDocument& doc)
+{
+    QDomElement e = doc.createElement(reader.qualifiedName().toString());
+    for (const QXmlStreamAttribute& a : reader.attributes())
+        e.setAttribute(a.qualifiedName().toString(), a.value().toString());
+    return e;
+}
+} // namespace
+
+QDomElement readElement(QXmlStreamReader& reader, QDomDocument& doc)
+{
+    if (!reader.isStartElement()) return {};
+    const QDomElement root = startElement(reader, doc);
+    // The open elements, innermost last: an explicit stack, so that a deeply nested
+    // (hostile) header cannot exhaust the call stack here; the depth limit keeps it from
+    // exhausting it later, when the document frees its nodes recursively.
+    QVector<QDomElement> open{root};
+    while (!open.isEmpty() && !reader.atEnd()) {
+        switch (reader.readNext()) {
+        case QXmlStreamReader::StartElement: {
+            if (open.size() >= kMaxElementDepth) return {};
+            QDomElement e = startElement(reader, doc);
+            open.last().appendChild(e);
+            open.append(e);
+            break;
+        }
+        case QXmlStreamReader::EndElement:
+            open.removeLast();
+            break;
+        case QXmlStreamReader::Characters:
+            if (!reader.isWhitespace())
+                open.last().appendChild(doc.createTextNode(reader.text().toString()));
+            break;
+        default:
+            break;
+        }
+    }
+    return open.isEmpty() && !reader.hasError() ? root : QDomElement();
 }
 
 } // namespace ZNXml
