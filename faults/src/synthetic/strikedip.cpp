@@ -12,6 +12,7 @@ constexpr double kDegToRad = M_PI / 180.0;
 constexpr double kHorizontalEpsilon = 0.001;  // relative horizontal length of a flat normal
 constexpr double kFullTurn = 360.0;
 constexpr double kStrikeFromDipDirection = 270.0;  // strike = dip direction - 90
+constexpr double kFlatDipDirection = 180.0;        // of a flat plane, as the fault sheet shows it
 
 // `angle` folded into [0, 360).
 double wrapDegrees(double angle)
@@ -36,8 +37,9 @@ StrikeDip strikeDipOfWorldNormal(const core::vec3& normal)
     const core::vec3 up = (normal.y > 0.0 ? -normal : normal) / length;
     const double horizontal = std::hypot(up.x, up.z);   // sine of the dip
     const double dip = 90.0 + std::asin(std::max(-1.0, up.y)) * kRadToDeg;
-    const double dipDirection =
-        horizontal < kHorizontalEpsilon ? 0.0 : wrapDegrees(std::atan2(up.x, up.z) * kRadToDeg);
+    const double dipDirection = horizontal < kHorizontalEpsilon
+                                    ? kFlatDipDirection
+                                    : wrapDegrees(std::atan2(up.x, up.z) * kRadToDeg);
     return {wrapDegrees(dipDirection + kStrikeFromDipDirection), dip};
 }
 

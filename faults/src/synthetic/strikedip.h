@@ -23,8 +23,8 @@ struct StrikeDip {
 
 // Strike and dip of the plane whose world normal is `normal` (any length, either sign).
 // The normal is first turned to point up (y <= 0). A horizontal component shorter than
-// 0.001 of the normal's length counts as a horizontal plane: strike 270, dip 0, as the
-// fault sheet shows it. A zero or non-finite normal gives (-9999.0, -9999.0).
+// 0.001 of the normal's length counts as a horizontal plane: dip direction 180, so
+// strike 90, dip 0, as the fault sheet shows it. A zero or non-finite normal gives (-9999.0, -9999.0).
 StrikeDip strikeDipOfWorldNormal(const core::vec3& normal);
 
 // The unit world normal, pointing up (y <= 0), of the plane of the given strike and dip

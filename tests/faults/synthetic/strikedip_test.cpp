@@ -4,32 +4,18 @@
 #include <random>
 
 #include <synthetic/strikedip.h>
+#include <zn3dfaultpatch.h>
 #include <synthetic/syntheticvolume.h>
 
 using core::vec3;
 using namespace fault::synthetic;
 
 namespace {
-// Dip direction (azimuth of the upward normal) as the fault sheet computes it: an
-// independent reading of the same convention, step by step.
-double sheetAzimuth(vec3 n)
+// The fault sheet's "Fault Strike" of a plane: it reads the normal turned up.
+double sheetStrike(vec3 n)
 {
     if (n.y > 0) n = -n;
-    n = n / n.length();
-    const double h = std::sqrt(n.x * n.x + n.z * n.z);
-    if (h < 0.001) return 0.0;
-    double a = std::acos(-n.z / h) * 180.0 / M_PI;
-    if (n.x > 0) a = 360.0 - a;
-    a += 180.0;
-    if (a > 360.0) a -= 360.0;
-    return a;
-}
-
-double sheetStrike(const vec3& n)
-{
-    double s = sheetAzimuth(n) + 90.0;
-    if (s > 360.0) s -= 360.0;
-    return s < 180.0 ? s + 180.0 : s - 180.0;
+    return ZN3DFaultPatch::getFaultPlaneAzimuthAngle(n / n.length());
 }
 
 double circularGap(double a, double b)
@@ -76,7 +62,8 @@ TEST(StrikeDip, ReadsCompassDirectionsOnTheWorldAxes)
     const StrikeDip north = strikeDipOfWorldNormal({0.0, -std::cos(d), std::sin(d)});
     EXPECT_NEAR(north.strike, 270.0, 1e-9);
     const StrikeDip flat = strikeDipOfWorldNormal({0.0, 2.0, 0.0});
-    EXPECT_EQ(flat.strike, 270.0);
+    EXPECT_EQ(flat.strike, 90.0);
+    EXPECT_EQ(flat.strike, sheetStrike({0.0, 2.0, 0.0}));
     EXPECT_EQ(flat.dip, 0.0);
     const StrikeDip vertical = strikeDipOfWorldNormal({0.0, 0.0, -1.0});
     EXPECT_DOUBLE_EQ(vertical.dip, 90.0);
