@@ -810,9 +810,8 @@ private:
     bool readPatchData(ZNByteSource& file, qint64 offset, bool twoD, int progressParent);
     // Reads and checks the fathers; false, nothing changed, when they are not a forest.
     bool readFathers(ZNByteSource& file);
-    // Reads one patch's count and entries in the layout of the file's version; 3D
-    // entries pass through `scratch`.
-    bool readPatchEntries(ZNByteSource& file, int id, bool twoD, core::Array<uchar>& scratch);
+    // Reads one patch's count and entries in the layout of the file's version.
+    bool readPatchEntries(ZNByteSource& file, int id, bool twoD);
     // Takes the file-borne model of `other` (a fault set just read) by swapping.
     void takeModelFrom(ZNFaultPatchManager& other);
 

@@ -179,14 +179,17 @@ bool read2DEntries(ZNByteSource& file, core::PointWithBool* points, int count)
     return true;
 }
 
-// Reads `count` 3D entries through `scratch` into `points`, flags false.
-bool read3DEntries(ZNByteSource& file, core::PointWithBool* points, int count,
-                   core::Array<uchar>& scratch)
+// Reads `count` 3D entries into `points`, flags false: the 24-byte records are read into
+// the tail of the 32-byte entries and spread forward in place (record k never lies
+// before entry k + 1's start until entry k is written). False on a short read or a
+// non-finite coordinate.
+bool read3DEntries(ZNByteSource& file, core::PointWithBool* points, int count)
 {
     if (count == 0) return true;
-    if (!scratch.resize(count * kEntryBytes3D) || !file.read(scratch.data(), scratch.size()))
-        return false;
-    const uchar* in = scratch.data();
+    uchar* const base = reinterpret_cast<uchar*>(points);
+    const qint64 tail = qint64(count) * (kEntryBytes2D - kEntryBytes3D);
+    if (!file.read(base + tail, qint64(count) * kEntryBytes3D)) return false;
+    const uchar* in = base + tail;
     for (int k = 0; k < count; ++k, in += kEntryBytes3D) {
         const core::PointWithBool p(getReal(in), getReal(in + kRealBytes),
                                     getReal(in + 2 * kRealBytes), false);
@@ -369,8 +372,7 @@ bool ZNFaultPatchManager::readPatchData(ZNByteSource& file, qint64 offset, bool 
     const int n = getNumberOfPatch();
     ProgressScope progress(kLoadData, n, progressParent);
     bool ok = file.seek(offset) ? readFathers(file) : refuse(QStringLiteral("no data block"));
-    core::Array<uchar> scratch(kBufferGrowth);
-    for (int i = 0; ok && i < n; ++i) ok = readPatchEntries(file, i, twoD, scratch) && progress.advance(i);
+    for (int i = 0; ok && i < n; ++i) ok = readPatchEntries(file, i, twoD) && progress.advance(i);
     if (ok) m_pickedPoints.compact();
     if (ok && m_withMesh && file.remaining() != 0)
         ok = readMesh(file) || refuse(QStringLiteral("the mesh section is corrupt"));
@@ -400,8 +402,7 @@ bool ZNFaultPatchManager::readFathers(ZNByteSource& file)
     return true;
 }
 
-bool ZNFaultPatchManager::readPatchEntries(ZNByteSource& file, int id, bool twoD,
-                                           core::Array<uchar>& scratch)
+bool ZNFaultPatchManager::readPatchEntries(ZNByteSource& file, int id, bool twoD)
 {
     uchar countBytes[kIntBytes];
     if (!file.read(countBytes, kIntBytes))
@@ -418,7 +419,7 @@ bool ZNFaultPatchManager::readPatchEntries(ZNByteSource& file, int id, bool twoD
     core::PointWithBool* points = m_pickedPoints.getArray(id);
     geom::Rect2d rect;
     const bool read = form2D ? read2DEntries(file, points, count) && readRect(file, rect)
-                             : read3DEntries(file, points, count, scratch);
+                             : read3DEntries(file, points, count);
     if (!read) {
         m_pickedPoints.clearArray(id);
         return refuse(QStringLiteral("the entries of patch %1 cannot be read").arg(id));
