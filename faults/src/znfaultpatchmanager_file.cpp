@@ -23,7 +23,7 @@
 #include <znobjectfile.h>
 #include <znobjectfilewriter.h>
 #include <znprocess.h>
-#include <znprogressbarmgr.h>
+#include <znstridedprogress.h>
 #include <znxml.h>
 
 namespace {
@@ -65,40 +65,13 @@ constexpr int kMinBytesPerPatch = 2 * kIntBytes;  // a father and a count
 constexpr int kFirstVersionWithForms = 3;     // older data is always in the 3D form
 constexpr int kBlockIndexVersion = 0;         // 3D entries in block indices
 constexpr int kBufferGrowth = 1 << 16;        // bytes of the encoding buffer's growth
-constexpr int kProgressSteps = 100;           // bars advance every max(1, n / 100) items
 
+static_assert(ZNFaultPatchManager::kNoProgressBar == ZNStridedProgress::kNoBar,
+              "readers given no bar show none");
 static_assert(sizeof(core::PointWithBool) == kEntryBytes2D &&
                   offsetof(core::PointWithBool, flag) == kFlagByte &&
                   std::is_trivially_copyable<core::PointWithBool>::value,
               "2D entries are read straight into the point lists");
-
-// A progress bar for the lifetime of a scope; none when `parent` is kNoProgressBar.
-class ProgressScope {
-public:
-    ProgressScope(const QString& title, int range, int parent)
-        : m_id(parent == ZNFaultPatchManager::kNoProgressBar
-                   ? -1
-                   : ZNProgressBarMgr::createProgressBar(title, range, parent)),
-          m_every(std::max(1, range / kProgressSteps))
-    {
-    }
-    ~ProgressScope() { ZNProgressBarMgr::closeProgressBar(m_id); }
-    ProgressScope(const ProgressScope&) = delete;
-    ProgressScope& operator=(const ProgressScope&) = delete;
-
-    // Called after item `i` (from 0); advances the bar every m_every items. False once
-    // the bar is cancelled.
-    bool advance(int i)
-    {
-        if ((i + 1) % m_every != 0) return true;
-        ZNProgressBarMgr::incrementProgressBar(m_id, m_every);
-        return !ZNProgressBarMgr::isProgressBarCancelled(m_id);
-    }
-
-private:
-    int m_id;
-    int m_every;
-};
 
 // Sends the read failure and its reason; false.
 bool refuse(const QString& reason)
@@ -314,13 +287,13 @@ bool ZNFaultPatchManager::applyHeader(const QDomElement& header, HeaderParts& pa
     }
 
     const int lights = static_cast<int>(parts.lights.size());
-    ProgressScope progress(kLoadData, lights, progressParent);
+    ZNStridedProgress progress(kLoadData, lights, progressParent);
     for (int k = 0; k < lights; ++k) {
         const int id = parts.lights[k]->getFaultId();
         if (!isValidPatchId(id))
             return refuse(QStringLiteral("a descriptor names patch %1 of %2").arg(id).arg(n));
         m_faultLights.append(parts.lights[k].release());
-        if (!progress.advance(k)) return false;
+        if (progress.next()) return false;
     }
     return true;
 }
@@ -344,14 +317,14 @@ bool ZNFaultPatchManager::writePickedFaultData(QIODevice& file, qint64 offset, b
     if (!writeAll(file, buffer)) return reportWriteFailure();
     ZNEventBus::sendMessage(ZNEventBus::Progress, kWritingPoints);
 
-    ProgressScope progress(kSaveTitle, n, showProgress ? -1 : kNoProgressBar);
+    ZNStridedProgress progress(kSaveTitle, n, showProgress ? -1 : ZNStridedProgress::kNoBar);
     const bool counted = m_pickedPoints.hasCountArray();
     for (int i = 0; i < n; ++i) {
         const int count = counted ? m_pickedPoints.getCount(i) : core::kNoValue;
         if (!encodePatch(count, m_pickedPoints.getArray(i), m_patches[i].getRect(), twoD, buffer) ||
             !writeAll(file, buffer))
             return reportWriteFailure();
-        if (!progress.advance(i)) return false;
+        if (progress.next()) return false;
     }
     const bool withMeshes = m_withMesh && meshes && meshes->size() == m_faultLights.size();
     if (withMeshes && !writeMesh(file, *meshes)) return reportWriteFailure();
@@ -370,9 +343,9 @@ bool ZNFaultPatchManager::readPatchData(ZNByteSource& file, qint64 offset, bool 
                                         int progressParent)
 {
     const int n = getNumberOfPatch();
-    ProgressScope progress(kLoadData, n, progressParent);
+    ZNStridedProgress progress(kLoadData, n, progressParent);
     bool ok = file.seek(offset) ? readFathers(file) : refuse(QStringLiteral("no data block"));
-    for (int i = 0; ok && i < n; ++i) ok = readPatchEntries(file, i, twoD) && progress.advance(i);
+    for (int i = 0; ok && i < n; ++i) ok = readPatchEntries(file, i, twoD) && !progress.next();
     if (ok) m_pickedPoints.compact();
     if (ok && m_withMesh && file.remaining() != 0)
         ok = readMesh(file) || refuse(QStringLiteral("the mesh section is corrupt"));

@@ -10,7 +10,7 @@
 #include <core/conventions.h>
 #include <zneventbus.h>
 
-#include "znstridedprogress.h"
+#include <znstridedprogress.h>
 
 namespace {
 
@@ -73,7 +73,7 @@ void scoreDirectContacts(const ZNFaultPatchManager& set, int i, double maxCost,
 template <class Score, class Push>
 bool scoreInStrides(int first, int last, ZNStridedProgress& bar, Score score, Push push)
 {
-    const int stride = bar.stride();
+    const int stride = static_cast<int>(bar.stride());
     const int block = std::max(1, kParallelBlock / stride) * stride;
     std::vector<core::Array<Candidate>> found(block);
     for (int start = first; start <= last; start += block) {

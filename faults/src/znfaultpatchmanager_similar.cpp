@@ -13,7 +13,7 @@
 #include <core/stickrules.h>
 
 #include "znfaultsurface.h"
-#include "znstridedprogress.h"
+#include <znstridedprogress.h>
 
 namespace {
 

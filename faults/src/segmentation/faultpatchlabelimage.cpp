@@ -5,9 +5,9 @@
 
 #include <core/assertion.h>
 #include <zneventbus.h>
+#include <znstridedprogress.h>
 
 #include "segmentation/labelscan.h"
-#include "segmentation/progressscope.h"
 
 namespace fault::segmentation {
 
@@ -26,7 +26,7 @@ ZN3DImage<int>* segmentInMemory(ZN3DImage<float>* likelihood, const ScanSettings
                     "faults/src/segmentation/faultpatchlabelimage"))
         return nullptr;
     const int nz = likelihood->nz();
-    ProgressScope progress(QStringLiteral("Get Fault Patches"), nz, progressParent);
+    ZNStridedProgress progress(QStringLiteral("Get Fault Patches"), nz, progressParent);
     std::unique_ptr<ZN3DImage<int>> labels(
         new (std::nothrow) ZN3DImage<int>(likelihood->blocSpace(), kUnlabelled));
     if (!labels || labels->isNull()) {
@@ -48,7 +48,7 @@ ZN3DImage<int>* segmentInMemory(ZN3DImage<float>* likelihood, const ScanSettings
 
     int z = 0;
     for (; z < scan.sliceCount(); ++z) {
-        if (progress.advanceAndCheckCancelled()) {
+        if (progress.next()) {
             sliceCount = scan.sliceCount();
             labelCounter = scan.label();
             return nullptr;

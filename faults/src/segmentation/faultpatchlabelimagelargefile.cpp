@@ -6,11 +6,11 @@
 #include <znbloc.h>
 #include <zneventbus.h>
 #include <znslabplanner.h>
+#include <znstridedprogress.h>
 
 #include "segmentation/faultpatchlabelimage.h"
 #include "segmentation/labelscan.h"
 #include "segmentation/largefilesegmentation.h"
-#include "segmentation/progressscope.h"
 
 namespace fault::segmentation {
 
@@ -105,7 +105,7 @@ bool segmentLargeFile(ZNBloc* likelihood, const QString& outputPath, int& firstS
     const int cz = plan.z;
     const int slabDepth = cz + kSlabOverlap;
     const int outputDepth = nz - firstSlice;
-    ProgressScope progress(QStringLiteral("Get Fault Patches"), (outputDepth + cz - 1) / cz,
+    ZNStridedProgress progress(QStringLiteral("Get Fault Patches"), (outputDepth + cz - 1) / cz,
                            progressParent);
     const SlabSettings settings{maxPatchSize, maxPlaneDeviation, growthIterations,
                                 likelihoodThreshold, progressParent, labelBudget};
@@ -113,7 +113,7 @@ bool segmentLargeFile(ZNBloc* likelihood, const QString& outputPath, int& firstS
     bool ok = true;
     int end = -1;  // set when a spent budget ends the run
     for (int k = firstSlice; k < nz && end < 0; k += slabDepth - kSlabOverlap) {
-        if (progress.advanceAndCheckCancelled()) {
+        if (progress.next()) {
             ok = false;
             break;
         }

@@ -13,7 +13,7 @@
 #include <zneventbus.h>
 
 #include "volumeio/gridaxes.h"
-#include "volumeio/readprogress.h"
+#include "znstridedprogress.h"
 
 namespace volumeio {
 namespace {
@@ -118,7 +118,7 @@ QString readSamples(QFile& file, const RawVolumeLayout& layout, float* out, int&
                               std::size_t(layout.nSample);
     const bool swap = !hostIs(layout.byteOrder);
     std::vector<quint32> chunk(std::min(count, kChunkSamples));
-    ReadProgress progress(QStringLiteral("Reading raw volume"),
+    ZNStridedProgress progress(QStringLiteral("Reading raw volume"),
                           (count + chunk.size() - 1) / chunk.size());
     FileOrderCursor cursor(layout.nInline, layout.nCrossline, layout.nSample, layout.axes);
     for (std::size_t done = 0; done < count;) {
@@ -132,7 +132,7 @@ QString readSamples(QFile& file, const RawVolumeLayout& layout, float* out, int&
         for (std::size_t i = 0; i < n; ++i, cursor.advance())
             out[cursor.index()] = decode<float>(chunk[i], swap);
         done += n;
-        if (progress.itemDoneAndCheckCancelled()) {
+        if (progress.next()) {
             kind = ZNEventBus::Error;
             return QStringLiteral("reading cancelled");
         }

@@ -11,7 +11,7 @@
 
 #include <zneventbus.h>
 
-#include "volumeio/readprogress.h"
+#include "znstridedprogress.h"
 #include "volumeio/segyworld.h"
 
 namespace volumeio {
@@ -146,7 +146,7 @@ bool field(const char* th, int byte, int& out)
 }
 
 Problem readTraceHeaders(segy_file* fp, const TraceLayout& layout, const SegyReadOptions& options,
-                         ReadProgress& progress, TraceHeaders& out)
+                         ZNStridedProgress& progress, TraceHeaders& out)
 {
     char th[SEGY_TRACE_HEADER_SIZE];
     for (int t = 0; t < layout.traceCount; ++t) {
@@ -167,7 +167,7 @@ Problem readTraceHeaders(segy_file* fp, const TraceLayout& layout, const SegyRea
         out.crosslines.push_back(xl);
         out.cdp.emplace_back(cdpX * scale, cdpY * scale);
         out.source.emplace_back(srcX * scale, srcY * scale);
-        if (progress.itemDoneAndCheckCancelled())
+        if (progress.next())
             return contentProblem(QStringLiteral("reading cancelled"));
     }
     return {};
@@ -198,7 +198,7 @@ void toFloat(int format, const char* in, int count, float* out)
 
 // Reads every trace into its column of `image`.
 Problem readTraces(segy_file* fp, const TraceLayout& layout, const SegyGrid& grid,
-                   ReadProgress& progress, ZN3DImage<float>& image)
+                   ZNStridedProgress& progress, ZN3DImage<float>& image)
 {
     std::vector<char> raw(layout.sampleBytes);
     std::vector<float> trace(layout.samples);
@@ -211,7 +211,7 @@ Problem readTraces(segy_file* fp, const TraceLayout& layout, const SegyGrid& gri
         float* column = image.data() +
                         image.index(grid.inlineIndexOfTrace[t], grid.crosslineIndexOfTrace[t], 0);
         for (int k = 0; k < layout.samples; ++k) column[slice * k] = trace[k];
-        if (progress.itemDoneAndCheckCancelled())
+        if (progress.next())
             return contentProblem(QStringLiteral("reading cancelled"));
     }
     return {};
@@ -261,7 +261,7 @@ Problem readVolume(const QString& path, const SegyReadOptions& options, SegyRead
     TraceLayout layout;
     Problem p = readTraceLayout(file.fp, info.size(), layout);
     if (p.isSet()) return p;
-    ReadProgress progress(QStringLiteral("Reading SEG-Y"), 2 * std::size_t(layout.traceCount));
+    ZNStridedProgress progress(QStringLiteral("Reading SEG-Y"), 2 * std::size_t(layout.traceCount));
     TraceHeaders headers;
     p = readTraceHeaders(file.fp, layout, options, progress, headers);
     if (p.isSet()) return p;
