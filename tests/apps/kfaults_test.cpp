@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include <QDir>
+#include <QJsonArray>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -13,12 +14,12 @@
 #include <exchange/gocadtsurf.h>
 #include <exchange/stickformat.h>
 #include <exchange/stickset.h>
+#include <synthetic/syntheticscene.h>
 #include <zn3dfaultpatchlight.h>
 #include <znfaultpatchmanager.h>
 
 #include <commandline.h>
 #include <interruptibleprogress.h>
-#include <sticksmesh.h>
 
 namespace {
 struct Outcome {
@@ -43,6 +44,20 @@ QStringList lines(const std::string& text)
 {
     return QString::fromStdString(text).split('\n', Qt::SkipEmptyParts);
 }
+
+QJsonObject readJson(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
+}
+
+double areaOf(const fault::exchange::TriangleMesh& mesh)
+{
+    double area = 0.0;
+    for (const auto& t : mesh.triangles)
+        area += 0.5 * (mesh.vertices[t[1]] - mesh.vertices[t[0]]).cross(mesh.vertices[t[2]] - mesh.vertices[t[0]]).length();
+    return area;
+}
 } // namespace
 
 TEST(Kfaults, ExtractOnTheBuiltInVolumeRecoversEveryPlantedFaultAndPrintsOnlyItsFiles)
@@ -63,6 +78,9 @@ TEST(Kfaults, ExtractOnTheBuiltInVolumeRecoversEveryPlantedFaultAndPrintsOnlyIts
     EXPECT_TRUE(report["match"].toObject()["everyPlantedFaultIsOneFault"].toBool());
     EXPECT_TRUE(report["match"].toObject()["plantedFaultsKeptApart"].toBool());
     EXPECT_GT(report["counts"].toObject()["merges"].toInt(), 0);
+    EXPECT_EQ(report["surfaces"].toObject()["method"].toString(), "Minimum Envelop");
+    const QJsonObject memory = report["memory"].toObject();
+    EXPECT_GT(memory["peakResidentBytes"].toDouble(), memory["volumeBytes"].toDouble());
 
     const Outcome info = runTool({"info", QDir(dir.filePath("out")).filePath("faults.faultset").toStdString()});
     ASSERT_EQ(info.code, 0) << info.err;
@@ -106,7 +124,9 @@ INSTANTIATE_TEST_SUITE_P(
                    kfaults::kExitFailure},
         BadCommand{"WrongFormat", {"info", "@wrong.raw"}, kfaults::kExitFailure},
         BadCommand{"UnknownCommand", {"frobnicate"}, kfaults::kExitUsage},
-        BadCommand{"UnknownFormat", {"extract", "--format", "tiff"}, kfaults::kExitUsage}),
+        BadCommand{"UnknownFormat", {"extract", "--format", "tiff"}, kfaults::kExitUsage},
+        BadCommand{"UnknownSurfaceMethod", {"mesh", "@wrong.raw", "@out.ts", "--surface-method", "ladder"},
+                   kfaults::kExitUsage}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Kfaults, CtrlCCancelsAndLeavesNoOutput)
@@ -122,7 +142,8 @@ TEST(Kfaults, CtrlCCancelsAndLeavesNoOutput)
 
 TEST(Kfaults, EveryCommandHasHelp)
 {
-    for (const char* command : {"extract", "info", "sticks", "sticks import", "sticks export"}) {
+    for (const char* command : {"extract", "info", "sticks", "sticks import", "sticks export", "mesh",
+                                "dedupe", "synth"}) {
         std::vector<std::string> args;
         for (const QString& word : QString(command).split(' ')) args.push_back(word.toStdString());
         args.push_back("--help");
@@ -207,17 +228,83 @@ TEST(Kfaults, SynthVolumeReadsBackAsBlocAndRawWithTheSameFaultsThenMeshesAndDedu
     EXPECT_NE(d.out.find("duplicate pairs: 0"), std::string::npos) << d.out;
 }
 
-TEST(SticksMesh, StripsJoinConsecutiveSticksAndCoverTheirArea)
+class KfaultsSurfaces : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(KfaultsSurfaces, PlantedPlanesGiveNamedSurfacesOnThePlanesThatMeshReproducesFromTheFaultSet)
 {
-    // Two vertical sticks 10 apart, 3 and 2 points over a height of 20: a 10 x 20 rectangle.
-    const auto mesh = kfaults::meshFromSticks(
-        "F", {{{0, 0, 0}, {0, 10, 0}, {0, 20, 0}}, {{10, 0, 0}}, {{10, 0, 0}, {10, 20, 0}}});
-    EXPECT_EQ(mesh.name, "F");
-    EXPECT_EQ(mesh.vertices.size(), 5u);   // the one-point stick is skipped
-    EXPECT_EQ(mesh.triangles.size(), 3u);
-    EXPECT_EQ(mesh.firstBadTriangle(), -9999);
-    EXPECT_NEAR(kfaults::meshArea(mesh), 200.0, 1e-9);
+    QTemporaryDir dir;
+    const QDir out(dir.filePath("out"));
+    const Outcome e = runTool({"extract", "--no-pictures", "--surface-method", GetParam(), "-o", out.path().toStdString()});
+    ASSERT_EQ(e.code, 0) << e.err;
+    const QJsonObject report = readJson(out.filePath("report.json"));
+    std::vector<fault::exchange::TriangleMesh> meshes;
+    ASSERT_TRUE(fault::exchange::readGocadTSurf(out.filePath("faults.ts"), meshes));
+    const QJsonArray faults = report["faults"].toArray();
+    ASSERT_EQ(meshes.size(), static_cast<std::size_t>(faults.size()));
+    std::map<QString, const fault::exchange::TriangleMesh*> byName;
+    for (std::size_t i = 0; i < meshes.size(); ++i) {
+        const QJsonObject f = faults[static_cast<int>(i)].toObject();
+        EXPECT_EQ(meshes[i].name, f["name"].toString());
+        EXPECT_NEAR(areaOf(meshes[i]), f["area"].toDouble(), 1e-3 * f["area"].toDouble());
+        byName[meshes[i].name] = &meshes[i];
+    }
+
+    // Sticks average the fault's voxels and stray where planted faults cross or leave the
+    // volume: the surface keeps to the plane as closely as its sticks do, and all but a
+    // few of its vertices lie within a voxel of the plane.
+    constexpr double kMostOffPlane = 1.0;    // voxels, for 95 % of the vertices
+    constexpr double kMost = 0.95;
+    constexpr double kBeyondSticks = 0.25;   // voxels
+    ZNFaultPatchManager set;
+    ASSERT_TRUE(set.readPickedFault(out.filePath("faults.faultset"), false, ZNFaultPatchManager::kNoProgressBar));
+    std::map<QString, int> faultOfPlanted;
+    for (const QJsonValue& m : report["match"].toObject()["planted"].toArray())
+        faultOfPlanted[m.toObject()["name"].toString()] = m.toObject()["fault"].toInt();
+    int planes = 0;
+    for (const fault::synthetic::PlantedFault& planted : fault::synthetic::defaultScene().faults) {
+        if (planted.shape != fault::synthetic::PlantedFault::Shape::Plane) continue;
+        ++planes;
+        const QString name = QStringLiteral("Fault %1").arg(faultOfPlanted[planted.name]);
+        const auto mesh = byName.find(name);
+        ASSERT_NE(mesh, byName.end()) << planted.name.toStdString();
+        ASSERT_FALSE(mesh->second->triangles.empty());
+        const fault::synthetic::PlantedFaultField plane(planted);
+        const auto offPlane = [&](const core::vec3& world) {   // world (x, y down, z) to grid
+            return std::fabs(plane.signedDistance(core::vec3(world.x, world.z, world.y)));
+        };
+        double worstStickPoint = 0.0;
+        for (const ZN3DFaultPatchLight* light : set.getFaultLightList()) {
+            if (light->GetFaultName() != name) continue;
+            core::Array<core::PointWithBool> points;
+            set.getFaultPickedPointArray(light->getFaultId(), points);
+            for (const core::PointWithBool& p : points)
+                if (!p.isSeparator()) worstStickPoint = std::max(worstStickPoint, offPlane(p.position()));
+        }
+        std::vector<double> distances;
+        for (const core::vec3& v : mesh->second->vertices) distances.push_back(offPlane(v));
+        std::sort(distances.begin(), distances.end());
+        EXPECT_LT(distances[static_cast<std::size_t>(kMost * (distances.size() - 1))], kMostOffPlane)
+            << planted.name.toStdString();
+        EXPECT_LT(distances.back(), worstStickPoint + kBeyondSticks) << planted.name.toStdString();
+    }
+    EXPECT_EQ(planes, 3);
+
+    const std::string again = dir.filePath("again.ts").toStdString();
+    const Outcome m = runTool({"mesh", out.filePath("faults.faultset").toStdString(), again, "--surface-method", GetParam()});
+    ASSERT_EQ(m.code, 0) << m.err;
+    std::vector<fault::exchange::TriangleMesh> remeshed;
+    ASSERT_TRUE(fault::exchange::readGocadTSurf(QString::fromStdString(again), remeshed));
+    ASSERT_EQ(remeshed.size(), meshes.size());
+    for (std::size_t i = 0; i < meshes.size(); ++i) {
+        EXPECT_EQ(remeshed[i].name, meshes[i].name);
+        EXPECT_EQ(remeshed[i].triangles, meshes[i].triangles);
+        ASSERT_EQ(remeshed[i].vertices.size(), meshes[i].vertices.size());
+        for (std::size_t k = 0; k < meshes[i].vertices.size(); ++k)
+            EXPECT_LT((remeshed[i].vertices[k] - meshes[i].vertices[k]).length(), 1e-5);
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(Methods, KfaultsSurfaces, ::testing::Values("minimum", "convex"));
 
 class KfaultsImportsExchangeFiles : public ::testing::TestWithParam<const char*> {};
 
