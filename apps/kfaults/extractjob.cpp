@@ -11,7 +11,6 @@
 #include <QTemporaryDir>
 
 #include <segmentation/faultpatchlabelimage.h>
-#include <synthetic/faultmatcher.h>
 #include <synthetic/syntheticvolume.h>
 #include <volumeio/segyreader.h>
 #include <znbloc.h>
