@@ -1,10 +1,12 @@
 #include "commandline.h"
 
+#include <map>
 #include <memory>
 
 #include <CLI/CLI.hpp>
 #include <QFileInfo>
 
+#include <zn3dfaultpatch.h>
 #include <znfaultpatchmanager.h>
 
 #include "commands.h"
@@ -28,6 +30,20 @@ bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo
     if (set.readPickedFault(path, false, ZNFaultPatchManager::kNoProgressBar)) return true;
     io.fail(LastError::withDetail(QStringLiteral("%1: not a readable fault set file").arg(path)), kExitFailure);
     return false;
+}
+
+CLI::Option* addSurfaceMethodOption(CLI::App& c, int& method)
+{
+    method = ZN3DFaultPatch::MinimumEnvelop;
+    const std::map<std::string, int> methods{{"convex", ZN3DFaultPatch::ConvexEnvelop},
+                                             {"minimum", ZN3DFaultPatch::MinimumEnvelop}};
+    return c.add_option("--surface-method", method,
+                        "How each fault is meshed from its sticks: minimum (\"Minimum Envelop\": "
+                        "every stick segment kept, triangles only between neighbouring sticks, "
+                        "edges no longer than the distance between two sticks) or convex "
+                        "(\"Convex Envelop\": a smoothed grid over the sticks' convex envelope)")
+        ->transform(CLI::CheckedTransformer(methods))
+        ->option_text("convex|minimum (default: minimum)");
 }
 
 int runKfaults(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)

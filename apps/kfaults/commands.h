@@ -6,6 +6,7 @@
 class ZNFaultPatchManager;
 namespace CLI {
 class App;
+class Option;
 }
 
 // The commands of kfaults, each added to the tool's command line by its own function.
@@ -24,6 +25,12 @@ struct CommandIo {
 // Reads the fault set file at `path` into `set` (3D form, no progress bar). On failure
 // prints the one-line error, keeps exit code 1 and returns false.
 bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io);
+
+// Adds "--surface-method convex|minimum" to command `c`, stored in `method` as the 3D
+// fault patch's gridding method (0 "Convex Envelop", 1 "Minimum Envelop"); the default
+// is "minimum", which keeps every stick segment and meshes only between neighbouring
+// sticks.
+CLI::Option* addSurfaceMethodOption(CLI::App& c, int& method);
 
 void addExtractCommand(CLI::App& tool, CommandIo& io);
 void addInfoCommand(CLI::App& tool, CommandIo& io);

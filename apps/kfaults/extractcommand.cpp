@@ -91,7 +91,8 @@ void addExtractCommand(CLI::App& tool, CommandIo& io)
         "extract",
         "Extract faults from a fault-likelihood volume (the built-in synthetic volume when no "
         "--input is given) and write the fault set, surfaces, fault volume, pictures and "
-        "report.json into the output folder. Prints the files written.");
+        "report.json into the output folder. Each fault's surface is meshed from its sticks "
+        "by the 3D fault patch (--surface-method). Prints the files written.");
     c->add_option("-i,--input", arguments->input, "Likelihood volume: SEG-Y, raw float32 or block file");
     c->add_option("--format", arguments->format, "Input format: auto (by extension), segy, raw, bloc")
         ->check(CLI::IsMember({"auto", "segy", "raw", "bloc"}))->capture_default_str();
@@ -130,6 +131,14 @@ void addExtractCommand(CLI::App& tool, CommandIo& io)
         ->check(CLI::PositiveNumber)->capture_default_str();
     c->add_option("--min-fault-voxels", s.minVoxelsPerFault, "Smaller faults are left out of the sticks")
         ->check(CLI::PositiveNumber)->capture_default_str();
+    addSurfaceMethodOption(*c, options->surfaceMethod)
+        ->description("How each fault is meshed from its sticks for faults.ts, the pictures and "
+                      "the areas of report.json: minimum (\"Minimum Envelop\": every stick "
+                      "segment kept, triangles only between neighbouring sticks, edges no "
+                      "longer than the distance between two sticks) or convex (\"Convex "
+                      "Envelop\": a smoothed grid over the sticks' convex envelope, steps of "
+                      "the distance between two sticks, at least 50 world units, and between "
+                      "two stick points)");
     c->callback([arguments, options, &io] { runExtractCommand(*arguments, *options, io); });
 }
 

@@ -11,16 +11,17 @@
 #include <QTemporaryDir>
 
 #include <segmentation/faultpatchlabelimage.h>
-#include <synthetic/faultmatcher.h>
 #include <synthetic/syntheticvolume.h>
 #include <volumeio/segyreader.h>
 #include <znbloc.h>
 #include <znfaultpatchmanager.h>
 
 #include "extractoutputs.h"
+#include "faultsurfaces.h"
 #include "interruptibleprogress.h"
 #include "lasterror.h"
-#include "sticksmesh.h"
+#include "plantedtruth.h"
+#include "processmemory.h"
 
 namespace kfaults {
 namespace {
@@ -28,7 +29,7 @@ namespace {
 // The likelihood volume and, for the built-in scene, its truth.
 struct LoadedInput {
     ZN3DImage<float> likelihood;
-    std::unique_ptr<fault::synthetic::SyntheticVolume> synthetic;
+    std::unique_ptr<PlantedTruth> truth;
     QString error;
 };
 
@@ -48,14 +49,14 @@ LoadedInput loadInput(const ExtractOptions& o)
     switch (o.input) {
     case InputKind::Synthetic: {
         const int n = o.syntheticSize;
-        auto volume = std::make_unique<fault::synthetic::SyntheticVolume>(
-            fault::synthetic::generateSyntheticVolume(fault::synthetic::defaultScene(n, n, n, o.seed)));
-        if (!volume->ok()) {
-            in.error = volume->error;
+        fault::synthetic::SyntheticVolume volume =
+            fault::synthetic::generateSyntheticVolume(fault::synthetic::defaultScene(n, n, n, o.seed));
+        if (!volume.ok()) {
+            in.error = volume.error;
             return in;
         }
-        in.likelihood = std::move(volume->likelihood);
-        in.synthetic = std::move(volume);
+        in.truth = std::make_unique<PlantedTruth>(volume);   // releases the planted-id image
+        in.likelihood = std::move(volume.likelihood);
         return in;
     }
     case InputKind::Segy: {
@@ -87,16 +88,24 @@ int countFaultsWithVoxels(const ZNFaultPatchManager& set)
     return static_cast<int>(std::count(isRoot.begin(), isRoot.end(), 1));
 }
 
-// Times the steps of the run, in milliseconds, in the order they ran.
+// Times the steps of the run, in milliseconds, and the process's peak resident memory
+// (bytes) at the end of each, in the order they ran.
 class StepClock {
 public:
     void start() { m_timer.start(); }
-    void stop(const char* step) { m_timings.insert(QLatin1String(step), static_cast<double>(m_timer.nsecsElapsed()) / 1e6); }
+    void stop(const char* step)
+    {
+        constexpr double kNanosecondsPerMillisecond = 1e6;
+        m_timings.insert(QLatin1String(step), static_cast<double>(m_timer.nsecsElapsed()) / kNanosecondsPerMillisecond);
+        m_peaks.insert(QLatin1String(step), static_cast<double>(peakResidentBytes()));
+    }
     const QJsonObject& timings() const { return m_timings; }
+    const QJsonObject& peaks() const { return m_peaks; }
 
 private:
     QElapsedTimer m_timer;
     QJsonObject m_timings;
+    QJsonObject m_peaks;
 };
 
 ExtractResult failure(const QString& what)
@@ -165,11 +174,19 @@ ExtractResult runExtract(const ExtractOptions& o)
     clock.stop("duplicates");
 
     clock.start();
+    // Fault i of the picked set is entry i of `faults`, with id i + 1.
+    const SurfaceSettings surfaceSettings = surfaceSettingsFor(picked->getBlocSpace(), o.sticks, o.surfaceMethod);
     std::vector<fault::exchange::TriangleMesh> meshes;
-    for (const fault::FaultSticks& f : faults) meshes.push_back(meshFromSticks(f.name, f.sticks));
+    std::vector<double> areas;
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        if (InterruptibleProgress::interrupted()) return failure(QString());
+        FaultSurface surface = meshFault(*picked, static_cast<int>(i) + 1, surfaceSettings);
+        meshes.push_back(std::move(surface.mesh));
+        areas.push_back(surface.area);
+    }
     clock.stop("surfaces");
 
-    ExtractionProducts products{o, *set, *picked, faults, meshes, in.synthetic.get()};
+    const ExtractionProducts products{o, *set, *picked, faults, surfaceSettings, meshes, areas, in.truth.get()};
     QJsonObject counts{{"patches", patchesBefore},
                        {"merges", patchesBefore - faultsAfter},
                        {"mergedFaults", faultsAfter},
@@ -181,7 +198,7 @@ ExtractResult runExtract(const ExtractOptions& o)
     ExtractResult result;
     QStringList staged;
     const QString outputError = writeExtractionOutputs(products, staging.path(), clock.timings(),
-                                                       counts, total, staged, result.report);
+                                                       clock.peaks(), counts, total, staged, result.report);
     if (!outputError.isEmpty() || InterruptibleProgress::interrupted()) return failure(outputError);
     for (const QString& file : staged) {
         const QString target = QDir(o.outputDir).absoluteFilePath(QFileInfo(file).fileName());

@@ -11,7 +11,6 @@
 #include <exchange/gocadtsurf.h>
 #include <synthetic/faultmatcher.h>
 #include <synthetic/strikedip.h>
-#include <synthetic/syntheticvolume.h>
 #include <volumeio/rawvolume.h>
 #include <znbloc.h>
 #include <znfaultpatchmanager.h>
@@ -22,7 +21,8 @@
 #include "mapviewpicture.h"
 #include "perspectivepicture.h"
 #include "picturefile.h"
-#include "sticksmesh.h"
+#include "plantedtruth.h"
+#include "processmemory.h"
 #include "unfoldedpicture.h"
 
 namespace kfaults {
@@ -63,6 +63,7 @@ QString writeFaultVolume(const ZN3DImage<int>& labels, const QDir& dir, QStringL
 QString writePictures(const ExtractionProducts& p, const QDir& dir, QStringList& written)
 {
     std::vector<FaultMesh> drawn;
+    drawn.reserve(p.meshes.size());
     for (std::size_t i = 0; i < p.meshes.size(); ++i)
         drawn.push_back({p.meshes[i], faultColour(static_cast<int>(i))});
     QString problem;
@@ -112,6 +113,14 @@ QJsonObject settingsJson(const ExtractOptions& o)
                        {"minVoxelsPerFault", s.minVoxelsPerFault}};
 }
 
+QJsonObject surfaceJson(const SurfaceSettings& s)
+{
+    return QJsonObject{{"method", s.methodName()},
+                       {"meshResolution", s.meshResolution},
+                       {"zSampling", s.zSampling},
+                       {"interpolationSize", s.interpolationSize}};
+}
+
 QJsonObject inputJson(const ExtractOptions& o, const georef::BlocSpace& space)
 {
     static const char* const kKinds[] = {"synthetic", "segy", "raw", "bloc"};
@@ -136,16 +145,18 @@ QJsonArray faultsJson(const ExtractionProducts& p)
                                   {"sticks", static_cast<int>(f.sticks.size())},
                                   {"strike", sd.strike},
                                   {"dip", sd.dip},
-                                  {"area", meshArea(p.meshes[i])}});
+                                  {"area", p.areas[i]}});
     }
     return faults;
 }
 
 // Which extracted fault covers each planted fault of the built-in scene.
-QJsonObject matchJson(const fault::synthetic::SyntheticVolume& truth, const ZN3DImage<int>& labels)
+QJsonObject matchJson(const PlantedTruth& truth, const ZN3DImage<int>& labels)
 {
     using namespace fault::synthetic;
-    const FaultMatchReport r = matchFaults(labels, truth.plantedIds, truth.faults);
+    const ZN3DImage<int> plantedIds = truth.plantedIds();
+    if (plantedIds.isNull()) return QJsonObject{{"error", "out of memory for the planted faults"}};
+    const FaultMatchReport r = matchFaults(labels, plantedIds, truth.faults());
     if (!r.ok()) return QJsonObject{{"error", r.error}};
     QJsonArray planted;
     bool everyOneIsOneFault = true;
@@ -156,7 +167,7 @@ QJsonObject matchJson(const fault::synthetic::SyntheticVolume& truth, const ZN3D
             if (e.label == m.bestLabel) error = e.error;
         everyOneIsOneFault = everyOneIsOneFault && m.significantLabels == 1;
         bestLabels.push_back(m.bestLabel);
-        planted.append(QJsonObject{{"name", truth.faults[static_cast<std::size_t>(m.plantedId)].name},
+        planted.append(QJsonObject{{"name", truth.faults()[static_cast<std::size_t>(m.plantedId)].name},
                                    {"voxelCount", static_cast<double>(m.voxelCount)},
                                    {"fault", m.bestLabel},
                                    {"recoveredFraction", m.recoveredFraction},
@@ -174,7 +185,7 @@ QJsonObject matchJson(const fault::synthetic::SyntheticVolume& truth, const ZN3D
 } // namespace
 
 QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folder,
-                               QJsonObject timings, const QJsonObject& counts,
+                               QJsonObject timings, QJsonObject peaks, const QJsonObject& counts,
                                const QElapsedTimer& total, QStringList& written,
                                QJsonObject& report)
 {
@@ -192,24 +203,36 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
     if (!status) return status.message;
     written << surfacePath;
 
-    std::unique_ptr<ZN3DImage<int>> labels(p.automatic.createFaultLabelImage());
-    if (!labels) return QStringLiteral("out of memory for the fault volume");
-    const QString volumeError = writeFaultVolume(*labels, dir, written);
-    if (!volumeError.isEmpty()) return volumeError;
+    QJsonObject match;
+    {
+        std::unique_ptr<ZN3DImage<int>> labels(p.automatic.createFaultLabelImage());
+        if (!labels) return QStringLiteral("out of memory for the fault volume");
+        const QString volumeError = writeFaultVolume(*labels, dir, written);
+        if (!volumeError.isEmpty()) return volumeError;
+        if (p.truth) match = matchJson(*p.truth, *labels);
+    }   // the fault volume is not held while the pictures are drawn
     if (p.options.pictures) {
         const QString pictureError = writePictures(p, dir, written);
         if (!pictureError.isEmpty()) return pictureError;
     }
-    timings.insert("outputs", static_cast<double>(timer.nsecsElapsed()) / 1e6);
-    timings.insert("total", static_cast<double>(total.nsecsElapsed()) / 1e6);
+    constexpr double kNanosecondsPerMillisecond = 1e6;
+    timings.insert("outputs", static_cast<double>(timer.nsecsElapsed()) / kNanosecondsPerMillisecond);
+    timings.insert("total", static_cast<double>(total.nsecsElapsed()) / kNanosecondsPerMillisecond);
+    const long long peak = peakResidentBytes();
+    peaks.insert("outputs", static_cast<double>(peak));
+    const georef::BlocSpace& space = p.automatic.getBlocSpace();
+    const QJsonObject memory{{"volumeBytes", static_cast<double>(space.voxelCount()) * sizeof(float)},
+                             {"peakResidentBytes", static_cast<double>(peak)},
+                             {"peakResidentBytesAfterStep", peaks}};
 
-    report = QJsonObject{{"input", inputJson(p.options, p.automatic.getBlocSpace())},
+    report = QJsonObject{{"input", inputJson(p.options, space)},
                          {"settings", settingsJson(p.options)},
+                         {"surfaces", surfaceJson(p.surfaceSettings)},
                          {"timingsMs", timings},
+                         {"memory", memory},
                          {"counts", counts},
-                         {"faults", faultsJson(p)},
-                         {"surfaceMethod", "ladder between consecutive sticks (local fallback)"}};
-    if (p.synthetic) report.insert("match", matchJson(*p.synthetic, *labels));
+                         {"faults", faultsJson(p)}};
+    if (p.truth) report.insert("match", match);
     const QString reportPath = dir.filePath(OutputNames::report);
     if (!saveText(reportPath, QJsonDocument(report).toJson(QJsonDocument::Indented)))
         return QStringLiteral("%1: cannot be written").arg(reportPath);

@@ -9,13 +9,13 @@
 #include <znfaultsticksfromvoxels.h>
 
 #include "extractjob.h"
+#include "faultsurfaces.h"
 
 class ZNFaultPatchManager;
-namespace fault::synthetic {
-struct SyntheticVolume;
-}
 
 namespace kfaults {
+
+class PlantedTruth;
 
 // What an extraction produced, as the outputs need it. Not owned.
 struct ExtractionProducts {
@@ -23,8 +23,10 @@ struct ExtractionProducts {
     const ZNFaultPatchManager& automatic;          // merged automatic fault set
     ZNFaultPatchManager& picked;                   // its sticks, one fault per entry of faults
     const std::vector<fault::FaultSticks>& faults;
+    const SurfaceSettings& surfaceSettings;        // how the meshes were made
     const std::vector<fault::exchange::TriangleMesh>& meshes;  // one per entry of faults
-    const fault::synthetic::SyntheticVolume* synthetic;         // truth; null for files
+    const std::vector<double>& areas;              // of the meshes, squared world units
+    const PlantedTruth* truth;                     // of the built-in volume; null for files
 };
 
 // File names of the outputs inside the output folder.
@@ -40,11 +42,13 @@ struct OutputNames {
 };
 
 // Writes every output of an extraction into `folder` and appends each file's path to
-// `written` (report.json last); `report` receives the report written. `timings` and
-// `counts` go into the report as they are, with the outputs' own timing and the total
-// of `total` added. Empty on success, a one-line error otherwise.
+// `written` (report.json last); `report` receives the report written. `timings`,
+// `peaks` (peak resident bytes after each step) and `counts` go into the report as they
+// are, with the outputs' own timing and peak and the total of `total` added. The fault
+// volume is written, matched against the truth and released before the pictures are
+// drawn. Empty on success, a one-line error otherwise.
 QString writeExtractionOutputs(const ExtractionProducts& products, const QString& folder,
-                               QJsonObject timings, const QJsonObject& counts,
+                               QJsonObject timings, QJsonObject peaks, const QJsonObject& counts,
                                const QElapsedTimer& total, QStringList& written,
                                QJsonObject& report);
 

@@ -9,9 +9,7 @@
 
 #include "commandline.h"
 #include "commands.h"
-#include "faultsetsticks.h"
-#include "lasterror.h"
-#include "sticksmesh.h"
+#include "faultsurfaces.h"
 
 namespace kfaults {
 namespace {
@@ -19,6 +17,7 @@ namespace {
 struct MeshArguments {
     std::string input;
     std::string output;
+    int method = ZN3DFaultPatchLight::kDefaultMeshingMethod;  // set by the option
 };
 
 void runMesh(const MeshArguments& a, CommandIo& io)
@@ -27,9 +26,12 @@ void runMesh(const MeshArguments& a, CommandIo& io)
     const QString out = QString::fromStdString(a.output);
     ZNFaultPatchManager set;
     if (!readFaultSetOrFail(set, in, io)) return;
+    // The sticks of a file are taken to be cut at the tool's own spacing.
+    const SurfaceSettings settings = surfaceSettingsFor(set.getBlocSpace(), {}, a.method);
+    std::vector<int> faultIds;
+    for (const ZN3DFaultPatchLight* light : set.getFaultLightList()) faultIds.push_back(light->getFaultId());
     std::vector<fault::exchange::TriangleMesh> meshes;
-    for (const ZN3DFaultPatchLight* light : set.getFaultLightList())
-        meshes.push_back(meshFromSticks(light->GetFaultName(), sticksOfFault(set, light->getFaultId())));
+    for (int faultId : faultIds) meshes.push_back(meshFault(set, faultId, settings).mesh);
     const auto domain = set.GetUnitObject().isTime() ? fault::exchange::VerticalDomain::Time
                                                      : fault::exchange::VerticalDomain::Depth;
     const fault::exchange::ExchangeStatus status = fault::exchange::writeGocadTSurf(out, meshes, domain);
@@ -43,11 +45,14 @@ void addMeshCommand(CLI::App& tool, CommandIo& io)
 {
     auto args = std::make_shared<MeshArguments>();
     CLI::App* c = tool.add_subcommand(
-        "mesh", "Mesh every fault of a fault set file from its sticks (a strip of triangles "
-                "between consecutive sticks) into a GOCAD TSurf file, one object per fault, "
-                "names kept. Prints the file written.");
+        "mesh", "Mesh every fault of a fault set file from its sticks by the 3D fault patch's "
+                "surface method into a GOCAD TSurf file, one object per fault, names kept "
+                "(a fault of fewer than two sticks gives an object without triangles). Grid "
+                "steps and edge lengths follow the survey's spacing (8 cells between sticks, "
+                "4 down dip). Prints the file written.");
     c->add_option("input", args->input, "Fault set file")->required();
     c->add_option("output", args->output, "TSurf file to write")->required();
+    addSurfaceMethodOption(*c, args->method);
     c->callback([args, &io] { runMesh(*args, io); });
 }
 

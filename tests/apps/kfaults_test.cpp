@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
@@ -13,12 +14,12 @@
 #include <exchange/gocadtsurf.h>
 #include <exchange/stickformat.h>
 #include <exchange/stickset.h>
+#include <synthetic/syntheticscene.h>
 #include <zn3dfaultpatchlight.h>
 #include <znfaultpatchmanager.h>
 
 #include <commandline.h>
 #include <interruptibleprogress.h>
-#include <sticksmesh.h>
 
 namespace {
 struct Outcome {
@@ -43,6 +44,20 @@ QStringList lines(const std::string& text)
 {
     return QString::fromStdString(text).split('\n', Qt::SkipEmptyParts);
 }
+
+QJsonObject readJson(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
+}
+
+double areaOf(const fault::exchange::TriangleMesh& mesh)
+{
+    double area = 0.0;
+    for (const auto& t : mesh.triangles)
+        area += 0.5 * (mesh.vertices[t[1]] - mesh.vertices[t[0]]).cross(mesh.vertices[t[2]] - mesh.vertices[t[0]]).length();
+    return area;
+}
 } // namespace
 
 TEST(Kfaults, ExtractOnTheBuiltInVolumeRecoversEveryPlantedFaultAndPrintsOnlyItsFiles)
@@ -57,12 +72,13 @@ TEST(Kfaults, ExtractOnTheBuiltInVolumeRecoversEveryPlantedFaultAndPrintsOnlyIts
     EXPECT_EQ(QDir(dir.filePath("out")).entryList(QDir::Files | QDir::NoDotAndDotDot | QDir::Hidden).size(),
               files.size());  // nothing else, no staging folder left
 
-    QFile reportFile(files.last());
-    ASSERT_TRUE(reportFile.open(QIODevice::ReadOnly));
-    const QJsonObject report = QJsonDocument::fromJson(reportFile.readAll()).object();
+    const QJsonObject report = readJson(files.last());
     EXPECT_TRUE(report["match"].toObject()["everyPlantedFaultIsOneFault"].toBool());
     EXPECT_TRUE(report["match"].toObject()["plantedFaultsKeptApart"].toBool());
     EXPECT_GT(report["counts"].toObject()["merges"].toInt(), 0);
+    EXPECT_EQ(report["surfaces"].toObject()["method"].toString(), "Minimum Envelop");
+    const QJsonObject memory = report["memory"].toObject();
+    EXPECT_GT(memory["peakResidentBytes"].toDouble(), memory["volumeBytes"].toDouble());
 
     const Outcome info = runTool({"info", QDir(dir.filePath("out")).filePath("faults.faultset").toStdString()});
     ASSERT_EQ(info.code, 0) << info.err;
@@ -106,7 +122,9 @@ INSTANTIATE_TEST_SUITE_P(
                    kfaults::kExitFailure},
         BadCommand{"WrongFormat", {"info", "@wrong.raw"}, kfaults::kExitFailure},
         BadCommand{"UnknownCommand", {"frobnicate"}, kfaults::kExitUsage},
-        BadCommand{"UnknownFormat", {"extract", "--format", "tiff"}, kfaults::kExitUsage}),
+        BadCommand{"UnknownFormat", {"extract", "--format", "tiff"}, kfaults::kExitUsage},
+        BadCommand{"UnknownSurfaceMethod", {"mesh", "@wrong.raw", "@out.ts", "--surface-method", "ladder"},
+                   kfaults::kExitUsage}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST(Kfaults, CtrlCCancelsAndLeavesNoOutput)
@@ -122,7 +140,8 @@ TEST(Kfaults, CtrlCCancelsAndLeavesNoOutput)
 
 TEST(Kfaults, EveryCommandHasHelp)
 {
-    for (const char* command : {"extract", "info", "sticks", "sticks import", "sticks export"}) {
+    for (const char* command : {"extract", "info", "sticks", "sticks import", "sticks export", "mesh",
+                                "dedupe", "synth"}) {
         std::vector<std::string> args;
         for (const QString& word : QString(command).split(' ')) args.push_back(word.toStdString());
         args.push_back("--help");
@@ -207,17 +226,53 @@ TEST(Kfaults, SynthVolumeReadsBackAsBlocAndRawWithTheSameFaultsThenMeshesAndDedu
     EXPECT_NE(d.out.find("duplicate pairs: 0"), std::string::npos) << d.out;
 }
 
-TEST(SticksMesh, StripsJoinConsecutiveSticksAndCoverTheirArea)
+class KfaultsSurfaces : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(KfaultsSurfaces, PlantedPlanesGiveNamedSurfacesOnThePlanesThatMeshReproducesFromTheFaultSet)
 {
-    // Two vertical sticks 10 apart, 3 and 2 points over a height of 20: a 10 x 20 rectangle.
-    const auto mesh = kfaults::meshFromSticks(
-        "F", {{{0, 0, 0}, {0, 10, 0}, {0, 20, 0}}, {{10, 0, 0}}, {{10, 0, 0}, {10, 20, 0}}});
-    EXPECT_EQ(mesh.name, "F");
-    EXPECT_EQ(mesh.vertices.size(), 5u);   // the one-point stick is skipped
-    EXPECT_EQ(mesh.triangles.size(), 3u);
-    EXPECT_EQ(mesh.firstBadTriangle(), -9999);
-    EXPECT_NEAR(kfaults::meshArea(mesh), 200.0, 1e-9);
+    QTemporaryDir dir;
+    const QDir out(dir.filePath("out"));
+    const Outcome e = runTool({"extract", "--no-pictures", "--surface-method", GetParam(), "-o", out.path().toStdString()});
+    ASSERT_EQ(e.code, 0) << e.err;
+    const QJsonObject report = readJson(out.filePath("report.json"));
+    std::vector<fault::exchange::TriangleMesh> meshes, remeshed;
+    ASSERT_TRUE(fault::exchange::readGocadTSurf(out.filePath("faults.ts"), meshes));
+    const std::string again = dir.filePath("again.ts").toStdString();
+    ASSERT_EQ(runTool({"mesh", out.filePath("faults.faultset").toStdString(), again, "--surface-method", GetParam()}).code, 0);
+    ASSERT_TRUE(fault::exchange::readGocadTSurf(QString::fromStdString(again), remeshed));
+    const QJsonArray faults = report["faults"].toArray();
+    ASSERT_EQ(meshes.size(), static_cast<std::size_t>(faults.size()));
+    ASSERT_EQ(remeshed.size(), meshes.size());
+    std::map<QString, const fault::exchange::TriangleMesh*> byName;
+    for (std::size_t i = 0; i < meshes.size(); ++i) {
+        const QJsonObject f = faults[static_cast<int>(i)].toObject();
+        EXPECT_EQ(meshes[i].name, f["name"].toString());
+        EXPECT_NEAR(areaOf(meshes[i]), f["area"].toDouble(), 1e-3 * f["area"].toDouble());
+        EXPECT_EQ(remeshed[i].name, meshes[i].name);
+        EXPECT_EQ(remeshed[i].triangles, meshes[i].triangles);
+        byName[meshes[i].name] = &meshes[i];
+    }
+    // Sticks average the fault's voxels and stray where planted faults cross or leave the
+    // volume: all but a few vertices lie within a voxel of the plane.
+    constexpr double kMostOffPlane = 1.0;   // voxels, for 95 % of the vertices
+    std::map<QString, int> faultOfPlanted;
+    for (const QJsonValue& m : report["match"].toObject()["planted"].toArray())
+        faultOfPlanted[m.toObject()["name"].toString()] = m.toObject()["fault"].toInt();
+    for (const fault::synthetic::PlantedFault& planted : fault::synthetic::defaultScene().faults) {
+        if (planted.shape != fault::synthetic::PlantedFault::Shape::Plane) continue;
+        const auto mesh = byName.find(QStringLiteral("Fault %1").arg(faultOfPlanted[planted.name]));
+        ASSERT_NE(mesh, byName.end()) << planted.name.toStdString();
+        const fault::synthetic::PlantedFaultField plane(planted);
+        std::vector<double> distances;   // world (x, y down, z) to grid (x, y, z down)
+        for (const core::vec3& v : mesh->second->vertices)
+            distances.push_back(std::fabs(plane.signedDistance(core::vec3(v.x, v.z, v.y))));
+        ASSERT_FALSE(distances.empty());
+        std::sort(distances.begin(), distances.end());
+        EXPECT_LT(distances[distances.size() * 95 / 100], kMostOffPlane) << planted.name.toStdString();
+    }
 }
+
+INSTANTIATE_TEST_SUITE_P(Methods, KfaultsSurfaces, ::testing::Values("minimum", "convex"));
 
 class KfaultsImportsExchangeFiles : public ::testing::TestWithParam<const char*> {};
 
