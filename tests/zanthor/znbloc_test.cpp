@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <testfiles.h>
 #include <testservices.h>
 #include <znbloc.h>
 #include <znobjectfile.h>
@@ -36,12 +37,6 @@ ZN3DImage<T> ramp(int nx, int ny, int nz, int zOffset = 0)
             for (int x = 0; x < nx; ++x)
                 image(x, y, z) = static_cast<T>(sampleAt(x, y, z + zOffset));
     return image;
-}
-
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 class BlocTest : public testing::Test {
@@ -175,7 +170,7 @@ TEST_F(BlocTest, SamplesAreStoredLittleEndianAtTheDataOffset)
     image(1, 0, 0) = -9999;
     ASSERT_TRUE(out.writeSlices(0, image, 0, 1));
     ASSERT_TRUE(out.close());
-    const QByteArray bytes = readAll(path());
+    const QByteArray bytes = readFileBytes(path());
     const qint64 offset = ZNObjectFile::getDataOffset(path());
     EXPECT_EQ(bytes.mid(offset), QByteArray("\x04\x03\x02\x01\xf1\xd8\xff\xff", 8));
     EXPECT_EQ(ZNObjectFile::readObjectType(path()), QStringLiteral("ZNBloc"));
@@ -221,13 +216,13 @@ TEST_F(BlocTest, ALoweredDepthDropsTheSlicesBeyondIt)
 TEST_F(BlocTest, ABlockDestroyedBeforeCloseLeavesTheTargetAsItWas)
 {
     writeRamp();
-    const QByteArray before = readAll(path());
+    const QByteArray before = readFileBytes(path());
     {
         ZNBloc out;
         ASSERT_TRUE(out.create(path(), georef::BlocSpace(2, 2, 2), 0, 2, ZNBloc::Int32));
         ASSERT_TRUE(out.writeSlices(0, ramp<int>(2, 2, 2), 0, 2));
     }
-    EXPECT_EQ(readAll(path()), before);
+    EXPECT_EQ(readFileBytes(path()), before);
 }
 
 TEST_F(BlocTest, BoxesAndSlicesOutsideTheBlockAreRefusedAndLeaveTheImageAlone)
@@ -341,10 +336,7 @@ TEST_F(BlocTest, CorruptFilesAreRefusedWithoutChangingTheBlock)
     ZNBloc bloc;
     EXPECT_TRUE(bloc.open(writeRaw(element("4", "float32", identity), full)));
 
-    QFile junk(path(QStringLiteral("junk.znb")));
-    ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
-    junk.write(QByteArray(3000, 'x'));
-    junk.close();
+    ASSERT_TRUE(writeFileBytes(path(QStringLiteral("junk.znb")), QByteArray(3000, 'x')));
     EXPECT_FALSE(bloc.open(path(QStringLiteral("junk.znb"))));
     EXPECT_FALSE(bloc.open(path(QStringLiteral("absent.znb"))));
     EXPECT_TRUE(bus.texts().last().contains(QStringLiteral("absent.znb")));
