@@ -1,10 +1,11 @@
 #include "exchangetesthelpers.h"
 
-#include <QFile>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <exchange/worldaxes.h>
+#include <testservices.h>
 
 using namespace fault::exchange;
 
@@ -52,16 +53,24 @@ StickSet markerSet()
     return set;
 }
 
-bool writeBytes(const QString& path, const QByteArray& bytes)
+void expectRefused(StickFormat format, const QByteArray& bytes, int line, const QString& expected)
 {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QByteArray readBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("bad.txt"));
+    ASSERT_TRUE(writeFileBytes(path, bytes));
+    StickSet result = markerSet();
+    RecordingEventBus bus;
+    const ExchangeStatus status = readSticks(path, format, result);
+    SCOPED_TRACE(status.message.toStdString());
+    EXPECT_FALSE(status);
+    EXPECT_EQ(status.line, line);
+    const QString prefix = line > 0 ? QStringLiteral("bad.txt: line %1: ").arg(line)
+                                    : QStringLiteral("bad.txt: ");
+    EXPECT_TRUE(status.message.startsWith(prefix));
+    EXPECT_TRUE(status.message.contains(expected));
+    ASSERT_EQ(result.faults.size(), 1u);
+    EXPECT_EQ(result.faults[0].name, QStringLiteral("marker"));
+    EXPECT_TRUE(bus.contains(ZNEventBus::FileError, status.message));
 }
 
 void expectSameSticks(const StickSet& expected, const StickSet& actual, double tolerance,
