@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <exchange/worldaxes.h>
+#include <testgeometry.h>
 #include <testservices.h>
 
 using namespace fault::exchange;
@@ -87,9 +88,7 @@ void expectSameSticks(const StickSet& expected, const StickSet& actual, double t
             for (size_t p = 0; p < e.sticks[s].size(); ++p) {
                 const StickPoint& ep = e.sticks[s][p];
                 const StickPoint& ap = a.sticks[s][p];
-                EXPECT_NEAR(ap.world.x, ep.world.x, tolerance);
-                EXPECT_NEAR(ap.world.y, ep.world.y, tolerance);
-                EXPECT_NEAR(ap.world.z, ep.world.z, tolerance);
+                expectNear(ap.world, ep.world, tolerance);
                 EXPECT_EQ(ap.inlineNumber, compareLineNumbers ? ep.inlineNumber : core::kNoValue);
                 EXPECT_EQ(ap.crosslineNumber, compareLineNumbers ? ep.crosslineNumber : core::kNoValue);
             }
@@ -101,11 +100,8 @@ void expectSameMesh(const TriangleMesh& expected, const TriangleMesh& actual, do
 {
     EXPECT_EQ(actual.name, expected.name);
     ASSERT_EQ(actual.vertices.size(), expected.vertices.size());
-    for (size_t i = 0; i < expected.vertices.size(); ++i) {
-        EXPECT_NEAR(actual.vertices[i].x, expected.vertices[i].x, tolerance);
-        EXPECT_NEAR(actual.vertices[i].y, expected.vertices[i].y, tolerance);
-        EXPECT_NEAR(actual.vertices[i].z, expected.vertices[i].z, tolerance);
-    }
+    for (size_t i = 0; i < expected.vertices.size(); ++i)
+        expectNear(actual.vertices[i], expected.vertices[i], tolerance);
     EXPECT_EQ(actual.triangles, expected.triangles);
 }
 

@@ -10,6 +10,7 @@
 
 #include "segytestfile.h"
 #include "testfiles.h"
+#include "testgeometry.h"
 #include "testservices.h"
 
 using core::vec3;
@@ -21,13 +22,6 @@ const QString kDataDir = QStringLiteral(KORVALITH_TEST_DATA_DIR "/segy/");
 vec3 worldOf(const ZN3DImage<float>& image, int i, int j, int k)
 {
     return image.blocSpace().blocToWorld(vec3(i, j, k));
-}
-
-void expectNear(const vec3& a, const vec3& b, double tolerance)
-{
-    EXPECT_NEAR(a.x, b.x, tolerance);
-    EXPECT_NEAR(a.y, b.y, tolerance);
-    EXPECT_NEAR(a.z, b.z, tolerance);
 }
 
 class SegyFiles : public testing::Test {
