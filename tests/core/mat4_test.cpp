@@ -1,37 +1,33 @@
 #include <gtest/gtest.h>
 
 #include <core/mat4.h>
+#include <testgeometry.h>
 
 using core::mat4;
 using core::vec3;
 
 namespace {
-void expectNear(const vec3& a, const vec3& b, double tol = 1e-9)
-{
-    EXPECT_NEAR(a.x, b.x, tol);
-    EXPECT_NEAR(a.y, b.y, tol);
-    EXPECT_NEAR(a.z, b.z, tol);
-}
+constexpr double kTolerance = 1e-9;
 } // namespace
 
 TEST(Mat4, TransformsPointsRowMajorWithTheirOwnW)
 {
     mat4 m = mat4::translation({10, 20, 30});
-    expectNear(m.transformPoint({1, 2, 3}), {11, 22, 33});
+    expectNear(m.transformPoint({1, 2, 3}), {11, 22, 33}, kTolerance);
     m.m[15] = 2.0;  // w = 2: everything halves
-    expectNear(m.transformPoint({1, 2, 3}), {5.5, 11, 16.5});
+    expectNear(m.transformPoint({1, 2, 3}), {5.5, 11, 16.5}, kTolerance);
     m = mat4();
     m.m[12] = 1.0;  // w = x + 1
-    expectNear(m.transformPoint({1, 4, 6}), {0.5, 2, 3});
-    expectNear(m.transformVector({1, 4, 6}), {1, 4, 6});
+    expectNear(m.transformPoint({1, 4, 6}), {0.5, 2, 3}, kTolerance);
+    expectNear(m.transformVector({1, 4, 6}), {1, 4, 6}, kTolerance);
 }
 
 TEST(Mat4, ProductAppliesRightOperandFirst)
 {
     const mat4 t = mat4::translation({1, 0, 0});
     const mat4 s = mat4::scaling({2, 2, 2});
-    expectNear((t * s).transformPoint({1, 1, 1}), {3, 2, 2});
-    expectNear((s * t).transformPoint({1, 1, 1}), {4, 2, 2});
+    expectNear((t * s).transformPoint({1, 1, 1}), {3, 2, 2}, kTolerance);
+    expectNear((s * t).transformPoint({1, 1, 1}), {4, 2, 2}, kTolerance);
 }
 
 TEST(Mat4, InverseUndoesAnAffineSurveyMatrix)

@@ -10,47 +10,37 @@ namespace sticks = core::sticks;
 namespace {
 const PointWithBool S = PointWithBool::separator();
 PointWithBool P(double v) { return PointWithBool(v, v, v); }
-
-struct Expect {
-    bool boundary, stop, isolated;
-};
-
-void expectRules(const std::vector<PointWithBool>& list, const std::vector<Expect>& expected)
-{
-    const int n = static_cast<int>(list.size());
-    for (int i = 0; i < n; ++i) {
-        SCOPED_TRACE(testing::Message() << "index " << i);
-        EXPECT_EQ(sticks::isPickedPointStickBoundaries(list.data(), n, i), expected[i].boundary);
-        EXPECT_EQ(sticks::isPickedPointStopStick(list.data(), n, i), expected[i].stop);
-        EXPECT_EQ(sticks::isPointIsolated(list.data(), n, i), expected[i].isolated);
-    }
-}
 } // namespace
 
-TEST(StickRules, PointsOnEitherSideOfASeparatorAreBoundariesStopsAndIsolated)
+TEST(StickRules, BoundariesStopsAndIsolatedPointsFollowTheSeparators)
 {
-    expectRules({P(1), S, P(2)}, {{true, true, true}, {false, false, false}, {true, true, true}});
-}
-
-TEST(StickRules, ALonePointIsBoundaryStopAndIsolated)
-{
-    expectRules({P(1)}, {{true, true, true}});
-}
-
-TEST(StickRules, InsideALongStickOnlyTheEndsAreBoundariesAndOnlyTheLastStops)
-{
-    expectRules({P(1), P(2), P(3), S, P(4), P(5)},
-                {{true, false, false},
-                 {false, false, false},
-                 {true, true, false},
-                 {false, false, false},
-                 {true, false, false},
-                 {true, true, false}});
-}
-
-TEST(StickRules, LeadingAndTrailingSeparatorsIsolateTheirNeighbour)
-{
-    expectRules({S, P(1), S}, {{false, false, false}, {true, true, true}, {false, false, false}});
+    struct Expect {
+        bool boundary, stop, isolated;
+    };
+    const struct {
+        const char* what;
+        std::vector<PointWithBool> list;
+        std::vector<Expect> expected;  // one per entry
+    } cases[] = {
+        {"points on either side of a separator are boundaries, stops and isolated",
+         {P(1), S, P(2)}, {{true, true, true}, {false, false, false}, {true, true, true}}},
+        {"a lone point is boundary, stop and isolated", {P(1)}, {{true, true, true}}},
+        {"inside long sticks only the ends are boundaries and only the last stops",
+         {P(1), P(2), P(3), S, P(4), P(5)},
+         {{true, false, false}, {false, false, false}, {true, true, false}, {false, false, false},
+          {true, false, false}, {true, true, false}}},
+        {"leading and trailing separators isolate their neighbour",
+         {S, P(1), S}, {{false, false, false}, {true, true, true}, {false, false, false}}},
+    };
+    for (const auto& c : cases) {
+        const int n = static_cast<int>(c.list.size());
+        for (int i = 0; i < n; ++i) {
+            SCOPED_TRACE(testing::Message() << c.what << ", index " << i);
+            EXPECT_EQ(sticks::isPickedPointStickBoundaries(c.list.data(), n, i), c.expected[i].boundary);
+            EXPECT_EQ(sticks::isPickedPointStopStick(c.list.data(), n, i), c.expected[i].stop);
+            EXPECT_EQ(sticks::isPointIsolated(c.list.data(), n, i), c.expected[i].isolated);
+        }
+    }
 }
 
 TEST(StickRules, IndicesOutsideTheListAnswerFalse)

@@ -1,5 +1,6 @@
 #pragma once
 // Shared helpers of the fault set tests: point lists written inline and read back.
+#include <initializer_list>
 #include <ostream>
 #include <vector>
 
@@ -22,6 +23,13 @@ inline const core::PointWithBool S = core::PointWithBool::separator();
 inline void append(ZNFaultPatchManager& set, int patch, const Points& points)
 {
     for (const core::PointWithBool& p : points) set.addPickedPoint(patch, p);
+}
+
+// Makes `father` the father of each of `children` and rebuilds the fault lists.
+inline void linkPatches(ZNFaultPatchManager& set, int father, std::initializer_list<int> children)
+{
+    for (int child : children) set.setFather(child, father);
+    set.initElementListBis();
 }
 
 // Patch `patch`'s list as it stands.

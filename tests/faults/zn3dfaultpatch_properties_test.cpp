@@ -3,18 +3,12 @@
 
 #include <property/znpropertysheet.h>
 #include <testservices.h>
+#include <testxml.h>
 #include <znxml.h>
 
 #include "surfacefixtures.h"
 
 namespace {
-
-QStringList childTags(const QDomElement& e)
-{
-    QStringList tags;
-    for (QDomElement c = e.firstChildElement(); !c.isNull(); c = c.nextSiblingElement()) tags << c.tagName();
-    return tags;
-}
 
 QDomElement settingsOf(QDomDocument& doc, const ZN3DFaultPatch& patch)
 {

@@ -35,17 +35,25 @@ double envelopeArea(const StickGrid& g)
 
 } // namespace
 
-TEST(FaultSurface, BothMethodsPassThroughEveryStickPointOfAPlane)
+TEST(FaultSurface, BothMethodsPassThroughEveryStickPointOfAPlaneAndGiveItsUpwardNormal)
 {
     for (const PlaneCase& c : kPlanes)
         for (int method : kMethods) {
+            SCOPED_TRACE(testing::Message() << c.name << ", method " << method);
             StickGrid g;
             g.strike = c.strike;
             g.dip = c.dip;
             ZN3DFaultPatch patch;
             mesh(patch, g.picks(), method);
-            ASSERT_GT(patch.getNumberOfFacettes(), 0) << c.name << " method " << method;
-            EXPECT_LT(farthestPoint(patch, g.picks()), 1e-6) << c.name << " method " << method;
+            ASSERT_GT(patch.getNumberOfFacettes(), 0);
+            EXPECT_LT(farthestPoint(patch, g.picks()), 1e-6);
+            const core::vec3 n = patch.getNormal();
+            EXPECT_NEAR(n.dot(normalOf(c.strike, c.dip)), 1.0, 1e-9);
+            EXPECT_LE(n.y, 0.0);
+            const double strike = ZN3DFaultPatch::getFaultPlaneAzimuthAngle(n);
+            EXPECT_NEAR(std::remainder(strike - c.strike, 360.0), 0.0, 1e-6);
+            EXPECT_NEAR(ZN3DFaultPatch::getDipAngle(n), c.dip, 1e-6);
+            EXPECT_NEAR(patch.getScaledNormal(1.0).dot(n), 1.0, 1e-12);
         }
 }
 
@@ -182,24 +190,6 @@ TEST(FaultSurface, AutomaticPointsDoNotShapeTheMesh)
     mesh(patch, picks, ZN3DFaultPatch::MinimumEnvelop);
     EXPECT_NEAR(patch.getNormal().dot(normalOf(g.strike, g.dip)), 1.0, 1e-9);
     EXPECT_LT(farthestPoint(patch, g.picks()), 1e-6);
-}
-
-TEST(FaultSurface, NormalsOfKnownPlanesPointUpAndGiveTheirStrikeAndDip)
-{
-    for (const PlaneCase& c : kPlanes) {
-        StickGrid g;
-        g.strike = c.strike;
-        g.dip = c.dip;
-        ZN3DFaultPatch patch;
-        mesh(patch, g.picks(), ZN3DFaultPatch::MinimumEnvelop);
-        const core::vec3 n = patch.getNormal();
-        EXPECT_NEAR(n.dot(normalOf(c.strike, c.dip)), 1.0, 1e-9) << c.name;
-        EXPECT_LE(n.y, 0.0) << c.name;
-        const double strike = ZN3DFaultPatch::getFaultPlaneAzimuthAngle(n);
-        EXPECT_NEAR(std::remainder(strike - c.strike, 360.0), 0.0, 1e-6) << c.name;
-        EXPECT_NEAR(ZN3DFaultPatch::getDipAngle(n), c.dip, 1e-6) << c.name;
-        EXPECT_NEAR(patch.getScaledNormal(1.0).dot(n), 1.0, 1e-12) << c.name;
-    }
 }
 
 TEST(FaultSurface, AFaultWithoutFacettesHasNoNormal)

@@ -6,6 +6,7 @@
 #include <QFile>
 
 #include <testservices.h>
+#include <testxml.h>
 #include <zn3dfaultpatchlight.h>
 #include <znsettings.h>
 #include <znxml.h>
@@ -71,12 +72,6 @@ QString headerText(const ZN3DFaultPatchLight& d)
     QDomDocument doc;
     headerOf(doc, d);
     return doc.toString();
-}
-
-QDomElement parse(QDomDocument& doc, const QString& xml)
-{
-    EXPECT_TRUE(doc.setContent(xml));
-    return doc.documentElement();
 }
 
 } // namespace
@@ -191,10 +186,7 @@ TEST(FaultDescriptorHeader, WritesEveryKeyInOrder)
     QDomDocument doc;
     const QDomElement e = headerOf(doc, customised());
     EXPECT_EQ(e.tagName(), QStringLiteral("ZN3DFaultPatchLight"));
-    QStringList tags;
-    for (QDomElement c = e.firstChildElement(); !c.isNull(); c = c.nextSiblingElement())
-        tags << c.tagName();
-    EXPECT_EQ(tags, (QStringList{"pen", "faultId", "faultName", "utmPrecision", "timePrecision",
+    EXPECT_EQ(childTags(e), (QStringList{"pen", "faultId", "faultName", "utmPrecision", "timePrecision",
                                  "filterSize", "interpolationSize", "meshingMethod",
                                  "drawPickedPoint", "drawPickingIntersection", "showPreview",
                                  "transparency"}));
@@ -223,8 +215,7 @@ TEST(FaultDescriptorHeader, RoundTripRestoresEverySettingButThePickingIntersecti
     ViewerParameters none({});
     const ZN3DFaultPatchLight source = customised();  // picking intersection false
     QDomDocument doc;
-    ASSERT_TRUE(doc.setContent(headerText(source)));
-    const QDomElement e = doc.documentElement();
+    const QDomElement e = parseXml(doc, headerText(source));
 
     ZN3DFaultPatchLight d;
     d.getHeader(&e);
@@ -244,7 +235,7 @@ TEST(FaultDescriptorHeader, MissingKeysKeepTheirValuesExceptMeshingMethodWhichBe
     ZN3DFaultPatchLight expected = customised();
     expected.setMeshingMethod(0);
     QDomDocument doc;
-    const QDomElement e = parse(doc, "<ZN3DFaultPatchLight/>");
+    const QDomElement e = parseXml(doc, "<ZN3DFaultPatchLight/>");
     d.getHeader(&e);
     EXPECT_EQ(d.getMeshingMethod(), 0);
     EXPECT_EQ(headerText(d), headerText(expected));
@@ -254,7 +245,7 @@ TEST(FaultDescriptorHeader, PickingIntersectionComesFromTheUserViewerParameters)
 {
     QDomDocument doc;
     const QDomElement e =
-        parse(doc, "<ZN3DFaultPatchLight><drawPickingIntersection value=\"1\"/></ZN3DFaultPatchLight>");
+        parseXml(doc, "<ZN3DFaultPatchLight><drawPickingIntersection value=\"1\"/></ZN3DFaultPatchLight>");
     const struct { QByteArray file; bool before, after; } cases[] = {
         {showIntersection("0"), true, false},
         {showIntersection("1"), false, true},
@@ -278,7 +269,7 @@ TEST(FaultDescriptorHeader, DamagedValuesKeepTheCurrentFields)
 {
     ViewerParameters none({});
     QDomDocument doc;
-    const QDomElement e = parse(doc,
+    const QDomElement e = parseXml(doc,
         "<ZN3DFaultPatchLight><faultId value=\"abc\"/><utmPrecision value=\"99999999999\"/>"
         "<meshingMethod value=\"x\"/><drawPickedPoint value=\"2\"/>"
         "<transparency value=\"1e300\"/><pen><style value=\"42\"/></pen></ZN3DFaultPatchLight>");

@@ -74,8 +74,7 @@ TEST(AutoSave, TheEmergencyFileHoldsThePatchesOfItsKindAndDomainAndIsReplacedByT
     setPatch(set, 2, {P(3, 3)}, false, kTime);
     setPatch(set, 3, {P(4, 4)}, true, kDepth);
     setPatch(set, 4, {P(5, 5), S, P(6, 6)}, true, kTime);
-    set.setFather(4, 1);
-    set.initElementListBis();
+    linkPatches(set, 1, {4});
     set.insertNewFaultLight(1)->SetFaultName("Main");
 
     ZNFaultPatchManager saved;
@@ -100,9 +99,7 @@ TEST(ExtractFaultSet, ListedPatchesKeepTheirFaultsUnderRemappedFathersAndDescrip
 {
     ZNFaultPatchManager set(6);
     for (int id = 1; id <= 4; ++id) append(set, id, {P(id, id), S, P(id, -id, 0, true)});
-    set.setFather(2, 1);
-    set.setFather(3, 1);
-    set.initElementListBis();
+    linkPatches(set, 1, {2, 3});
     set.insertNewFaultLight(1)->SetFaultName("A");
     set.insertNewFaultLight(4)->SetFaultName("B");
 
@@ -137,8 +134,7 @@ TEST(ConcatFaultSet, TheOtherSetsPatchesAndFaultsFollowOursUnrenamed)
     ZNFaultPatchManager other(5);  // patches 1 to 3, then the spare patch 4
     other.setBlocSpace(georef::BlocSpace(5, 6, 7));
     for (int id = 1; id <= 3; ++id) append(other, id, {P(10 * id, 0), S, P(10 * id, 1, 0, true)});
-    other.setFather(3, 1);
-    other.initElementListBis();
+    linkPatches(other, 1, {3});
     other.insertNewFaultLight(1)->SetFaultName("X");
     other.insertNewFaultLight(2)->SetFaultName("Ours");  // same name: kept
     other.findFaultLight(2)->setInterpolationSize(77);

@@ -39,9 +39,7 @@ TEST(FaultDescriptors, ANewDescriptorTakesTheSettingsButNotTheColourOfItsTemplat
 TEST(FaultDescriptors, InsertedDescriptorsListTheirFaultAndTakeItsSamplingPrecisions)
 {
     ZNFaultPatchManager set(6);
-    set.setFather(3, 2);
-    set.setFather(4, 2);
-    set.initElementListBis();
+    linkPatches(set, 2, {3, 4});
     set.getFaultPatch(2)->setSamplingVect(V(50, 20, 80));
     set.getFaultPatch(3)->setSamplingVect(V(60, 8.9, 40.7));
     set.getFaultPatch(4)->setSamplingVect(V(70, 30, 90));
@@ -195,8 +193,7 @@ TEST(FaultSetConversions, ACopyIsIndependentOfItsSource)
 {
     ZNFaultPatchManager source(4);
     append(source, 1, {P(1, 1), S, P(2, 2)});
-    source.setFather(3, 1);
-    source.initElementListBis();
+    linkPatches(source, 1, {3});
     source.insertNewFaultLight(1)->SetFaultName("Main");
     source.setBlocSpace(georef::BlocSpace(10, 20, 30));
     source.setPicked(false);

@@ -83,22 +83,24 @@ TEST(FaultHistory, ASnapshotOfAnotherPatchCountRestoresNothing)
     std::unique_ptr<ZNFaultPatchManagerConfig> before(set.getConfiguration("Pick Point", nullptr));
     set.addPatch();
     set.addPickedPoint(1, P(2, 2));
-    set.setFather(2, 1);
-    set.initElementListBis();
+    linkPatches(set, 1, {2});
     const State changed = State::of(set);
     EXPECT_EQ(set.setConfiguration(before.get()), kNoFocus);
     EXPECT_EQ(State::of(set), changed);
     EXPECT_EQ(set.setConfiguration(nullptr), kNoFocus);
 }
 
-TEST(FaultHistory, APickUndoThatRemovesAnAppendedPointShowsTheRestoredLastPoint)
+TEST(FaultHistory, APickUndoShowsTheRestoredLastPointAndEndsTheDrag)
 {
     PickSession s;
     s.pick();
     s.pick();
+    s.set.setCurrentPickedFaultId(1);
+    s.set.setCurrentMovingPointId(1);
     core::vec3 focus;
     ASSERT_TRUE(s.set.undoWithLastConfiguration(focus));
     EXPECT_EQ(focus, core::vec3(1, 1, 0));
+    EXPECT_EQ(s.set.getCurrentMovingPointId(), core::kNoValue);
 }
 
 TEST(FaultHistory, APickUndoShowsTheLastPointThatMovedOnceRounded)
@@ -124,8 +126,7 @@ TEST(FaultHistory, AnEditionSnapshotHoldsTheWholeFaultAndNothingElse)
     append(set, 1, {P(1, 1)});
     append(set, 2, {P(2, 2)});
     append(set, 3, {P(3, 3)});
-    set.setFather(2, 1);
-    set.initElementListBis();
+    linkPatches(set, 1, {2});
     set.insertNewFaultLight(1);
     ZNFaultPatchManagerConfig* config = set.insertUndoListConfiguration("Pick Point", 2);
     ASSERT_NE(config, nullptr);
@@ -151,8 +152,7 @@ TEST(FaultHistory, AFullSnapshotRestoresFathersAndDescriptorsButNotPoints)
     ASSERT_EQ(full->getFaultLights().size(), 1);
     EXPECT_NE(full->getFaultLights()[0], set.findFaultLight(1)) << "a deep copy";
 
-    set.setFather(2, 1);
-    set.initElementListBis();
+    linkPatches(set, 1, {2});
     set.findFaultLight(1)->SetFaultName("After");
     set.insertNewFaultLight(2);
     set.addPickedPoint(1, P(2, 2));
@@ -185,18 +185,6 @@ TEST(FaultHistory, TheDraggedPointIsLeftOutOfEditionSnapshots)
     set.setCurrentMovingPointId(3);  // beyond the list: nothing to leave out
     std::unique_ptr<ZNFaultPatchManagerConfig> beyond(set.getConfiguration("Move", &fault));
     EXPECT_EQ(beyond->getPickedPoints().getCount(1), 3);
-}
-
-TEST(FaultHistory, RestoringAnEditionSnapshotEndsTheDrag)
-{
-    PickSession s;
-    s.pick();
-    s.pick();
-    s.set.setCurrentPickedFaultId(1);
-    s.set.setCurrentMovingPointId(1);
-    core::vec3 focus;
-    s.set.undoWithLastConfiguration(focus);
-    EXPECT_EQ(s.set.getCurrentMovingPointId(), core::kNoValue);
 }
 
 TEST(FaultHistory, StoredFathersAreRestoredAsTheirAbsoluteValue)

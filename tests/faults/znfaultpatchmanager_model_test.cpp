@@ -157,9 +157,7 @@ TEST(FaultSetModel, AFaultListsEachOfItsPatchesOnceRootFirst)
 TEST(FaultSetModel, PatchListsInsideFaultsCollectEachFaultOnce)
 {
     ZNFaultPatchManager set(8);
-    set.setFather(3, 2);
-    set.setFather(5, 2);
-    set.initElementListBis();
+    linkPatches(set, 2, {3, 5});
     core::Array<int> requested;
     for (int id : {5, 4, 3, 99, 2, -3}) requested.add(id);
     core::Array<int> list;

@@ -100,8 +100,7 @@ TEST(FaultPicking, GatheredIndicesMapBackToTheirPatches)
     ZNFaultPatchManager set(5);
     append(set, 1, {P(0, 0), P(0, 1)});
     append(set, 3, {P(5, 0), S, P(5, 1)});
-    set.setFather(3, 1);
-    set.initElementListBis();
+    linkPatches(set, 1, {3});
     core::Array<core::PointWithBool> gathered;
     EXPECT_EQ(set.getFaultPickedPointArray(3, gathered), 5);
     EXPECT_EQ(set.getNumberOfFaultPickedPoint(1), 5);
@@ -153,8 +152,7 @@ protected:
     {
         append(set, 1, {P(0, 0), P(0, 10)});
         append(set, 2, {S, P(10, 0), P(10, 10)});
-        set.setFather(2, 1);
-        set.initElementListBis();
+        linkPatches(set, 1, {2});
     }
     ZNFaultPatchManager set{4};
     OrthographicViewer viewer;
@@ -176,28 +174,31 @@ TEST_F(TwoPatchFault, DraggingIntoAnotherPatchOfTheFaultMakesItCurrent)
 
 // ----- dragging -----
 
-TEST(FaultPicking, DraggingPastTheLastEntryAppendsAndFollowsThePoint)
+TEST(FaultPicking, DraggingBeyondTheLastEntryGrowsTheStickAndFollowsThePoint)
 {
-    ZNFaultPatchManager set(2);
-    append(set, 1, {P(0, 0), P(0, 10)});
-    OrthographicViewer viewer;
-    set.insertMovingPointBis(1, core::vec3(0, 15, 0), &viewer);
-    EXPECT_EQ(set.getCurrentPickedFaultId(), 1);
-    EXPECT_EQ(set.getCurrentMovingPointId(), 2);
-    set.insertMovingPointBis(1, core::vec3(0, 18, 0), &viewer);
-    EXPECT_EQ(pointsOf(set, 1), (Points{P(0, 0), P(0, 10), P(0, 18)}))
-        << "the dragged point is taken out before it is placed again";
-    EXPECT_EQ(set.getCurrentMovingPointId(), 2);
-}
-
-TEST(FaultPicking, DraggingBeyondAClosedStickGrowsItBeforeItsSeparator)
-{
-    ZNFaultPatchManager set(2);
-    append(set, 1, {P(0, 0), P(0, 10), S});
-    OrthographicViewer viewer;
-    set.insertMovingPointBis(1, core::vec3(0, 15, 0), &viewer);
-    EXPECT_EQ(pointsOf(set, 1), (Points{P(0, 0), P(0, 10), P(0, 15), S}));
-    EXPECT_EQ(set.getCurrentMovingPointId(), 2);
+    const struct {
+        const char* what;
+        Points before;
+        std::vector<core::vec3> drags;
+        Points after;
+    } cases[] = {
+        {"past the last entry: appended, taken out before it is placed again", {P(0, 0), P(0, 10)},
+         {{0, 15, 0}, {0, 18, 0}}, {P(0, 0), P(0, 10), P(0, 18)}},
+        {"beyond a closed stick: before its separator", {P(0, 0), P(0, 10), S}, {{0, 15, 0}},
+         {P(0, 0), P(0, 10), P(0, 15), S}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ZNFaultPatchManager set(2);
+        append(set, 1, c.before);
+        OrthographicViewer viewer;
+        for (const core::vec3& cursor : c.drags) {
+            set.insertMovingPointBis(1, cursor, &viewer);
+            EXPECT_EQ(set.getCurrentPickedFaultId(), 1);
+            EXPECT_EQ(set.getCurrentMovingPointId(), 2);
+        }
+        EXPECT_EQ(pointsOf(set, 1), c.after);
+    }
 }
 
 // A fault on the plane x = z, sticks at z = 0 and z = 10; the view shows the section
@@ -312,8 +313,7 @@ TEST(FaultPicking, CleaningAFaultTidiesEachOfItsPatchesAndNoOther)
     append(set, 1, {P(0, 0), S, P(1, 1), P(1, 2)});
     append(set, 2, {S, P(2, 2), S, S, P(3, 3), P(3, 4)});
     append(set, 3, {P(9, 9), S, S});
-    set.setFather(2, 1);
-    set.initElementListBis();
+    linkPatches(set, 1, {2});
     set.setCurrentMovingPointId(1);
     set.cleanFaultPicking(2);
     EXPECT_EQ(pointsOf(set, 1), (Points{S, P(1, 1), P(1, 2)}));

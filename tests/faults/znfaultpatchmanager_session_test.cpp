@@ -27,9 +27,7 @@ class Session {
 public:
     Session() : m_rng(kSeed)
     {
-        m_set.setFather(2, 1);
-        m_set.setFather(3, 1);
-        m_set.initElementListBis();
+        linkPatches(m_set, 1, {2, 3});
         m_set.insertNewFaultLight(1);
         m_set.insertNewFaultLight(4);
         for (int id = 0; id < kPatches; ++id) m_allPatches.add(id);

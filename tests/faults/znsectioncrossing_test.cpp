@@ -178,8 +178,7 @@ TEST(PatchResampling, TheFaultsMeshIsUsedWhenItHasOneEvenForAnotherPatchOfTheFau
 {
     ZNFaultPatchManager set(4);
     append(set, 2, kDiagonalSticks);
-    set.setFather(2, 1);
-    set.initElementListBis();
+    linkPatches(set, 1, {2});
     MeshSurface surface(1);  // the plane x = 3
     for (const core::vec3& v : {core::vec3(3, 0, -10), core::vec3(3, 10, -10),
                                 core::vec3(3, 10, 10), core::vec3(3, 0, 10)})

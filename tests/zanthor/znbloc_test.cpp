@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <testfiles.h>
 #include <testservices.h>
 #include <znbloc.h>
 #include <znobjectfile.h>
@@ -38,12 +39,6 @@ ZN3DImage<T> ramp(int nx, int ny, int nz, int zOffset = 0)
     return image;
 }
 
-QByteArray readAll(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
 class BlocTest : public testing::Test {
 protected:
     QTemporaryDir dir;
@@ -53,13 +48,20 @@ protected:
         return dir.filePath(name);
     }
 
-    // A 4 x 3 x 5 float block of ramp samples whose matrix is surveyMatrix().
-    QString writeRamp(int type = ZNBloc::Float32)
+    // Writes every slice of `image` to path() as a block of `type` samples whose matrix is
+    // `toWorld`; false when a step fails.
+    template <class T>
+    bool write(const ZN3DImage<T>& image, int type, const core::mat4& toWorld = core::mat4())
     {
         ZNBloc bloc;
-        EXPECT_TRUE(bloc.create(path(), georef::BlocSpace(4, 3, 5, surveyMatrix()), 0, 5, type));
-        EXPECT_TRUE(bloc.writeSlices(0, ramp<float>(4, 3, 5), 0, 5));
-        EXPECT_TRUE(bloc.close());
+        const georef::BlocSpace space(image.nx(), image.ny(), image.nz(), toWorld);
+        return bloc.create(path(), space, 0, image.nz(), type) &&
+               bloc.writeSlices(0, image, 0, image.nz()) && bloc.close();
+    }
+    // A 4 x 3 x 5 block of ramp samples whose matrix is surveyMatrix().
+    QString writeRamp(int type = ZNBloc::Float32)
+    {
+        EXPECT_TRUE(write(ramp<float>(4, 3, 5), type, surveyMatrix()));
         return path();
     }
 
@@ -145,10 +147,7 @@ TEST_F(BlocTest, EverySampleTypeRoundTripsItsValuesIntoIntegerAndRealImages)
 {
     for (int type : {ZNBloc::UInt8, ZNBloc::Int16, ZNBloc::Int32, ZNBloc::Float32}) {
         SCOPED_TRACE(ZNBloc::sampleTypeName(type).toStdString());
-        ZNBloc out;
-        ASSERT_TRUE(out.create(path(), georef::BlocSpace(4, 3, 2), 0, 2, type));
-        ASSERT_TRUE(out.writeSlices(0, ramp<int>(4, 3, 2), 0, 2));
-        ASSERT_TRUE(out.close());
+        ASSERT_TRUE(write(ramp<int>(4, 3, 2), type));
         ZNBloc in;
         ASSERT_TRUE(in.open(path()));
         EXPECT_EQ(in.sampleType(), type);
@@ -168,14 +167,11 @@ TEST_F(BlocTest, EverySampleTypeRoundTripsItsValuesIntoIntegerAndRealImages)
 
 TEST_F(BlocTest, SamplesAreStoredLittleEndianAtTheDataOffset)
 {
-    ZNBloc out;
-    ASSERT_TRUE(out.create(path(), georef::BlocSpace(2, 1, 1), 0, 1, ZNBloc::Int32));
     ZN3DImage<int> image(2, 1, 1);
     image(0, 0, 0) = 0x01020304;
     image(1, 0, 0) = -9999;
-    ASSERT_TRUE(out.writeSlices(0, image, 0, 1));
-    ASSERT_TRUE(out.close());
-    const QByteArray bytes = readAll(path());
+    ASSERT_TRUE(write(image, ZNBloc::Int32));
+    const QByteArray bytes = readFileBytes(path());
     const qint64 offset = ZNObjectFile::getDataOffset(path());
     EXPECT_EQ(bytes.mid(offset), QByteArray("\x04\x03\x02\x01\xf1\xd8\xff\xff", 8));
     EXPECT_EQ(ZNObjectFile::readObjectType(path()), QStringLiteral("ZNBloc"));
@@ -183,15 +179,12 @@ TEST_F(BlocTest, SamplesAreStoredLittleEndianAtTheDataOffset)
 
 TEST_F(BlocTest, RealsWithoutAnIntegerValueReadAsNoValueInIntegerImages)
 {
-    ZNBloc out;
-    ASSERT_TRUE(out.create(path(), georef::BlocSpace(4, 1, 1), 0, 1, ZNBloc::Float32));
     ZN3DImage<float> image(4, 1, 1);
     image(0, 0, 0) = std::numeric_limits<float>::quiet_NaN();
     image(1, 0, 0) = 3e10f;
     image(2, 0, 0) = 2.6f;
     image(3, 0, 0) = -7.4f;
-    ASSERT_TRUE(out.writeSlices(0, image, 0, 1));
-    ASSERT_TRUE(out.close());
+    ASSERT_TRUE(write(image, ZNBloc::Float32));
     ZNBloc in;
     ASSERT_TRUE(in.open(path()));
     ZN3DImage<int> asInt;
@@ -221,13 +214,13 @@ TEST_F(BlocTest, ALoweredDepthDropsTheSlicesBeyondIt)
 TEST_F(BlocTest, ABlockDestroyedBeforeCloseLeavesTheTargetAsItWas)
 {
     writeRamp();
-    const QByteArray before = readAll(path());
+    const QByteArray before = readFileBytes(path());
     {
         ZNBloc out;
         ASSERT_TRUE(out.create(path(), georef::BlocSpace(2, 2, 2), 0, 2, ZNBloc::Int32));
         ASSERT_TRUE(out.writeSlices(0, ramp<int>(2, 2, 2), 0, 2));
     }
-    EXPECT_EQ(readAll(path()), before);
+    EXPECT_EQ(readFileBytes(path()), before);
 }
 
 TEST_F(BlocTest, BoxesAndSlicesOutsideTheBlockAreRefusedAndLeaveTheImageAlone)
@@ -341,10 +334,7 @@ TEST_F(BlocTest, CorruptFilesAreRefusedWithoutChangingTheBlock)
     ZNBloc bloc;
     EXPECT_TRUE(bloc.open(writeRaw(element("4", "float32", identity), full)));
 
-    QFile junk(path(QStringLiteral("junk.znb")));
-    ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
-    junk.write(QByteArray(3000, 'x'));
-    junk.close();
+    ASSERT_TRUE(writeFileBytes(path(QStringLiteral("junk.znb")), QByteArray(3000, 'x')));
     EXPECT_FALSE(bloc.open(path(QStringLiteral("junk.znb"))));
     EXPECT_FALSE(bloc.open(path(QStringLiteral("absent.znb"))));
     EXPECT_TRUE(bus.texts().last().contains(QStringLiteral("absent.znb")));

@@ -25,49 +25,30 @@ TEST(PickingViewer, TheNearestEntryAndTheSegmentAlongWhichTheCursorLies)
     const std::vector<PointWithBool> list{P(0, 0), P(0, 10), P(0, 20), S, P(10, 0), P(10, 20)};
     const struct {
         const char* what;
+        std::vector<PointWithBool> list;
         double x, y;
         int entry, segmentEnd;
     } cases[] = {
-        {"on an entry", 0, 10, 1, -9999},
-        {"beside a segment, nearer its first end", 2, 4, 0, 1},
-        {"beside a segment, nearer its second end", 2, 16, 2, 2},
-        {"beyond the end of a stick", 0, 30, 2, -9999},
-        {"beyond the tolerance", 25, 10, 4, -9999},
+        {"on an entry", list, 0, 10, 1, -9999},
+        {"beside a segment, nearer its first end", list, 2, 4, 0, 1},
+        {"beside a segment, nearer its second end", list, 2, 16, 2, 2},
+        {"beyond the end of a stick", list, 0, 30, 2, -9999},
+        {"beyond the tolerance", list, 25, 10, 4, -9999},
+        // As far from both ends of (0, 1); the segment (1, 2) is nearer.
+        {"ties go to the first entry and the nearer segment wins", {P(0, 0), P(10, 0), P(10, 1)},
+         9.8, 0.5, 1, 2},
+        // As far from the points on either side of the separator, along the line joining them.
+        {"a separator ends every segment", {P(0, 0), P(0, 10), S, P(0, 20), P(0, 30)}, 1, 15, 1,
+         -9999},
+        {"no points give no entry", {}, 0, 0, -9999, -9999},
+        {"separators alone give no entry", {S, S}, 0, 0, -9999, -9999},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        const ZNPickingViewer::NearestEntry r = nearest(viewer, list, c.x, c.y);
+        const ZNPickingViewer::NearestEntry r = nearest(viewer, c.list, c.x, c.y);
         EXPECT_EQ(r.entry, c.entry);
         EXPECT_EQ(r.segmentEnd, c.segmentEnd);
     }
-}
-
-TEST(PickingViewer, TiesGoToTheFirstEntryAndTheNearerSegmentWins)
-{
-    OrthographicViewer viewer;
-    // The cursor is as far from both ends of (0, 1); the segment (1, 2) is nearer.
-    const std::vector<PointWithBool> list{P(0, 0), P(10, 0), P(10, 1)};
-    const ZNPickingViewer::NearestEntry r = nearest(viewer, list, 9.8, 0.5);
-    EXPECT_EQ(r.entry, 1);
-    EXPECT_EQ(r.segmentEnd, 2);
-}
-
-TEST(PickingViewer, ASeparatorEndsEverySegment)
-{
-    OrthographicViewer viewer;
-    // Equally far from the two points on either side of the separator, and along the
-    // line that would join them.
-    const std::vector<PointWithBool> list{P(0, 0), P(0, 10), S, P(0, 20), P(0, 30)};
-    const ZNPickingViewer::NearestEntry r = nearest(viewer, list, 1, 15);
-    EXPECT_EQ(r.entry, 1);
-    EXPECT_EQ(r.segmentEnd, core::kNoValue);
-}
-
-TEST(PickingViewer, NoPointsGiveNoEntry)
-{
-    OrthographicViewer viewer;
-    EXPECT_EQ(nearest(viewer, {}, 0, 0).entry, core::kNoValue);
-    EXPECT_EQ(nearest(viewer, {S, S}, 0, 0).entry, core::kNoValue);
     EXPECT_EQ(viewer.getNearestPoint2D(core::vec2(), nullptr, 4).entry, core::kNoValue);
 }
 

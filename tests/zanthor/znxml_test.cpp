@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include <testxml.h>
 #include <znxml.h>
 
 namespace {
@@ -25,16 +26,49 @@ struct Doc {
     }
 };
 
-QDomElement parse(QDomDocument& holder, const QString& xml)
-{
-    EXPECT_TRUE(holder.setContent(xml));
-    return holder.documentElement();
-}
-
 const QString kPen = QStringLiteral("pen");
 const QString kBrush = QStringLiteral("brush");
 
 } // namespace
+
+TEST(Xml, KeyValueElementsRoundTrip)
+{
+    QDomDocument doc;
+    QDomElement root = doc.createElement("header");
+    ZNXml::appendInt(doc, root, "numberOfPatch", -42);
+    ZNXml::appendDouble(doc, root, "scale", 0.1);
+    ZNXml::appendBool(doc, root, "picked", true);
+    ZNXml::appendString(doc, root, "name", "F<1> & \"2\"");
+    EXPECT_EQ(root.firstChildElement("picked").attribute("value"), "1");
+    EXPECT_EQ(ZNXml::readInt(root, "numberOfPatch", 0), -42);
+    EXPECT_EQ(ZNXml::readDouble(root, "scale", 0), 0.1) << "reals keep every bit";
+    EXPECT_TRUE(ZNXml::readBool(root, "picked", false));
+    EXPECT_EQ(ZNXml::readString(root, "name"), "F<1> & \"2\"");
+}
+
+TEST(Xml, MissingOrUnparsableValuesGiveTheFallback)
+{
+    QDomDocument doc;
+    QDomElement root = doc.createElement("header");
+    ZNXml::appendString(doc, root, "dimx", "12a");
+    ZNXml::appendString(doc, root, "withMesh", "yes");
+    root.appendChild(doc.createElement("noValue"));
+    bool found = true;
+    EXPECT_EQ(ZNXml::readInt(root, "dimx", 7, &found), 7);
+    EXPECT_FALSE(found);
+    EXPECT_TRUE(ZNXml::readBool(root, "withMesh", true, &found));
+    EXPECT_FALSE(found);
+    EXPECT_EQ(ZNXml::readString(root, "noValue", "d", &found), "d");
+    EXPECT_FALSE(found);
+    EXPECT_EQ(ZNXml::readDouble(root, "absent", 2.5), 2.5);
+}
+
+TEST(Xml, FormatDoubleIsExactForAwkwardValues)
+{
+    for (double v : {1.0 / 3.0, 6073000.123456789, -9999.0, 1e-300,
+                     std::numeric_limits<double>::max()})
+        EXPECT_EQ(ZNXml::formatDouble(v).toDouble(), v);
+}
 
 TEST(XmlPen, RoundTripsColourStyleWidthCapAndJoin)
 {
@@ -62,10 +96,7 @@ TEST(XmlPen, WritesTheFiveChildrenInOrder)
 {
     Doc d;
     const QDomElement e = ZNXml::appendPen(d.doc, d.root, kPen, QPen(Qt::red, 2));
-    QStringList tags;
-    for (QDomElement c = e.firstChildElement(); !c.isNull(); c = c.nextSiblingElement())
-        tags << c.tagName();
-    EXPECT_EQ(tags, (QStringList{"color", "style", "width", "capStyle", "joinStyle"}));
+    EXPECT_EQ(childTags(e), (QStringList{"color", "style", "width", "capStyle", "joinStyle"}));
     EXPECT_EQ(e.firstChildElement("color").attribute("value"), QStringLiteral("#ffff0000"));
     EXPECT_EQ(e.firstChildElement("width").attribute("value"), QStringLiteral("2"));
 }
@@ -74,14 +105,14 @@ TEST(XmlPen, DamagedChildrenKeepTheFallbackAttribute)
 {
     const QPen fallback(QColor(1, 2, 3), 4, Qt::DotLine, Qt::SquareCap, Qt::RoundJoin);
     QDomDocument holder;
-    const QDomElement root = parse(holder,
+    const QDomElement root = parseXml(holder,
         "<r><pen><color value=\"not a colour\"/><style value=\"99\"/><width value=\"-1\"/>"
         "<capStyle value=\"7\"/><joinStyle value=\"x\"/></pen></r>");
     const QPen back = ZNXml::readPen(root, kPen, fallback);
     EXPECT_EQ(back, fallback);
 
     QDomDocument partial;
-    const QPen styled = ZNXml::readPen(parse(partial, "<r><pen><style value=\"2\"/></pen></r>"),
+    const QPen styled = ZNXml::readPen(parseXml(partial, "<r><pen><style value=\"2\"/></pen></r>"),
                                        kPen, fallback);
     EXPECT_EQ(styled.style(), Qt::DashLine);
     EXPECT_EQ(styled.color(), fallback.color());
@@ -108,7 +139,7 @@ TEST(XmlBrush, StyleOutsideThePlainPatternsKeepsTheFallback)
 {
     QDomDocument holder;
     const QDomElement root =
-        parse(holder, "<r><brush><color value=\"#80102030\"/><style value=\"15\"/></brush></r>");
+        parseXml(holder, "<r><brush><color value=\"#80102030\"/><style value=\"15\"/></brush></r>");
     const QBrush back = ZNXml::readBrush(root, kBrush, QBrush(Qt::red, Qt::Dense3Pattern));
     EXPECT_EQ(back.style(), Qt::Dense3Pattern);
     EXPECT_EQ(back.color(), QColor(0x10, 0x20, 0x30, 0x80));
@@ -136,7 +167,7 @@ TEST(XmlRealLists, WrongCountsOrTextGiveTheFallback)
     for (const char* text : bad) {
         SCOPED_TRACE(text);
         QDomDocument holder;
-        const QDomElement root = parse(holder, QStringLiteral("<r><m value=\"%1\"/><p value=\"%1\"/></r>")
+        const QDomElement root = parseXml(holder, QStringLiteral("<r><m value=\"%1\"/><p value=\"%1\"/></r>")
                                                    .arg(QLatin1String(text)));
         bool found = true;
         EXPECT_EQ(ZNXml::readMatrix(root, QStringLiteral("m"), identity, &found), identity);

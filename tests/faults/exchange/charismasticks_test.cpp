@@ -4,7 +4,6 @@
 
 #include <exchange/charismasticks.h>
 #include <exchange/worldaxes.h>
-#include <testservices.h>
 
 #include "exchangetesthelpers.h"
 
@@ -43,7 +42,7 @@ TEST(CharismaSticks, WritingTheSampleBackReproducesItByteForByte)
     ASSERT_TRUE(readCharismaSticks(sample, set));
     const QString path = dir.filePath(QStringLiteral("out.txt"));
     ASSERT_TRUE(writeCharismaSticks(path, set));
-    EXPECT_EQ(exchangetest::readBytes(path), exchangetest::readBytes(sample));
+    EXPECT_EQ(readFileBytes(path), readFileBytes(sample));
 }
 
 TEST(CharismaSticks, MarkerVariantsQuotedNamesAndInterleavedFaultsAreRead)
@@ -75,7 +74,7 @@ TEST(CharismaSticks, WrittenLinesFollowTheColumnLayout)
     set.faults.push_back({QStringLiteral("F 12"), {{p}, {p}}});
     const QString path = dir.filePath(QStringLiteral("out.txt"));
     ASSERT_TRUE(writeCharismaSticks(path, set));
-    EXPECT_EQ(exchangetest::readBytes(path),
+    EXPECT_EQ(readFileBytes(path),
               QByteArray("INLINE-        1201 2147483647    456000.25000   6780000.50000      1500.12500 F 12 1\n"
                          "INLINE-        1201 2147483647    456000.25000   6780000.50000      1500.12500 F 12 2\n"));
 }
@@ -97,31 +96,21 @@ TEST(CharismaSticks, ABadLineNamesItsLineAndWhatIsWrong)
         {"Inline Crossline X Y Z Name Stick", "inline is not an integer: \"Crossline\""},
         {"FAULT F1 456000.0 6780000.0 1500.0", "expected a point line starting with INLINE"},
     };
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("bad.txt"));
     for (const auto& c : cases) {
-        ASSERT_TRUE(exchangetest::writeBytes(path, QByteArray(good) + good + c.line + "\n" + good));
-        StickSet result = exchangetest::markerSet();
-        RecordingEventBus bus;
-        const ExchangeStatus status = readCharismaSticks(path, result);
-        EXPECT_FALSE(status) << c.line;
-        EXPECT_EQ(status.line, 3) << c.line;
-        EXPECT_TRUE(status.message.startsWith(QStringLiteral("bad.txt: line 3: ")));
-        EXPECT_TRUE(status.message.contains(QLatin1String(c.expected)))
-            << c.line << " -> " << status.message.toStdString();
-        EXPECT_EQ(result.faults[0].name, QStringLiteral("marker"));
-        EXPECT_TRUE(bus.contains(ZNEventBus::FileError, status.message));
+        SCOPED_TRACE(c.line);
+        exchangetest::expectRefused(StickFormat::Charisma, QByteArray(good) + good + c.line + "\n" + good,
+                                    3, QLatin1String(c.expected));
     }
 }
 
 TEST(CharismaSticks, WindowsLineEndingsAndAByteOrderMarkReadAsTheUnixFile)
 {
     const QString sample = exchangetest::dataPath("charisma_fault_sticks.txt");
-    QByteArray windows = exchangetest::readBytes(sample);
+    QByteArray windows = readFileBytes(sample);
     windows.replace("\n", "\r\n");
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("windows.txt"));
-    ASSERT_TRUE(exchangetest::writeBytes(path, "\xEF\xBB\xBF" + windows));
+    ASSERT_TRUE(writeFileBytes(path, "\xEF\xBB\xBF" + windows));
     StickSet expected, read;
     ASSERT_TRUE(readCharismaSticks(sample, expected));
     ASSERT_TRUE(readCharismaSticks(path, read));

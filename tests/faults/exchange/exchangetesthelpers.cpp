@@ -1,10 +1,12 @@
 #include "exchangetesthelpers.h"
 
-#include <QFile>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <exchange/worldaxes.h>
+#include <testgeometry.h>
+#include <testservices.h>
 
 using namespace fault::exchange;
 
@@ -52,16 +54,24 @@ StickSet markerSet()
     return set;
 }
 
-bool writeBytes(const QString& path, const QByteArray& bytes)
+void expectRefused(StickFormat format, const QByteArray& bytes, int line, const QString& expected)
 {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QByteArray readBytes(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("bad.txt"));
+    ASSERT_TRUE(writeFileBytes(path, bytes));
+    StickSet result = markerSet();
+    RecordingEventBus bus;
+    const ExchangeStatus status = readSticks(path, format, result);
+    SCOPED_TRACE(status.message.toStdString());
+    EXPECT_FALSE(status);
+    EXPECT_EQ(status.line, line);
+    const QString prefix = line > 0 ? QStringLiteral("bad.txt: line %1: ").arg(line)
+                                    : QStringLiteral("bad.txt: ");
+    EXPECT_TRUE(status.message.startsWith(prefix));
+    EXPECT_TRUE(status.message.contains(expected));
+    ASSERT_EQ(result.faults.size(), 1u);
+    EXPECT_EQ(result.faults[0].name, QStringLiteral("marker"));
+    EXPECT_TRUE(bus.contains(ZNEventBus::FileError, status.message));
 }
 
 void expectSameSticks(const StickSet& expected, const StickSet& actual, double tolerance,
@@ -78,9 +88,7 @@ void expectSameSticks(const StickSet& expected, const StickSet& actual, double t
             for (size_t p = 0; p < e.sticks[s].size(); ++p) {
                 const StickPoint& ep = e.sticks[s][p];
                 const StickPoint& ap = a.sticks[s][p];
-                EXPECT_NEAR(ap.world.x, ep.world.x, tolerance);
-                EXPECT_NEAR(ap.world.y, ep.world.y, tolerance);
-                EXPECT_NEAR(ap.world.z, ep.world.z, tolerance);
+                expectNear(ap.world, ep.world, tolerance);
                 EXPECT_EQ(ap.inlineNumber, compareLineNumbers ? ep.inlineNumber : core::kNoValue);
                 EXPECT_EQ(ap.crosslineNumber, compareLineNumbers ? ep.crosslineNumber : core::kNoValue);
             }
@@ -92,11 +100,8 @@ void expectSameMesh(const TriangleMesh& expected, const TriangleMesh& actual, do
 {
     EXPECT_EQ(actual.name, expected.name);
     ASSERT_EQ(actual.vertices.size(), expected.vertices.size());
-    for (size_t i = 0; i < expected.vertices.size(); ++i) {
-        EXPECT_NEAR(actual.vertices[i].x, expected.vertices[i].x, tolerance);
-        EXPECT_NEAR(actual.vertices[i].y, expected.vertices[i].y, tolerance);
-        EXPECT_NEAR(actual.vertices[i].z, expected.vertices[i].z, tolerance);
-    }
+    for (size_t i = 0; i < expected.vertices.size(); ++i)
+        expectNear(actual.vertices[i], expected.vertices[i], tolerance);
     EXPECT_EQ(actual.triangles, expected.triangles);
 }
 

@@ -4,8 +4,10 @@
 #include <QByteArray>
 #include <QString>
 
+#include <exchange/stickformat.h>
 #include <exchange/stickset.h>
 #include <exchange/trianglemesh.h>
+#include <testfiles.h>
 
 namespace exchangetest {
 
@@ -19,8 +21,12 @@ fault::exchange::StickSet sampleSet(bool withLineNumbers);
 // A set that a failed read must leave alone.
 fault::exchange::StickSet markerSet();
 
-bool writeBytes(const QString& path, const QByteArray& bytes);
-QByteArray readBytes(const QString& path);
+// Writes `bytes` to "bad.txt" in a fresh folder and reads it as `format` into a set
+// holding one marker fault. The read must fail at `line` (0: at no line) with a message
+// "bad.txt: line <line>: ..." that contains `expected`, sent on the event bus as a file
+// error, and must leave the set as it was.
+void expectRefused(fault::exchange::StickFormat format, const QByteArray& bytes, int line,
+                   const QString& expected);
 
 // Same fault names in order, same stick and point counts, positions within `tolerance`
 // in world units, and, with `compareLineNumbers`, the same line numbers (else -9999).

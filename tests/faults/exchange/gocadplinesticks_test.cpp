@@ -4,7 +4,6 @@
 
 #include <exchange/gocadplinesticks.h>
 #include <exchange/worldaxes.h>
-#include <testservices.h>
 
 #include "exchangetesthelpers.h"
 
@@ -36,14 +35,14 @@ TEST(GocadPLineSticks, WrittenObjectsUseVrtxWithoutLineNumbersAndPvrtxWithThem)
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("out.pl"));
     ASSERT_TRUE(writeGocadPLineSticks(path, exchangetest::sampleSet(false)));
-    const QByteArray plain = exchangetest::readBytes(path);
+    const QByteArray plain = readFileBytes(path);
     EXPECT_TRUE(plain.contains("name:\"Main Fault\"\n"));
     EXPECT_TRUE(plain.contains("name:F2\n"));
     EXPECT_TRUE(plain.contains("ILINE\nVRTX 1 456000.250000 6780000.500000 1500.000000\n"));
     EXPECT_TRUE(plain.contains("SEG 1 2\nSEG 2 3\nILINE\n"));
     EXPECT_FALSE(plain.contains("PROPERTIES"));
     ASSERT_TRUE(writeGocadPLineSticks(path, exchangetest::sampleSet(true)));
-    const QByteArray lines = exchangetest::readBytes(path);
+    const QByteArray lines = readFileBytes(path);
     EXPECT_TRUE(lines.contains("PROPERTIES Inline Crossline\nNO_DATA_VALUES -9999 -9999\n"));
     EXPECT_TRUE(lines.contains("PVRTX 3 456020.000000 6780000.500000 1700.500000 -9999 -9999\n"));
 }
@@ -64,28 +63,13 @@ TEST(GocadPLineSticks, ABadObjectNamesItsLineAndWhatIsWrong)
         {"ILINE\nVRTX 1 0 0\nEND\n", "VRTX needs an id and three coordinates", 6},
         {"ILINE\nVRTX 1 0 0 0\n", "no END", 0},
     };
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("bad.pl"));
-    for (const auto& c : cases) {
-        ASSERT_TRUE(exchangetest::writeBytes(path, head + c.body));
-        StickSet result = exchangetest::markerSet();
-        RecordingEventBus bus;
-        const ExchangeStatus status = readGocadPLineSticks(path, result);
-        EXPECT_FALSE(status) << c.expected;
-        EXPECT_EQ(status.line, c.line) << c.expected;
-        EXPECT_TRUE(status.message.contains(QLatin1String(c.expected)))
-            << c.expected << " -> " << status.message.toStdString();
-        EXPECT_EQ(result.faults[0].name, QStringLiteral("marker"));
-    }
+    for (const auto& c : cases)
+        exchangetest::expectRefused(StickFormat::GocadPLine, head + c.body, c.line, QLatin1String(c.expected));
 }
 
 TEST(GocadPLineSticks, ATSurfObjectIsNotReadAsSticks)
 {
-    StickSet result;
-    RecordingEventBus bus;
-    const ExchangeStatus status =
-        readGocadPLineSticks(exchangetest::dataPath("gocad_tsurf.ts"), result);
-    EXPECT_FALSE(status);
-    EXPECT_EQ(status.line, 1);
-    EXPECT_TRUE(status.message.contains(QStringLiteral("a GOCAD TSurf object where a PLine was expected")));
+    exchangetest::expectRefused(StickFormat::GocadPLine,
+                                readFileBytes(exchangetest::dataPath("gocad_tsurf.ts")), 1,
+                                QStringLiteral("a GOCAD TSurf object where a PLine was expected"));
 }

@@ -47,7 +47,7 @@ TEST(GocadTSurf, TheWriterProducesTheMinimalObject)
     mesh.vertices.resize(3);
     mesh.triangles.resize(1);
     ASSERT_TRUE(writeGocadTSurf(path, {mesh}, VerticalDomain::Depth));
-    EXPECT_EQ(exchangetest::readBytes(path),
+    EXPECT_EQ(readFileBytes(path),
               QByteArray("GOCAD TSurf 1\n"
                          "HEADER {\n"
                          "name:\"Fault A\"\n"
@@ -88,21 +88,21 @@ TEST(GocadTSurf, ABadTriangleRefusesTheWriteAndKeepsThePreviousFile)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("out.ts"));
-    ASSERT_TRUE(exchangetest::writeBytes(path, "previous"));
+    ASSERT_TRUE(writeFileBytes(path, "previous"));
     TriangleMesh mesh = square(QStringLiteral("F"));
     mesh.triangles.push_back({0, 1, 4});
     RecordingEventBus bus;
     const ExchangeStatus status = writeGocadTSurf(path, {mesh}, VerticalDomain::Depth);
     EXPECT_FALSE(status);
     EXPECT_TRUE(status.message.contains(QStringLiteral("triangle 2 of F")));
-    EXPECT_EQ(exchangetest::readBytes(path), QByteArray("previous"));
+    EXPECT_EQ(readFileBytes(path), QByteArray("previous"));
 }
 
 TEST(GocadTSurf, ATriangleOnAnUnknownVertexIsAnErrorAtItsLine)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("bad.ts"));
-    ASSERT_TRUE(exchangetest::writeBytes(path, "GOCAD TSurf 1\nTFACE\nVRTX 1 0 0 0\nVRTX 2 1 0 0\n"
+    ASSERT_TRUE(writeFileBytes(path, "GOCAD TSurf 1\nTFACE\nVRTX 1 0 0 0\nVRTX 2 1 0 0\n"
                                                "TRGL 1 2 9\nEND\n"));
     std::vector<TriangleMesh> meshes(1);
     VerticalDomain domain = VerticalDomain::Depth;

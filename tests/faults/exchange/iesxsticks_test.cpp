@@ -27,7 +27,7 @@ QStringList writtenLines(const StickSet& set)
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("out.dat"));
     if (!writeIesxSticks(path, set)) return {};
-    return QString::fromUtf8(exchangetest::readBytes(path)).split('\n');
+    return QString::fromUtf8(readFileBytes(path)).split('\n');
 }
 } // namespace
 
@@ -95,12 +95,12 @@ TEST(IesxSticks, AZOutsideItsColumnRefusesTheWriteAndKeepsThePreviousFile)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("out.dat"));
-    ASSERT_TRUE(exchangetest::writeBytes(path, "previous"));
+    ASSERT_TRUE(writeFileBytes(path, "previous"));
     RecordingEventBus bus;
     const ExchangeStatus status = writeIesxSticks(path, onePoint(123456.0, 1, 1));
     EXPECT_FALSE(status);
     EXPECT_TRUE(status.message.contains(QStringLiteral("does not fit the IESX Z column")));
-    EXPECT_EQ(exchangetest::readBytes(path), QByteArray("previous"));
+    EXPECT_EQ(readFileBytes(path), QByteArray("previous"));
     EXPECT_TRUE(writeIesxSticks(path, onePoint(-99999.99, 1, 1))) << "the widest Z that fits";
 }
 
@@ -108,7 +108,7 @@ TEST(IesxSticks, TabSeparatedRowsAndRowsBeforeAnyProfileAreRead)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("tabs.dat"));
-    ASSERT_TRUE(exchangetest::writeBytes(path, "456000.0\t6780000.0\t1\t14\t1500.0\n"
+    ASSERT_TRUE(writeFileBytes(path, "456000.0\t6780000.0\t1\t14\t1500.0\n"
                                                "456010.0\t6780000.0\t1\t14\t1600.0\n"
                                                "456010.0\t6780000.0\t2\t14\t1700.0\n"));
     StickSet set;
@@ -121,16 +121,8 @@ TEST(IesxSticks, TabSeparatedRowsAndRowsBeforeAnyProfileAreRead)
 
 TEST(IesxSticks, ARowThatIsNeitherColumnsNorFieldsIsAnErrorAtItsLine)
 {
-    QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("bad.dat"));
     const QStringList lines = writtenLines(onePoint(1500.0, 1, 1));
-    ASSERT_TRUE(exchangetest::writeBytes(
-        path, (lines[0] + "\n" + lines[2] + "\n  4.5600E+05  junk\n").toUtf8()));
-    StickSet result = exchangetest::markerSet();
-    RecordingEventBus bus;
-    const ExchangeStatus status = readIesxSticks(path, result);
-    EXPECT_FALSE(status);
-    EXPECT_EQ(status.line, 3);
-    EXPECT_TRUE(status.message.contains(QStringLiteral("not an IESX data line")));
-    EXPECT_EQ(result.faults[0].name, QStringLiteral("marker"));
+    exchangetest::expectRefused(StickFormat::Iesx,
+                                (lines[0] + "\n" + lines[2] + "\n  4.5600E+05  junk\n").toUtf8(), 3,
+                                QStringLiteral("not an IESX data line"));
 }

@@ -66,7 +66,7 @@ TEST(StickFormat, UnrecognisableOrMissingFilesAreNotGuessed)
 {
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("prose.txt"));
-    ASSERT_TRUE(exchangetest::writeBytes(path, "# comment\n\nsome words here\n"));
+    ASSERT_TRUE(writeFileBytes(path, "# comment\n\nsome words here\n"));
     StickFormat format = StickFormat::Iesx;
     EXPECT_FALSE(guessStickFormat(path, format));
     EXPECT_FALSE(guessStickFormat(dir.filePath(QStringLiteral("missing")), format));

@@ -139,24 +139,17 @@ ZN3DImage<float> noisySheets(int n, unsigned seed, int nx = 0, int steps = 0)
 
 } // namespace
 
-TEST(FaultPatchLabelImage, AVolumeBelowTheThresholdHasNoLabelsAndUsesOneLabelValue)
-{
-    ZN3DImage<float> v = volume(4, 3, 5);
-    const Result r = segment(v, Settings{}, 41);
-    ASSERT_NE(r.labels, nullptr);
-    EXPECT_EQ(voxelsWithLabel(*r.labels, kUnlabelled).size(), v.voxelCount());
-    EXPECT_EQ(r.labelCounter, 42);
-    EXPECT_EQ(r.sliceCount, 5);
-}
-
-TEST(FaultPatchLabelImage, TheLabelImageKeepsTheInputGeometry)
+TEST(FaultPatchLabelImage, AVolumeBelowTheThresholdHasNoLabelsUsesOneLabelValueAndKeepsItsGeometry)
 {
     core::mat4 toWorld = core::mat4::translation({100.0, 20.0, -5.0});
     toWorld(0, 0) = 12.5;
-    ZN3DImage<float> v(georef::BlocSpace(4, 3, 2, toWorld), kLow);
-    const Result r = segment(v, Settings{});
+    ZN3DImage<float> v(georef::BlocSpace(4, 3, 5, toWorld), kLow);
+    const Result r = segment(v, Settings{}, 41);
     ASSERT_NE(r.labels, nullptr);
     EXPECT_EQ(r.labels->blocSpace(), v.blocSpace());
+    EXPECT_EQ(voxelsWithLabel(*r.labels, kUnlabelled).size(), v.voxelCount());
+    EXPECT_EQ(r.labelCounter, 42);
+    EXPECT_EQ(r.sliceCount, 5);
 }
 
 TEST(FaultPatchLabelImage, AnIsolatedVoxelAtTheThresholdIsKeptOnlyForPatchSizesUpToFive)
@@ -312,36 +305,28 @@ TEST(FaultPatchLabelImage, TwoCallsSkipOneLabelBetweenThem)
     EXPECT_EQ(second.labelCounter, 8);
 }
 
-TEST(FaultPatchLabelImage, CancellingReturnsNullAfterClosingTheBar)
+TEST(FaultPatchLabelImage, TheBarStepsOncePerSliceIsAlwaysClosedAndCancellingReturnsNull)
 {
     struct Case {
-        int cancelAfter;   // increments before the cancel
-        int labelCounter;  // expected: one per labelled slice, plus the first label
+        int cancelAfter;   // increments before the cancel; -1: never
+        int increments;
+        int labelCounter;  // one per labelled slice, plus the first label
     };
-    for (const Case c : {Case{1, 1}, Case{3, 3}}) {
+    for (const Case c : {Case{1, 1, 1}, Case{3, 3, 3}, Case{-1, 5, 6}}) {
+        SCOPED_TRACE(c.cancelAfter);
         RecordingProgress progress(c.cancelAfter);
         ZN3DImage<float> v = volume(3, 1, 5);
         for (int z = 0; z < 5; ++z) v(1, 0, z) = kHigh;
         Settings s;
         s.growthIterations = 0;
         const Result r = segment(v, s);
-        EXPECT_EQ(r.labels, nullptr);
+        EXPECT_EQ(r.labels == nullptr, c.cancelAfter >= 0);
         EXPECT_EQ(r.labelCounter, c.labelCounter);
         EXPECT_EQ(progress.titles, QStringList{"Get Fault Patches"});
-        EXPECT_EQ(progress.increments, c.cancelAfter);
+        EXPECT_EQ(progress.increments, c.increments);
         EXPECT_EQ(progress.closed, 1);
         EXPECT_EQ(progress.openBarCount(), 0);
     }
-}
-
-TEST(FaultPatchLabelImage, TheBarHasOneStepPerSliceAndIsClosedOnSuccess)
-{
-    RecordingProgress progress;
-    ZN3DImage<float> v = volume(2, 2, 7);
-    const Result r = segment(v, Settings{});
-    ASSERT_NE(r.labels, nullptr);
-    EXPECT_EQ(progress.increments, 7);
-    EXPECT_EQ(progress.closed, 1);
 }
 
 TEST(FaultPatchLabelImage, ANullVolumeIsReportedAndLeavesTheOutputsAlone)

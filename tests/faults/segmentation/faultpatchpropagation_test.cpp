@@ -84,95 +84,61 @@ TEST(FaultPatchPropagation, RingLimitBoundsTheChessboardDistanceFromTheSeed)
     }
 }
 
-TEST(FaultPatchPropagation, VoxelLimitOneStopsAfterTheFirstVoxelTakenNotAfterTheSeed)
-{
-    Growth g(volume(3, 3, 3, kHigh));
-    const std::vector<Triplet> expected{{1, 1, 1}, {0, 0, 0}};
-    EXPECT_EQ(g.grow({1, 1, 1}, 5, 1), expected);
-    EXPECT_EQ(voxelsWithLabel(g.labels, kLabel), (std::vector<Triplet>{{0, 0, 0}, {1, 1, 1}}));
-}
-
-TEST(FaultPatchPropagation, VoxelLimitStopsInTheMiddleOfARing)
-{
-    Growth g(volume(3, 3, 3, kHigh));
-    const std::vector<Triplet> patch = g.grow({1, 1, 1}, 5, 4);
-    const std::vector<Triplet> expected{{1, 1, 1}, {0, 0, 0}, {1, 0, 0}, {2, 0, 0}};
-    EXPECT_EQ(patch, expected);
-    EXPECT_EQ(voxelsWithLabel(g.labels, kLabel).size(), 4u);
-}
-
-TEST(FaultPatchPropagation, ASeedWithoutNeighboursAboveTheThresholdStaysAlone)
-{
-    Growth g(volume(3, 3, 3, static_cast<float>(kThreshold)));  // at, not above
-    g.likelihood(1, 1, 1) = kHigh;
-    EXPECT_EQ(g.grow({1, 1, 1}, 50), (std::vector<Triplet>{{1, 1, 1}}));
-    EXPECT_EQ(voxelsWithLabel(g.labels, kLabel).size(), 1u);
-}
-
-TEST(FaultPatchPropagation, TheSeedIsLabelledWhateverItsLikelihood)
-{
-    Growth g(volume(3, 1, 1));
-    set(g.likelihood, {{0, 0, 0}, {2, 0, 0}});
-    EXPECT_EQ(g.grow({1, 0, 0}, 1), (std::vector<Triplet>{{1, 0, 0}, {0, 0, 0}, {2, 0, 0}}));
-}
-
-TEST(FaultPatchPropagation, NoRingsLabelsTheSeedOnly)
-{
-    for (int rings : {0, -3}) {
-        Growth g(volume(3, 3, 3, kHigh));
-        EXPECT_EQ(g.grow({1, 1, 1}, rings), (std::vector<Triplet>{{1, 1, 1}}));
-        EXPECT_EQ(g.labels(1, 1, 1), kLabel);
-        EXPECT_EQ(voxelsWithLabel(g.labels, kLabel).size(), 1u);
-    }
-}
-
-TEST(FaultPatchPropagation, SeedsOnTheBorderIgnoreNeighboursOutsideTheVolume)
+TEST(FaultPatchPropagation, LimitsThresholdAndOtherPatchesDecideWhichVoxelsAreTaken)
 {
     struct Case {
+        const char* what;
+        Triplet size;
+        float fill;                                     // every voxel's likelihood but ...
+        std::vector<std::pair<Triplet, float>> values;  // ... these
+        std::vector<std::pair<Triplet, int>> labels;    // set before the growth; others free
         Triplet seed;
-        std::vector<Triplet> expected;
+        int rings, maxVoxels;
+        std::vector<Triplet> expected;                  // in the order taken
     };
+    const Triplet cube(3, 3, 3);
+    const float at = static_cast<float>(kThreshold);
     const std::vector<Case> cases{
-        {{0, 0, 0},
+        {"a voxel limit of one stops after the first voxel taken, not after the seed", cube, kHigh,
+         {}, {}, {1, 1, 1}, 5, 1, {{1, 1, 1}, {0, 0, 0}}},
+        {"the voxel limit stops in the middle of a ring", cube, kHigh, {}, {}, {1, 1, 1}, 5, 4,
+         {{1, 1, 1}, {0, 0, 0}, {1, 0, 0}, {2, 0, 0}}},
+        {"neighbours at, not above, the threshold leave the seed alone", cube, at,
+         {{{1, 1, 1}, kHigh}}, {}, {1, 1, 1}, 50, 1000, {{1, 1, 1}}},
+        {"the seed is labelled whatever its likelihood", {3, 1, 1}, kLow,
+         {{{0, 0, 0}, kHigh}, {{2, 0, 0}, kHigh}}, {}, {1, 0, 0}, 1, 1000,
+         {{1, 0, 0}, {0, 0, 0}, {2, 0, 0}}},
+        {"no rings label the seed only", cube, kHigh, {}, {}, {1, 1, 1}, 0, 1000, {{1, 1, 1}}},
+        {"negative rings label the seed only", cube, kHigh, {}, {}, {1, 1, 1}, -3, 1000, {{1, 1, 1}}},
+        {"a corner seed ignores neighbours outside the volume", cube, kHigh, {}, {}, {0, 0, 0}, 1, 1000,
          {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {0, 0, 1}, {1, 0, 1}, {0, 1, 1}, {1, 1, 1}}},
-        {{2, 2, 2},
+        {"the far corner likewise", cube, kHigh, {}, {}, {2, 2, 2}, 1, 1000,
          {{2, 2, 2}, {1, 1, 1}, {2, 1, 1}, {1, 2, 1}, {2, 2, 1}, {1, 1, 2}, {2, 1, 2}, {1, 2, 2}}},
-        {{1, 0, 2},
+        {"an edge seed likewise", cube, kHigh, {}, {}, {1, 0, 2}, 1, 1000,
          {{1, 0, 2}, {0, 0, 1}, {1, 0, 1}, {2, 0, 1}, {0, 1, 1}, {1, 1, 1}, {2, 1, 1},
           {0, 0, 2}, {2, 0, 2}, {0, 1, 2}, {1, 1, 2}, {2, 1, 2}}},
+        {"voxels of another patch, label 0 included, are never taken", {5, 1, 1}, kHigh, {},
+         {{{1, 0, 0}, 3}, {{4, 0, 0}, 0}}, {2, 0, 0}, 10, 1000, {{2, 0, 0}, {3, 0, 0}}},
+        {"any negative label counts as free", {3, 1, 1}, kHigh, {}, {{{2, 0, 0}, -1}}, {0, 0, 0}, 10,
+         1000, {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}}},
+        {"growth needs a likelihood strictly above the threshold", {4, 1, 1}, kLow,
+         {{{1, 0, 0}, 0.5f}, {{2, 0, 0}, 0.5f}, {{3, 0, 0}, 0.50001f}}, {}, {0, 0, 0}, 5, 1000,
+         {{0, 0, 0}}},
+        {"... seen from the other side", {4, 1, 1}, kLow,
+         {{{1, 0, 0}, 0.5f}, {{2, 0, 0}, 0.5f}, {{3, 0, 0}, 0.50001f}}, {}, {2, 0, 0}, 5, 1000,
+         {{2, 0, 0}, {3, 0, 0}}},
     };
     for (const Case& c : cases) {
-        Growth g(volume(3, 3, 3, kHigh));
-        EXPECT_EQ(g.grow(c.seed, 1), c.expected);
+        SCOPED_TRACE(c.what);
+        Growth g(volume(c.size.x, c.size.y, c.size.z, c.fill));
+        for (const auto& v : c.values) g.likelihood(v.first.x, v.first.y, v.first.z) = v.second;
+        for (const auto& l : c.labels) g.labels(l.first.x, l.first.y, l.first.z) = l.second;
+        std::vector<int> expectedLabels(g.labels.data(), g.labels.data() + g.labels.voxelCount());
+        for (const Triplet& t : c.expected) expectedLabels[g.labels.index(t.x, t.y, t.z)] = kLabel;
+        EXPECT_EQ(g.grow(c.seed, c.rings, c.maxVoxels), c.expected);
+        EXPECT_EQ(std::vector<int>(g.labels.data(), g.labels.data() + g.labels.voxelCount()),
+                  expectedLabels);
     }
-}
-
-TEST(FaultPatchPropagation, VoxelsOfAnotherPatchAreNeverTaken)
-{
-    Growth g(volume(5, 1, 1, kHigh));
-    g.labels(1, 0, 0) = 3;
-    g.labels(4, 0, 0) = 0;  // label 0 is a patch too: only negative labels are free
-    EXPECT_EQ(g.grow({2, 0, 0}, 10), (std::vector<Triplet>{{2, 0, 0}, {3, 0, 0}}));
-    EXPECT_EQ(g.labels(1, 0, 0), 3);
-    EXPECT_EQ(g.labels(4, 0, 0), 0);
-    EXPECT_EQ(g.labels(0, 0, 0), kFree);
-}
-
-TEST(FaultPatchPropagation, AnyNegativeLabelCountsAsFree)
-{
-    Growth g(volume(3, 1, 1, kHigh));
-    g.labels(2, 0, 0) = -1;
-    EXPECT_EQ(g.grow({0, 0, 0}, 10).size(), 3u);
-}
-
-TEST(FaultPatchPropagation, GrowthNeedsALikelihoodStrictlyAboveTheThreshold)
-{
-    Growth g(volume(4, 1, 1));
-    g.likelihood(1, 0, 0) = 0.5f;
-    g.likelihood(2, 0, 0) = 0.5f;
-    g.likelihood(3, 0, 0) = 0.50001f;
-    EXPECT_EQ(g.grow({0, 0, 0}, 5, 1000, 0.5), (std::vector<Triplet>{{0, 0, 0}}));
-    EXPECT_EQ(g.grow({2, 0, 0}, 5, 1000, 0.5), (std::vector<Triplet>{{2, 0, 0}, {3, 0, 0}}));
 }
 
 TEST(FaultPatchPropagation, UnusableArgumentsAreReportedAndLabelNothing)

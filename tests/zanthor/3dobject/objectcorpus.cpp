@@ -31,15 +31,10 @@ void fill(ZN3DObjectDraw& object, int recordSize)
     auto& points = object.getPoints();
     points.clear();
     for (int i = 0; i < 5; ++i) points.add(core::vec3(0.1 * i, 1000.3 + i, -2.7e5 / (i + 1)));
-    ZNFacette a, b, c;
-    a.index[0] = 0; a.index[1] = 1; a.index[2] = 2;
-    b.index[0] = 1; b.index[1] = 3; b.index[2] = 2;
-    c.index[0] = 3; c.index[1] = 4; c.index[2] = 2;
     auto& facettes = object.getFacettes();
     facettes.clear();
-    facettes.add(a);
-    facettes.add(b);
-    facettes.add(c);
+    for (const ZNFacette& f : {ZNFacette{{0, 1, 2}}, ZNFacette{{1, 3, 2}}, ZNFacette{{3, 4, 2}}})
+        facettes.add(f);
     object.setPen(QPen(QColor(200, 10, 20), 3, Qt::DashLine));
     object.setBrush(QBrush(QColor(1, 2, 3, 128), Qt::Dense4Pattern));
     object.setPixelSize(core::vec3(12.5, 4, 12.5));

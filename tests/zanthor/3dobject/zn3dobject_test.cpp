@@ -40,11 +40,8 @@ TEST(ObjectTopology, SkipsIndicesOutsideThePointsAndCountsADegenerateFacetteOnce
     ZN3DObjectDraw object;
     object.getPoints().add(core::vec3());
     object.getPoints().add(core::vec3(1, 0, 0));
-    ZNFacette outside, degenerate;
-    outside.index[0] = 0; outside.index[1] = 7; outside.index[2] = 0xffffffffu;
-    degenerate.index[0] = 1; degenerate.index[1] = 1; degenerate.index[2] = 0;
-    object.getFacettes().add(outside);
-    object.getFacettes().add(degenerate);
+    object.getFacettes().add(ZNFacette{{0, 7, 0xffffffffu}});  // outside the points
+    object.getFacettes().add(ZNFacette{{1, 1, 0}});            // degenerate
     object.setTopology(true);
     EXPECT_EQ(facettesOf(object, 0), (QList<int>{0, 1}));
     EXPECT_EQ(facettesOf(object, 1), QList<int>{1});

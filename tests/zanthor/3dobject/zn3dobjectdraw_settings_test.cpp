@@ -2,6 +2,7 @@
 
 #include <3dobject/zn3dobjectdraw.h>
 #include <property/znpropertysheet.h>
+#include <testxml.h>
 #include <znxml.h>
 
 namespace {
@@ -18,13 +19,6 @@ QDomElement settingsOf(QDomDocument& doc, const ZN3DObjectDraw& o)
     doc.appendChild(parent);
     o.createHeaderSettings(doc, parent);
     return parent;
-}
-
-QStringList childTags(const QDomElement& e)
-{
-    QStringList tags;
-    for (QDomElement c = e.firstChildElement(); !c.isNull(); c = c.nextSiblingElement()) tags << c.tagName();
-    return tags;
 }
 
 } // namespace
@@ -74,11 +68,11 @@ TEST(ObjectDrawSettings, RoundTripRestoresTheDisplayButNotTheNames)
 TEST(ObjectDrawSettings, AbsentWidthAndStylesReadAsOneAndAreAppliedTogether)
 {
     QDomDocument doc;
-    ASSERT_TRUE(doc.setContent(QStringLiteral("<s><ZN3DObjectDraw/></s>")));
+    const QDomElement settings = parseXml(doc, QStringLiteral("<s><ZN3DObjectDraw/></s>"));
     ZN3DObjectDraw object;
     object.setPen(QPen(Qt::red, 5, Qt::DashLine));
     object.setBrush(QBrush(Qt::red, Qt::Dense2Pattern));
-    object.getHeaderSettings(doc.documentElement());
+    object.getHeaderSettings(settings);
     EXPECT_EQ(object.getPen().width(), 1);
     EXPECT_EQ(object.getPen().style(), Qt::SolidLine);
     EXPECT_EQ(object.getBrush().style(), Qt::SolidPattern);
@@ -86,7 +80,7 @@ TEST(ObjectDrawSettings, AbsentWidthAndStylesReadAsOneAndAreAppliedTogether)
 
     LineObject line;
     line.setBrush(QBrush(Qt::red, Qt::Dense2Pattern));
-    line.getHeaderSettings(doc.documentElement());
+    line.getHeaderSettings(settings);
     EXPECT_EQ(line.getBrush().style(), Qt::Dense2Pattern);  // no fill: brush untouched
 }
 
@@ -96,16 +90,12 @@ TEST(ObjectDrawSettings, MissingOrDamagedSettingsChangeNothingElse)
     object.setTransparency(0.5f);
     object.setUniqueObjectId(3);
     const QPen pen = object.getPen();
-    QDomDocument empty;
-    ASSERT_TRUE(empty.setContent(QStringLiteral("<s/>")));
-    object.getHeaderSettings(empty.documentElement());
+    QDomDocument empty, bad;
+    object.getHeaderSettings(parseXml(empty, QStringLiteral("<s/>")));
     EXPECT_EQ(object.getPen(), pen);
-
-    QDomDocument bad;
-    ASSERT_TRUE(bad.setContent(QStringLiteral(
+    object.getHeaderSettings(parseXml(bad, QStringLiteral(
         "<s><Object3DDrawInternal><Transparency value=\"7\"/><UniqueObjectId value=\"99999999999\"/>"
         "<IsHidden value=\"yes\"/></Object3DDrawInternal></s>")));
-    object.getHeaderSettings(bad.documentElement());
     EXPECT_EQ(object.getTransparency(), 0.5f);
     EXPECT_EQ(object.getUniqueObjectId(), 3);
     EXPECT_FALSE(object.isHidden());
@@ -122,31 +112,28 @@ TEST(ObjectDrawProperties, EdgeAndFillRowsCarryTheirEditorsRangesNamesAndIcons)
     EXPECT_EQ(sheet.groups()[0].name, QStringLiteral("Edge"));
     EXPECT_EQ(sheet.groups()[1].name, QStringLiteral("Fill"));
 
-    const ZNProperty* edge = sheet.property("Style Edge");
-    ASSERT_NE(edge, nullptr);
-    EXPECT_EQ(edge->kind, ZNProperty::Enum);
-    EXPECT_EQ(edge->editor, QStringLiteral("StyleSettings"));
-    EXPECT_EQ(edge->value.toInt(), int(Qt::DashDotLine));
-    EXPECT_EQ(edge->attribute(ZNProperty::enumNames()).toStringList(),
-              (QStringList{"0", "1", "2", "3", "4", "5"}));
-    EXPECT_EQ(edge->attribute(ZNProperty::enumIcons()).toList().size(), 6);
-
+    // Style rows offer the styles by number, 0 to choices - 1, each with its icon.
+    const struct { const char* id; ZNProperty::Kind kind; const char* editor; int value, choices; } rows[] = {
+        {"Style Edge", ZNProperty::Enum, "StyleSettings", int(Qt::DashDotLine), 6},
+        {"Width Edge", ZNProperty::Int, "WidthSettings", 3, 0},
+        {"Style Fill", ZNProperty::Enum, "StyleSettingsFill", int(Qt::Dense5Pattern), 15},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.id);
+        const ZNProperty* p = sheet.property(QLatin1String(row.id));
+        ASSERT_NE(p, nullptr);
+        EXPECT_EQ(p->kind, row.kind);
+        EXPECT_EQ(p->editor, QLatin1String(row.editor));
+        EXPECT_EQ(p->value.toInt(), row.value);
+        QStringList numbers;
+        for (int k = 0; k < row.choices; ++k) numbers << QString::number(k);
+        EXPECT_EQ(p->attribute(ZNProperty::enumNames()).toStringList(), numbers);
+        EXPECT_EQ(p->attribute(ZNProperty::enumIcons()).toList().size(), row.choices);
+    }
     const ZNProperty* width = sheet.property("Width Edge");
-    ASSERT_NE(width, nullptr);
-    EXPECT_EQ(width->kind, ZNProperty::Int);
-    EXPECT_EQ(width->editor, QStringLiteral("WidthSettings"));
-    EXPECT_EQ(width->value.toInt(), 3);
     EXPECT_EQ(width->attribute(ZNProperty::minimum()).toInt(), 1);
     EXPECT_EQ(width->attribute(ZNProperty::maximum()).toInt(), 10);
     EXPECT_EQ(width->attribute(ZNProperty::singleStep()).toInt(), 1);
-
-    const ZNProperty* fill = sheet.property("Style Fill");
-    ASSERT_NE(fill, nullptr);
-    EXPECT_EQ(fill->editor, QStringLiteral("StyleSettingsFill"));
-    EXPECT_EQ(fill->value.toInt(), int(Qt::Dense5Pattern));
-    EXPECT_EQ(fill->attribute(ZNProperty::enumNames()).toStringList().size(), 15);
-    EXPECT_EQ(fill->attribute(ZNProperty::enumNames()).toStringList().last(), QStringLiteral("14"));
-    EXPECT_EQ(fill->attribute(ZNProperty::enumIcons()).toList().size(), 15);
 }
 
 TEST(ObjectDrawProperties, UpdatesApplyOnlyChangedValuesInsideTheirRanges)

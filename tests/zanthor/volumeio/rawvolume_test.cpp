@@ -9,6 +9,7 @@
 #include <volumeio/rawvolume.h>
 
 #include "segytestfile.h"
+#include "testfiles.h"
 #include "testservices.h"
 
 using core::vec3;
@@ -41,12 +42,6 @@ RawVolumeLayout layoutOf(const ZN3DImage<float>& image, ByteOrder byteOrder, con
     l.axes = axes;
     return l;
 }
-
-QByteArray fileBytes(const QString& path)
-{
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 } // namespace
 
 TEST(RawVolume, AHandMadeBigEndianTraceOrderFileReadsVoxelByVoxel)
@@ -66,7 +61,7 @@ TEST(RawVolume, AHandMadeBigEndianTraceOrderFileReadsVoxelByVoxel)
             }
     QTemporaryDir dir;
     const QString path = dir.filePath("hand made.raw");
-    ASSERT_TRUE(writeFile(path, bytes));
+    ASSERT_TRUE(writeFileBytes(path, bytes));
     RawVolumeLayout layout;
     layout.nInline = 2;
     layout.nCrossline = 3;
@@ -105,7 +100,7 @@ TEST(RawVolume, WrittenBytesFollowTheAxisAndByteOrder)
     labels(2, 1, 0) = 7;    // file index of (i, j, k) in "zxy" order: k + 5 (i + 3 j)
     ASSERT_EQ(writeRawVolume(path, labels, ByteOrder::LittleEndian,
                              {Axis::Sample, Axis::Inline, Axis::Crossline}), QString());
-    const QByteArray bytes = fileBytes(path);
+    const QByteArray bytes = readFileBytes(path);
     ASSERT_EQ(bytes.size(), 60 * 4);
     const int at = 4 * (0 + 5 * (2 + 3 * 1));
     EXPECT_EQ(qFromLittleEndian<qint32>(bytes.constData() + at), 7);
@@ -159,13 +154,13 @@ TEST(RawVolume, AFailedWriteLeavesTheTargetAsItWas)
     EXPECT_FALSE(writeRawVolume(dir.filePath("no such folder/v.raw"), image, ByteOrder::BigEndian,
                                 kTraceOrder).isEmpty());
     const QString path = dir.filePath("kept.raw");
-    ASSERT_TRUE(writeFile(path, "previous"));
+    ASSERT_TRUE(writeFileBytes(path, "previous"));
     EXPECT_EQ(writeRawVolume(path, ZN3DImage<float>(), ByteOrder::BigEndian, kTraceOrder),
               path + ": the volume to write is empty");
     EXPECT_EQ(writeRawVolume(path, image, ByteOrder::BigEndian,
                              {Axis::Inline, Axis::Inline, Axis::Sample}),
               path + ": the axis order must name each axis once");
-    EXPECT_EQ(fileBytes(path), QByteArray("previous"));
+    EXPECT_EQ(readFileBytes(path), QByteArray("previous"));
     EXPECT_EQ(bus.messages.size(), 3);
 }
 

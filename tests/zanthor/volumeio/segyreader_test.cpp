@@ -9,6 +9,8 @@
 #include <volumeio/segyreader.h>
 
 #include "segytestfile.h"
+#include "testfiles.h"
+#include "testgeometry.h"
 #include "testservices.h"
 
 using core::vec3;
@@ -22,20 +24,13 @@ vec3 worldOf(const ZN3DImage<float>& image, int i, int j, int k)
     return image.blocSpace().blocToWorld(vec3(i, j, k));
 }
 
-void expectNear(const vec3& a, const vec3& b, double tolerance)
-{
-    EXPECT_NEAR(a.x, b.x, tolerance);
-    EXPECT_NEAR(a.y, b.y, tolerance);
-    EXPECT_NEAR(a.z, b.z, tolerance);
-}
-
 class SegyFiles : public testing::Test {
 protected:
     // Writes `segy` to a fresh file and reads it back.
     SegyReadResult roundTrip(const TestSegy& segy, const SegyReadOptions& options = {})
     {
         path = dir.filePath(QStringLiteral("volume %1.sgy").arg(++count));
-        EXPECT_TRUE(writeFile(path, buildSegy(segy)));
+        EXPECT_TRUE(writeFileBytes(path, buildSegy(segy)));
         return readSegyVolume(path, options);
     }
     QTemporaryDir dir;
@@ -245,7 +240,7 @@ TEST_F(SegyFiles, BadFilesAreRefusedWithAOneLineReason)
     for (const Case& c : cases) {
         RecordingEventBus bus;
         const QString file = dir.filePath(QString::fromLatin1(c.what) + ".sgy");
-        ASSERT_TRUE(writeFile(file, c.bytes));
+        ASSERT_TRUE(writeFileBytes(file, c.bytes));
         const SegyReadResult r = readSegyVolume(file);
         EXPECT_FALSE(r.ok()) << c.what;
         EXPECT_TRUE(r.image.isEmpty()) << c.what;
@@ -257,9 +252,8 @@ TEST_F(SegyFiles, BadFilesAreRefusedWithAOneLineReason)
 
 TEST_F(SegyFiles, RandomlyDamagedFilesNeverCrashTheReader)
 {
-    QFile sample(kDataDir + "small.sgy");
-    ASSERT_TRUE(sample.open(QIODevice::ReadOnly));
-    const QByteArray original = sample.readAll();
+    const QByteArray original = readFileBytes(kDataDir + "small.sgy");
+    ASSERT_FALSE(original.isEmpty());
     std::mt19937 rng(17);
     const QString file = dir.filePath("damaged.sgy");
     int refused = 0;
@@ -270,7 +264,7 @@ TEST_F(SegyFiles, RandomlyDamagedFilesNeverCrashTheReader)
         for (int k = 0; k < 1 + round % 4; ++k) bytes[where(rng)] = char(rng());
         if (round % 3 == 0)
             bytes.truncate(std::uniform_int_distribution<int>(0, bytes.size())(rng));
-        ASSERT_TRUE(writeFile(file, bytes));
+        ASSERT_TRUE(writeFileBytes(file, bytes));
         RecordingEventBus bus;
         const SegyReadResult r = readSegyVolume(file);
         if (r.ok()) {

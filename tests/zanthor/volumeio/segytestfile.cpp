@@ -3,8 +3,6 @@
 #include <cmath>
 #include <cstring>
 
-#include <QFile>
-
 namespace {
 void put(QByteArray& b, int offset, uint64_t value, int bytes, bool little)
 {
@@ -91,10 +89,4 @@ TestSegy gridSegy(int il0, int ilStep, int nIl, int xl0, int xlStep, int nXl, in
             s.traces.push_back(t);
         }
     return s;
-}
-
-bool writeFile(const QString& path, const QByteArray& bytes)
-{
-    QFile f(path);
-    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
 }

@@ -35,5 +35,3 @@ QByteArray buildSegy(const TestSegy& segy);
 TestSegy gridSegy(int il0, int ilStep, int nIl, int xl0, int xlStep, int nXl, int samples);
 // The IBM single-precision encoding of `v` (round to nearest).
 uint32_t ibmFromDouble(double v);
-// Writes `bytes` to `path`; false when it cannot.
-bool writeFile(const QString& path, const QByteArray& bytes);
