@@ -44,12 +44,12 @@ SurfaceSettings surfaceSettingsFor(const georef::BlocSpace& space,
     const double verticalCell = cellLength(space, 2);
     const double betweenSticks = sticks.sectionSpacing * lateralCell;  // along strike
     const double betweenPoints = sticks.pointSpacing * verticalCell;   // down dip
-    s.meshResolution = roundedWithin(betweenSticks, SurfaceSettings::kMinResolution,
-                                     SurfaceSettings::kMaxResolution);
-    s.zSampling = roundedWithin(betweenPoints, SurfaceSettings::kMinZSampling,
-                                SurfaceSettings::kMaxZSampling);
-    s.interpolationSize = roundedWithin(betweenSticks, SurfaceSettings::kMinInterpolationSize,
-                                        SurfaceSettings::kMaxInterpolationSize);
+    s.meshResolution = roundedWithin(betweenSticks, ZN3DFaultPatchLight::kMinUtmPrecision,
+                                     ZN3DFaultPatchLight::kMaxUtmPrecision);
+    s.zSampling = roundedWithin(betweenPoints, ZN3DFaultPatchLight::kMinTimePrecision,
+                                ZN3DFaultPatchLight::kMaxTimePrecision);
+    s.interpolationSize = roundedWithin(betweenSticks, ZN3DFaultPatchLight::kMinInterpolationSize,
+                                        ZN3DFaultPatchLight::kMaxInterpolationSize);
     return s;
 }
 

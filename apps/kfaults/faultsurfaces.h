@@ -17,14 +17,6 @@ namespace kfaults {
 // of the fault set's block-to-world matrix: voxels for the built-in volume, metres and
 // milliseconds for SEG-Y).
 struct SurfaceSettings {
-    // Sheet ranges of the gridding parameters; derived values are kept inside them.
-    static constexpr int kMinResolution = 50;
-    static constexpr int kMaxResolution = 500;
-    static constexpr int kMinZSampling = 1;
-    static constexpr int kMaxZSampling = 100;
-    static constexpr int kMinInterpolationSize = 5;
-    static constexpr int kMaxInterpolationSize = 1000;
-
     // Defaults: those of a new fault descriptor.
     int method = ZN3DFaultPatchLight::kDefaultMeshingMethod;  // 0 "Convex Envelop", 1 "Minimum Envelop"
     int meshResolution = ZN3DFaultPatchLight::kDefaultUtmPrecision;  // lateral step of method 0

@@ -42,15 +42,16 @@ struct IntRow {
     Action action;
 };
 const IntRow kIntRows[] = {
-    {"Mesh Resolution", 50, 500, 10, &ZN3DFaultPatchLight::getUtmPrecision,
+    {"Mesh Resolution", ZN3DFaultPatchLight::kMinUtmPrecision, ZN3DFaultPatchLight::kMaxUtmPrecision, 10, &ZN3DFaultPatchLight::getUtmPrecision,
      &ZN3DFaultPatchLight::setUtmPrecision, true, false, Action::Mesh},
-    {"Z Sampling", 1, 100, 1, &ZN3DFaultPatchLight::getTimePrecision,
+    {"Z Sampling", ZN3DFaultPatchLight::kMinTimePrecision, ZN3DFaultPatchLight::kMaxTimePrecision, 1, &ZN3DFaultPatchLight::getTimePrecision,
      &ZN3DFaultPatchLight::setTimePrecision, true, false, Action::Mesh},
-    {"Smooth Factor", 1, 101, 1, &ZN3DFaultPatchLight::getFilterSize,
+    {"Smooth Factor", ZN3DFaultPatchLight::kMinFilterSize, ZN3DFaultPatchLight::kMaxFilterSize, 1, &ZN3DFaultPatchLight::getFilterSize,
      &ZN3DFaultPatchLight::setFilterSize, false, false, Action::Mesh},
-    {"Interp Size", 5, 1000, 1, &ZN3DFaultPatchLight::getInterpolationSize,
+    {"Interp Size", ZN3DFaultPatchLight::kMinInterpolationSize,
+     ZN3DFaultPatchLight::kMaxInterpolationSize, 1, &ZN3DFaultPatchLight::getInterpolationSize,
      &ZN3DFaultPatchLight::setInterpolationSize, false, true, Action::MeshUnlessBaseStyle},
-    {"Extrapolation", 0, 100, 1, &ZN3DFaultPatchLight::getSpare, &ZN3DFaultPatchLight::setSpare,
+    {"Extrapolation", ZN3DFaultPatchLight::kMinSpare, ZN3DFaultPatchLight::kMaxSpare, 1, &ZN3DFaultPatchLight::getSpare, &ZN3DFaultPatchLight::setSpare,
      false, true, Action::MeshUnlessBaseStyle},
 };
 

@@ -25,6 +25,12 @@ public:
     static constexpr int kDefaultInterpolationSize = 11;
     static constexpr int kDefaultMeshingMethod = 1;
     static constexpr float kDefaultTransparency = 0.5f;
+    // Ranges of the gridding settings, as the property sheet offers them.
+    static constexpr int kMinUtmPrecision = 50, kMaxUtmPrecision = 500;
+    static constexpr int kMinTimePrecision = 1, kMaxTimePrecision = 100;
+    static constexpr int kMinFilterSize = 1, kMaxFilterSize = 101;
+    static constexpr int kMinInterpolationSize = 5, kMaxInterpolationSize = 1000;
+    static constexpr int kMinSpare = 0, kMaxSpare = 100;  // extrapolation distance
     // Largest draw of the generator the pen colour formula is written for.
     static constexpr int kRandomDrawMax = 32767;
 
