@@ -67,7 +67,8 @@ public:
 
     // The XML header of an object file, read without touching the data.
     struct Header {
-        QDomDocument document;    // the whole header document
+        QDomDocument document;    // "globalObject" holding the object header (anything after
+                                  // the object header is checked but not kept)
         QDomElement objectHeader; // the object's own header: first element of "globalObject"
         QString type;             // its tag, the object's type name
         qint64 headerSize = 0;    // bytes of the header document
