@@ -41,18 +41,19 @@ struct IntRow {
     bool needsMethod;    // disabled while the gridding method is 0
     Action action;
 };
+using Light = ZN3DFaultPatchLight;
 const IntRow kIntRows[] = {
-    {"Mesh Resolution", ZN3DFaultPatchLight::kMinUtmPrecision, ZN3DFaultPatchLight::kMaxUtmPrecision, 10, &ZN3DFaultPatchLight::getUtmPrecision,
-     &ZN3DFaultPatchLight::setUtmPrecision, true, false, Action::Mesh},
-    {"Z Sampling", ZN3DFaultPatchLight::kMinTimePrecision, ZN3DFaultPatchLight::kMaxTimePrecision, 1, &ZN3DFaultPatchLight::getTimePrecision,
-     &ZN3DFaultPatchLight::setTimePrecision, true, false, Action::Mesh},
-    {"Smooth Factor", ZN3DFaultPatchLight::kMinFilterSize, ZN3DFaultPatchLight::kMaxFilterSize, 1, &ZN3DFaultPatchLight::getFilterSize,
-     &ZN3DFaultPatchLight::setFilterSize, false, false, Action::Mesh},
-    {"Interp Size", ZN3DFaultPatchLight::kMinInterpolationSize,
-     ZN3DFaultPatchLight::kMaxInterpolationSize, 1, &ZN3DFaultPatchLight::getInterpolationSize,
-     &ZN3DFaultPatchLight::setInterpolationSize, false, true, Action::MeshUnlessBaseStyle},
-    {"Extrapolation", ZN3DFaultPatchLight::kMinSpare, ZN3DFaultPatchLight::kMaxSpare, 1, &ZN3DFaultPatchLight::getSpare, &ZN3DFaultPatchLight::setSpare,
-     false, true, Action::MeshUnlessBaseStyle},
+    {"Mesh Resolution", Light::kMinUtmPrecision, Light::kMaxUtmPrecision, 10,
+     &Light::getUtmPrecision, &Light::setUtmPrecision, true, false, Action::Mesh},
+    {"Z Sampling", Light::kMinTimePrecision, Light::kMaxTimePrecision, 1,
+     &Light::getTimePrecision, &Light::setTimePrecision, true, false, Action::Mesh},
+    {"Smooth Factor", Light::kMinFilterSize, Light::kMaxFilterSize, 1,
+     &Light::getFilterSize, &Light::setFilterSize, false, false, Action::Mesh},
+    {"Interp Size", Light::kMinInterpolationSize, Light::kMaxInterpolationSize, 1,
+     &Light::getInterpolationSize, &Light::setInterpolationSize, false, true,
+     Action::MeshUnlessBaseStyle},
+    {"Extrapolation", Light::kMinSpare, Light::kMaxSpare, 1,
+     &Light::getSpare, &Light::setSpare, false, true, Action::MeshUnlessBaseStyle},
 };
 
 // The display switches, in sheet order.

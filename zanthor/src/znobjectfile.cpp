@@ -172,9 +172,7 @@ bool ZNObjectFile::readHeader(ZNByteSource& file, Header& header, const QStringL
     QDomDocument doc;
     QDomElement root = doc.createElement(kGlobalObject);
     doc.appendChild(root);
-    QDomElement objectHeader = doc.createElement(reader.qualifiedName().toString());
-    for (const QXmlStreamAttribute& a : reader.attributes())
-        objectHeader.setAttribute(a.qualifiedName().toString(), a.value().toString());
+    QDomElement objectHeader = ZNXml::startElement(reader, doc);
     root.appendChild(objectHeader);
 
     QDomDocument scratch;  // owns each streamed element while `visit` reads it

@@ -248,7 +248,6 @@ core::vec3 readPixelSize(const QDomElement& parent, const QString& key, const co
     return {values[0], values[1], values[2]};
 }
 
-namespace {
 QDomElement startElement(const QXmlStreamReader& reader, QDomDocument& doc)
 {
     QDomElement e = doc.createElement(reader.qualifiedName().toString());
@@ -256,7 +255,6 @@ QDomElement startElement(const QXmlStreamReader& reader, QDomDocument& doc)
         e.setAttribute(a.qualifiedName().toString(), a.value().toString());
     return e;
 }
-} // namespace
 
 QDomElement readElement(QXmlStreamReader& reader, QDomDocument& doc)
 {

@@ -82,5 +82,8 @@ core::vec3 readPixelSize(const QDomElement& parent, const QString& key, const co
 // elements nest deeper than kMaxElementDepth.
 constexpr int kMaxElementDepth = 256;
 QDomElement readElement(QXmlStreamReader& reader, QDomDocument& doc);
+// A new element of `doc`, not attached, with the qualified name and attributes of the
+// start element at which `reader` stands, and nothing inside.
+QDomElement startElement(const QXmlStreamReader& reader, QDomDocument& doc);
 
 } // namespace ZNXml

@@ -106,7 +106,7 @@ bool segmentLargeFile(ZNBloc* likelihood, const QString& outputPath, int& firstS
     const int slabDepth = cz + kSlabOverlap;
     const int outputDepth = nz - firstSlice;
     ZNStridedProgress progress(QStringLiteral("Get Fault Patches"), (outputDepth + cz - 1) / cz,
-                           progressParent);
+                               progressParent);
     const SlabSettings settings{maxPatchSize, maxPlaneDeviation, growthIterations,
                                 likelihoodThreshold, progressParent, labelBudget};
     SlabRun run{likelihood, &output, firstSlice, firstSlice};

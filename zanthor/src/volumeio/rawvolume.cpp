@@ -119,7 +119,7 @@ QString readSamples(QFile& file, const RawVolumeLayout& layout, float* out, int&
     const bool swap = !hostIs(layout.byteOrder);
     std::vector<quint32> chunk(std::min(count, kChunkSamples));
     ZNStridedProgress progress(QStringLiteral("Reading raw volume"),
-                          (count + chunk.size() - 1) / chunk.size());
+                               (count + chunk.size() - 1) / chunk.size());
     FileOrderCursor cursor(layout.nInline, layout.nCrossline, layout.nSample, layout.axes);
     for (std::size_t done = 0; done < count;) {
         const std::size_t n = std::min(chunk.size(), count - done);
