@@ -101,9 +101,18 @@ uchar* putReal(uchar* out, double value)
 
 double getReal(const uchar* in) { return qFromLittleEndian<double>(in); }
 
-bool isFinite(const core::PointWithBool& p)
+// Stores one decoded entry; false, `out` untouched, when a coordinate is not finite. The
+// fields are stored one by one: copying a whole entry built on the stack made the
+// compiler reload it through misaligned moves, which stalled the read loops.
+bool storeEntry(core::PointWithBool& out, const uchar* raw, bool flag)
 {
-    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
+    const double x = getReal(raw), y = getReal(raw + kRealBytes), z = getReal(raw + 2 * kRealBytes);
+    if (!(std::isfinite(x) && std::isfinite(y) && std::isfinite(z))) return false;
+    out.x = x;
+    out.y = y;
+    out.z = z;
+    out.flag = flag;
+    return true;
 }
 
 bool writeAll(QIODevice& file, const core::Array<uchar>& bytes)
@@ -144,10 +153,7 @@ bool read2DEntries(ZNByteSource& file, core::PointWithBool* points, int count)
     if (!file.read(points, qint64(count) * kEntryBytes2D)) return false;
     for (int k = 0; k < count; ++k) {
         const uchar* raw = reinterpret_cast<const uchar*>(points + k);
-        const core::PointWithBool p(getReal(raw), getReal(raw + kRealBytes),
-                                    getReal(raw + 2 * kRealBytes), raw[kFlagByte] != 0);
-        if (!isFinite(p)) return false;
-        points[k] = p;
+        if (!storeEntry(points[k], raw, raw[kFlagByte] != 0)) return false;
     }
     return true;
 }
@@ -163,12 +169,8 @@ bool read3DEntries(ZNByteSource& file, core::PointWithBool* points, int count)
     const qint64 tail = qint64(count) * (kEntryBytes2D - kEntryBytes3D);
     if (!file.read(base + tail, qint64(count) * kEntryBytes3D)) return false;
     const uchar* in = base + tail;
-    for (int k = 0; k < count; ++k, in += kEntryBytes3D) {
-        const core::PointWithBool p(getReal(in), getReal(in + kRealBytes),
-                                    getReal(in + 2 * kRealBytes), false);
-        if (!isFinite(p)) return false;
-        points[k] = p;
-    }
+    for (int k = 0; k < count; ++k, in += kEntryBytes3D)
+        if (!storeEntry(points[k], in, false)) return false;
     return true;
 }
 
