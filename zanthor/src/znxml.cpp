@@ -251,7 +251,9 @@ core::vec3 readPixelSize(const QDomElement& parent, const QString& key, const co
 QDomElement startElement(const QXmlStreamReader& reader, QDomDocument& doc)
 {
     QDomElement e = doc.createElement(reader.qualifiedName().toString());
-    for (const QXmlStreamAttribute& a : reader.attributes())
+    // Held const: looping over the temporary would detach it, copying every attribute.
+    const QXmlStreamAttributes attributes = reader.attributes();
+    for (const QXmlStreamAttribute& a : attributes)
         e.setAttribute(a.qualifiedName().toString(), a.value().toString());
     return e;
 }
