@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <utility>
 
 namespace fault::surface {
@@ -64,36 +63,40 @@ std::vector<Edge> constraintEdges(const PlanarInput& input)
 void rewriteThroughSplits(PlanarInput& input, const std::vector<Edge>& edges,
                           std::vector<std::vector<std::pair<double, int>>>& splits)
 {
-    // The chain of points replacing each split edge, from its smaller end to the larger.
-    std::map<Edge, std::vector<int>> chains;
-    for (size_t i = 0; i < edges.size(); ++i) {
-        if (splits[i].empty()) continue;
-        std::sort(splits[i].begin(), splits[i].end());
-        splits[i].erase(std::unique(splits[i].begin(), splits[i].end(),
-                                    [](const auto& a, const auto& b) { return a.second == b.second; }),
-                        splits[i].end());
-        std::vector<int> chain{edges[i].first};
-        for (const auto& split : splits[i]) chain.push_back(split.second);
-        chain.push_back(edges[i].second);
-        chains.emplace(edges[i], std::move(chain));
+    bool anySplit = false;
+    for (auto& split : splits) {
+        if (split.empty()) continue;
+        anySplit = true;
+        std::sort(split.begin(), split.end());
+        split.erase(std::unique(split.begin(), split.end(),
+                                [](const auto& a, const auto& b) { return a.second == b.second; }),
+                    split.end());
     }
-    if (chains.empty()) return;
+    if (!anySplit) return;
+    // The split edges ordered by their ends, for lookups.
+    std::vector<int> byEnds;
+    for (size_t i = 0; i < edges.size(); ++i)
+        if (!splits[i].empty()) byEnds.push_back(static_cast<int>(i));
+    std::sort(byEnds.begin(), byEnds.end(), [&](int a, int b) { return edges[a] < edges[b]; });
     // Appends to `out` the points after `from` on the way to `to`, through the splits.
     auto walk = [&](int from, int to, std::vector<int>& out) {
-        const auto found = chains.find(undirected(from, to));
-        if (found == chains.end()) {
-            out.push_back(to);
-            return;
+        const Edge key = undirected(from, to);
+        const auto found = std::lower_bound(byEnds.begin(), byEnds.end(), key,
+                                            [&](int i, const Edge& e) { return edges[i] < e; });
+        if (found != byEnds.end() && edges[*found] == key) {
+            const auto& split = splits[*found];  // ordered from the edge's smaller end
+            if (from == key.first)
+                for (auto it = split.begin(); it != split.end(); ++it) out.push_back(it->second);
+            else
+                for (auto it = split.rbegin(); it != split.rend(); ++it) out.push_back(it->second);
         }
-        const std::vector<int>& chain = found->second;
-        if (from == chain.front())
-            out.insert(out.end(), chain.begin() + 1, chain.end());
-        else
-            out.insert(out.end(), chain.rbegin() + 1, chain.rend());
+        out.push_back(to);
     };
     std::vector<std::array<int, 2>> segments;
+    segments.reserve(input.segments.size());
+    std::vector<int> path;
     for (const auto& s : input.segments) {
-        std::vector<int> path{s[0]};
+        path.assign(1, s[0]);
         walk(s[0], s[1], path);
         for (size_t k = 0; k + 1 < path.size(); ++k) segments.push_back({path[k], path[k + 1]});
     }
