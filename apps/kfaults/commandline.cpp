@@ -32,6 +32,12 @@ bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo
     return false;
 }
 
+fault::exchange::VerticalDomain verticalDomainOf(const ZNFaultPatchManager& set)
+{
+    return set.GetUnitObject().isTime() ? fault::exchange::VerticalDomain::Time
+                                        : fault::exchange::VerticalDomain::Depth;
+}
+
 CLI::Option* addSurfaceMethodOption(CLI::App& c, int& method)
 {
     method = ZN3DFaultPatch::MinimumEnvelop;

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+#include <exchange/verticaldomain.h>
+
 class ZNFaultPatchManager;
 namespace CLI {
 class App;
@@ -25,6 +27,10 @@ struct CommandIo {
 // Reads the fault set file at `path` into `set` (3D form, no progress bar). On failure
 // prints the one-line error, keeps exit code 1 and returns false.
 bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io);
+
+// What the Z of the fault set's points measures, for the exchange writers: Time when its
+// units are in time, Depth otherwise.
+fault::exchange::VerticalDomain verticalDomainOf(const ZNFaultPatchManager& set);
 
 // Adds "--surface-method convex|minimum" to command `c`, stored in `method` as the 3D
 // fault patch's gridding method (0 "Convex Envelop", 1 "Minimum Envelop"); the default

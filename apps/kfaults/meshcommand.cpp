@@ -32,9 +32,8 @@ void runMesh(const MeshArguments& a, CommandIo& io)
     for (const ZN3DFaultPatchLight* light : set.getFaultLightList()) faultIds.push_back(light->getFaultId());
     std::vector<fault::exchange::TriangleMesh> meshes;
     for (int faultId : faultIds) meshes.push_back(meshFault(set, faultId, settings).mesh);
-    const auto domain = set.GetUnitObject().isTime() ? fault::exchange::VerticalDomain::Time
-                                                     : fault::exchange::VerticalDomain::Depth;
-    const fault::exchange::ExchangeStatus status = fault::exchange::writeGocadTSurf(out, meshes, domain);
+    const fault::exchange::ExchangeStatus status =
+        fault::exchange::writeGocadTSurf(out, meshes, verticalDomainOf(set));
     if (!status) return io.fail(status.message, kExitFailure);
     io.out << out.toStdString() << '\n';
 }

@@ -92,8 +92,7 @@ void runExport(const SticksArguments& a, CommandIo& io)
         names << lights[f]->GetFaultName();
     }
     fault::exchange::StickSet sticks = fault::exchange::fromStickRows(rows, names);
-    sticks.domain = set.GetUnitObject().isTime() ? fault::exchange::VerticalDomain::Time
-                                                  : fault::exchange::VerticalDomain::Depth;
+    sticks.domain = verticalDomainOf(set);
     const fault::exchange::ExchangeStatus status = fault::exchange::writeSticks(out, format, sticks);
     if (!status) return io.fail(status.message, kExitFailure);
     io.out << out.toStdString() << '\n';
