@@ -14,8 +14,8 @@
 //                    bound no reader that allocates what it reads can reach. The plain read
 //                    of vs_plain reads into freshly mapped pages instead.
 //
-// Reads run twice: from the page cache (the file was just written; the plain read is then
-// little more than a memory copy) and cold (fourth argument 1: the file's cached pages are
+// Reads run twice: from the page cache (the file was just written; the plain reads then
+// cost the copy and, for vs_plain, bringing in fresh pages) and cold (fourth argument 1: the file's cached pages are
 // dropped before each read of either kind, as when a project is opened), which is how an
 // interpreter meets a fault set.
 //

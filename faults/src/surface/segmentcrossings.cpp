@@ -63,20 +63,19 @@ std::vector<Edge> constraintEdges(const PlanarInput& input)
 void rewriteThroughSplits(PlanarInput& input, const std::vector<Edge>& edges,
                           std::vector<std::vector<std::pair<double, int>>>& splits)
 {
-    bool anySplit = false;
-    for (auto& split : splits) {
+    // The split edges, their split points in order and without repeats, the edges ordered
+    // by their ends for lookups.
+    std::vector<int> byEnds;
+    for (size_t i = 0; i < edges.size(); ++i) {
+        auto& split = splits[i];
         if (split.empty()) continue;
-        anySplit = true;
         std::sort(split.begin(), split.end());
         split.erase(std::unique(split.begin(), split.end(),
                                 [](const auto& a, const auto& b) { return a.second == b.second; }),
                     split.end());
+        byEnds.push_back(static_cast<int>(i));
     }
-    if (!anySplit) return;
-    // The split edges ordered by their ends, for lookups.
-    std::vector<int> byEnds;
-    for (size_t i = 0; i < edges.size(); ++i)
-        if (!splits[i].empty()) byEnds.push_back(static_cast<int>(i));
+    if (byEnds.empty()) return;
     std::sort(byEnds.begin(), byEnds.end(), [&](int a, int b) { return edges[a] < edges[b]; });
     // Appends to `out` the points after `from` on the way to `to`, through the splits.
     auto walk = [&](int from, int to, std::vector<int>& out) {
