@@ -30,7 +30,8 @@ constexpr int kOpaqueAlpha = 255;
 constexpr float kChannelScale = 256.0f;  // numerator of the channel formula
 
 // An integer key that fits 32 bits, or `fallback`.
-int32_t readInt32(const QDomElement& e, const QString& key, int32_t fallback)
+template <class Element>
+int32_t readInt32(const Element& e, const QString& key, int32_t fallback)
 {
     return ZNXml::readIntInRange(e, key, fallback, INT32_MIN, INT32_MAX);
 }
@@ -102,9 +103,14 @@ bool ZN3DFaultPatchLight::IsNamed() const
     return !m_faultName.isEmpty() && m_faultName != kUnnamed;
 }
 
-QDomElement ZN3DFaultPatchLight::createHeader(QDomDocument& doc) const
+QDomElement ZN3DFaultPatchLight::createHeader(QDomDocument& doc) const { return writeHeader(doc); }
+
+ZNXmlElement ZN3DFaultPatchLight::createHeader(ZNXmlTree& doc) const { return writeHeader(doc); }
+
+template <class Document>
+auto ZN3DFaultPatchLight::writeHeader(Document& doc) const -> decltype(doc.createElement(QString()))
 {
-    QDomElement e = doc.createElement(getZNObjectType());
+    auto e = doc.createElement(getZNObjectType());
     ZNXml::appendPen(doc, e, kPen, m_pen);
     ZNXml::appendInt(doc, e, kFaultId, m_faultId);
     ZNXml::appendString(doc, e, kFaultName, QFileInfo(m_faultName).completeBaseName());
@@ -140,8 +146,19 @@ void ZN3DFaultPatchLight::getHeader(const QDomElement* header)
 void ZN3DFaultPatchLight::getHeader(const QDomElement* header,
                                     std::optional<bool> viewerPickingIntersection)
 {
-    if (!header || header->isNull()) return;
-    const QDomElement& e = *header;
+    if (header) readHeader(*header, viewerPickingIntersection);
+}
+
+void ZN3DFaultPatchLight::getHeader(const ZNXmlElement* header,
+                                    std::optional<bool> viewerPickingIntersection)
+{
+    if (header) readHeader(*header, viewerPickingIntersection);
+}
+
+template <class Element>
+void ZN3DFaultPatchLight::readHeader(const Element& e, std::optional<bool> viewerPickingIntersection)
+{
+    if (e.isNull()) return;
     m_pen = ZNXml::readPen(e, kPen, m_pen);
     m_faultId = readInt32(e, kFaultId, m_faultId);
     m_faultName = ZNXml::readString(e, kFaultName, m_faultName);

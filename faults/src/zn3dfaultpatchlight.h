@@ -7,6 +7,8 @@
 #include <QPen>
 #include <QString>
 
+#include <znxmltree.h>
+
 #include <core/array.h>
 #include <geom/rect2d.h>
 
@@ -70,6 +72,8 @@ public:
     // "showPreview", "transparency". The name is written as its complete base name as a
     // file name ("dir/F1.v2" is written "F1"): names are sanitised on every save.
     QDomElement createHeader(QDomDocument& doc) const;
+    // The same element in a flat XML tree: what the fault set writes for each fault.
+    ZNXmlElement createHeader(ZNXmlTree& doc) const;
     // Reads an element written by createHeader. Missing keys keep their values, except
     // "meshingMethod", which reads as 0 when missing (kept for file compatibility). The
     // picking intersection flag is not read from `header` but from the key
@@ -79,6 +83,8 @@ public:
     // The same with the viewer's picking-intersection default already looked up (see
     // viewerPickingIntersection): readers of many descriptors look it up once.
     void getHeader(const QDomElement* header, std::optional<bool> viewerPickingIntersection);
+    // The same from an element of a flat XML tree (a null element changes nothing).
+    void getHeader(const ZNXmlElement* header, std::optional<bool> viewerPickingIntersection);
     // The "ShowPickingIntersection" value of the user's 3D viewer settings file: "1" true,
     // "0" false, nothing when the file or the key is missing or holds anything else.
     static std::optional<bool> viewerPickingIntersection();
@@ -126,6 +132,11 @@ public:
     void setLink(uint64_t link) { m_link = link; }
 
 private:
+    template <class Document>
+    auto writeHeader(Document& doc) const -> decltype(doc.createElement(QString()));
+    template <class Element>
+    void readHeader(const Element& e, std::optional<bool> viewerPickingIntersection);
+
     QPen m_pen;                              // edge pen; colour drawn at random by init
     int32_t m_faultId = -1;                  // id in the owning fault set, -1 until inserted
     QString m_faultName;                     // "Unnamed" until named

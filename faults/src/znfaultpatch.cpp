@@ -176,15 +176,36 @@ void ZNFaultPatch::setOrigin(int16_t x, int16_t y, int16_t z)
 
 QString ZNFaultPatch::getZNObjectType() const { return QStringLiteral("ZNFaultPatch"); }
 
-QDomElement ZNFaultPatch::createHeader(QDomDocument& doc) const
+namespace {
+template <class Document>
+auto patchHeader(Document& doc, const QString& type, const georef::Crs& crs)
+    -> decltype(doc.createElement(type))
 {
-    QDomElement e = doc.createElement(getZNObjectType());
-    e.appendChild(m_unitObject.getCrs().createElement(doc));
+    auto e = doc.createElement(type);
+    e.appendChild(crs.createElement(doc));
     return e;
 }
+} // namespace
 
-void ZNFaultPatch::getHeader(const QDomElement* header)
+QDomElement ZNFaultPatch::createHeader(QDomDocument& doc) const
 {
-    if (!header || header->isNull()) return;
-    m_unitObject.setCrs(georef::Crs::fromElement(header->firstChildElement(QStringLiteral("ZNCrs"))));
+    return patchHeader(doc, getZNObjectType(), m_unitObject.getCrs());
 }
+
+ZNXmlElement ZNFaultPatch::createHeader(ZNXmlTree& doc) const
+{
+    return patchHeader(doc, getZNObjectType(), m_unitObject.getCrs());
+}
+
+namespace {
+template <class Element>
+void readPatchHeader(const Element* header, georef::UnitObject& units)
+{
+    if (header && !header->isNull())
+        units.setCrs(georef::Crs::fromElement(header->firstChildElement(QStringLiteral("ZNCrs"))));
+}
+} // namespace
+
+void ZNFaultPatch::getHeader(const QDomElement* header) { readPatchHeader(header, m_unitObject); }
+
+void ZNFaultPatch::getHeader(const ZNXmlElement* header) { readPatchHeader(header, m_unitObject); }

@@ -4,6 +4,8 @@
 
 #include <QDomDocument>
 #include <QDomElement>
+
+#include <znxmltree.h>
 #include <QString>
 
 #include <core/mat4.h>
@@ -104,8 +106,10 @@ public:
     QString getZNObjectType() const;
     // An element "ZNFaultPatch" holding one "ZNCrs" child: the unit object's CRS.
     QDomElement createHeader(QDomDocument& doc) const;
+    ZNXmlElement createHeader(ZNXmlTree& doc) const;
     // Reads the "ZNCrs" child of `header` into the unit object's CRS; nothing else.
     void getHeader(const QDomElement* header);
+    void getHeader(const ZNXmlElement* header);
 
 private:
     int32_t m_father = -9999;             // father patch index in the owning fault set

@@ -805,7 +805,11 @@ private:
     struct HeaderParts;
     // getPickedFaultHeader once the repeated elements are parsed into `parts` (whose
     // descriptors are taken).
-    bool applyHeader(const QDomElement& header, HeaderParts& parts, int progressParent);
+    template <class Element>
+    bool applyHeader(const Element& header, HeaderParts& parts, int progressParent);
+    // The header element of createHeader, in a DOM document or a flat XML tree.
+    template <class Document>
+    auto writeHeader(Document& doc) const -> decltype(doc.createElement(QString()));
     // The data block reader without the action: fathers, then each patch's entries.
     bool readPatchData(ZNByteSource& file, qint64 offset, bool twoD, int progressParent);
     // Reads and checks the fathers; false, nothing changed, when they are not a forest.

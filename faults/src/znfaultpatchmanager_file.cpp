@@ -206,9 +206,12 @@ bool isForest(const core::Array<int>& fathers)
 
 // ----- header -----
 
-QDomElement ZNFaultPatchManager::createHeader(QDomDocument& doc) const
+QDomElement ZNFaultPatchManager::createHeader(QDomDocument& doc) const { return writeHeader(doc); }
+
+template <class Document>
+auto ZNFaultPatchManager::writeHeader(Document& doc) const -> decltype(doc.createElement(QString()))
 {
-    QDomElement e = doc.createElement(getZNObjectType());
+    auto e = doc.createElement(getZNObjectType());
     ZNXml::appendInt(doc, e, kNumberOfPatch, getNumberOfPatch());
     ZNXml::appendInt(doc, e, kVersion, kLastVersion);
     ZNXml::appendInt(doc, e, kDimX, m_blocSpace.nx());
@@ -235,12 +238,14 @@ struct ZNFaultPatchManager::HeaderParts {
     std::optional<bool> viewerPickingIntersection = ZN3DFaultPatchLight::viewerPickingIntersection();
 
     // Reads one "ZN3DFaultPatchLight" or "ZNFaultPatch" element; others are ignored.
-    void add(const QDomElement& e)
+    template <class Element>
+    void add(const Element& e)
     {
-        if (e.tagName() == kFaultLightTag) {
+        const QString tag = e.tagName();
+        if (tag == kFaultLightTag) {
             lights.push_back(std::make_unique<ZN3DFaultPatchLight>());
             lights.back()->getHeader(&e, viewerPickingIntersection);
-        } else if (e.tagName() == kPatchTag) {
+        } else if (tag == kPatchTag) {
             ZNFaultPatch patch;
             patch.getHeader(&e);
             patchCrs.push_back(patch.unitObject().getCrs());
@@ -257,8 +262,8 @@ bool ZNFaultPatchManager::getPickedFaultHeader(const QDomElement* header, int pr
     return applyHeader(*header, parts, progressParent);
 }
 
-bool ZNFaultPatchManager::applyHeader(const QDomElement& header, HeaderParts& parts,
-                                      int progressParent)
+template <class Element>
+bool ZNFaultPatchManager::applyHeader(const Element& header, HeaderParts& parts, int progressParent)
 {
     const QString type = header.tagName();
     if (type != kPickedType && type != kAutomaticType)
@@ -416,8 +421,12 @@ bool ZNFaultPatchManager::writePickedFault(const QString& path, bool twoD,
     if (!checkFaultNames()) return false;
     // The writer puts everything in a file beside the target; without commit() the
     // target is not touched, so a failed or cancelled write leaves it as it was.
+    // The header is built as a flat tree: a DOM document of one element per fault and per
+    // patch costs more than the data itself.
+    ZNXmlTree header;
+    ZNObjectFile::createHeaderDocument(header).appendChild(writeHeader(header));
     ZNObjectFileWriter writer(path);
-    const qint64 offset = writer.create(createHeaderDocument(), kHeaderReserve);
+    const qint64 offset = writer.create(header.toByteArray(), kHeaderReserve);
     if (offset < 0 || !writePickedFaultData(*writer.device(), offset, twoD, meshes, showProgress) ||
         !writer.commit())
         return false;
@@ -437,25 +446,25 @@ bool ZNFaultPatchManager::readPickedFault(const QString& path, bool twoD, int pr
 
 bool ZNFaultPatchManager::readPickedFault(ZNByteSource& file, bool twoD, int progressParent)
 {
-    // Descriptors and patches are read one element at a time: a header of one element
-    // per patch is read without building one document of them all.
-    HeaderParts parts;
-    ZNObjectFile::Header header;
-    if (!ZNObjectFile::readHeader(file, header, {kFaultLightTag, kPatchTag},
-                                  [&parts](const QDomElement& e) {
-                                      parts.add(e);
-                                      return true;
-                                  }))
+    // The header is read as a flat tree: a DOM document of one element per fault and per
+    // patch costs more than the data itself.
+    ZNXmlTree tree;
+    ZNXmlElement header;
+    qint64 dataOffset = ZNObjectFile::kNoDataOffset;
+    if (!ZNObjectFile::readHeader(file, tree, header, dataOffset))
         return refuse(QStringLiteral("no object file header can be read"));
     // The patch count must fit the data before a patch is allocated.
-    const int claimed = ZNXml::readIntInRange(header.objectHeader, kNumberOfPatch, 0, 1, INT_MAX);
-    if (!file.seek(header.dataOffset) || !file.mayHold(qint64(claimed) * kMinBytesPerPatch))
+    const int claimed = ZNXml::readIntInRange(header, kNumberOfPatch, 0, 1, INT_MAX);
+    if (!file.seek(dataOffset) || !file.mayHold(qint64(claimed) * kMinBytesPerPatch))
         return refuse(QStringLiteral("the data block cannot hold %1 patches").arg(claimed));
 
+    HeaderParts parts;
+    for (ZNXmlElement e = header.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
+        parts.add(e);
     // Read into a fault set of its own, so that a failure leaves this one as it was.
     ZNFaultPatchManager read;
-    if (!read.applyHeader(header.objectHeader, parts, progressParent) ||
-        !read.readPatchData(file, header.dataOffset, twoD, progressParent))
+    if (!read.applyHeader(header, parts, progressParent) ||
+        !read.readPatchData(file, dataOffset, twoD, progressParent))
         return false;
     takeModelFrom(read);
     ZNProcess::sendActionToMdi(kUpdateDisplayCrs, this);

@@ -226,7 +226,7 @@ TEST(FaultPatch, HeaderCarriesOnlyTheCrs)
     EXPECT_EQ(q.unitObject().getCrs(), georef::Crs::fromEpsg(32631));
     EXPECT_EQ(q.unitObject().getVerticalUnit(), georef::UnitObject::VerticalMetre)
         << "units other than the CRS are not read";
-    q.getHeader(nullptr);
+    q.getHeader(static_cast<const QDomElement*>(nullptr));
     EXPECT_EQ(q.unitObject().getCrs(), georef::Crs::fromEpsg(32631));
     EXPECT_EQ(q.getZNObjectType(), "ZNFaultPatch");
 }

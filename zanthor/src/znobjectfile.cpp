@@ -95,6 +95,14 @@ QDomElement ZNObjectFile::createHeaderDocument(QDomDocument& doc)
     return root;
 }
 
+ZNXmlElement ZNObjectFile::createHeaderDocument(ZNXmlTree& doc)
+{
+    doc = ZNXmlTree();
+    ZNXmlElement root = doc.createElement(kGlobalObject);
+    doc.appendChild(root);
+    return root;
+}
+
 QByteArray ZNObjectFile::headerBytes(const QDomDocument& doc) { return doc.toByteArray(); }
 
 QByteArray ZNObjectFile::globalHeaderBlock(qint64 headerSize, qint64 dataOffset)
@@ -192,6 +200,16 @@ bool ZNObjectFile::readHeader(ZNByteSource& file, Header& header, const QStringL
     header.headerSize = text.size();
     header.dataOffset = dataOffset;
     return true;
+}
+
+bool ZNObjectFile::readHeader(ZNByteSource& file, ZNXmlTree& tree, ZNXmlElement& objectHeader,
+                              qint64& dataOffset)
+{
+    QByteArray text;
+    if (!readHeaderText(file, text, dataOffset) || !tree.setContent(text)) return false;
+    const ZNXmlElement root = tree.documentElement();
+    objectHeader = root.firstChildElement();
+    return root.hasTag(kGlobalObject) && !objectHeader.isNull();
 }
 
 QString ZNObjectFile::readObjectType(const QString& path)

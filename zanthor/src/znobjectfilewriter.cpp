@@ -11,6 +11,11 @@ ZNObjectFileWriter::ZNObjectFileWriter(const QString& path)
 
 qint64 ZNObjectFileWriter::create(const QDomDocument& header, qint64 reserve)
 {
+    return create(ZNObjectFile::headerBytes(header), reserve);
+}
+
+qint64 ZNObjectFileWriter::create(const QByteArray& text, qint64 reserve)
+{
     if (!CORE_CHECK(!m_file.isOpen() && m_error < 0, "ZNObjectFileWriter::create",
                     "zanthor/src/znobjectfilewriter"))
         return -1;
@@ -20,7 +25,6 @@ qint64 ZNObjectFileWriter::create(const QDomDocument& header, qint64 reserve)
         return -1;
     }
     const qint64 tampon = qMax<qint64>(reserve, 0);
-    const QByteArray text = ZNObjectFile::headerBytes(header);
     const qint64 length = text.size();
     const qint64 offset = ZNObjectFile::kGlobalHeaderSize + length + tampon;
 

@@ -27,6 +27,9 @@ public:
     // header length + reserve, with the device positioned there; -1 on failure.
     // Called once per writer.
     qint64 create(const QDomDocument& header, qint64 reserve);
+    // The same with the header document already printed (ZNObjectFile::headerBytes, or a
+    // flat tree's toByteArray).
+    qint64 create(const QByteArray& headerText, qint64 reserve);
 
     // The open temporary, positioned at the data offset after create(); null when no
     // file is open. Owned by the writer.

@@ -23,7 +23,8 @@ QString colorText(const QColor& c) { return c.isValid() ? c.name(QColor::HexArgb
 
 // The colour child of `e`: empty text is the invalid colour; text that names no colour
 // keeps `fallback`.
-QColor readColor(const QDomElement& e, const QColor& fallback)
+template <class Element>
+QColor readColor(const Element& e, const QColor& fallback)
 {
     bool found = false;
     const QString text = ZNXml::readString(e, kColor, {}, &found);
@@ -33,7 +34,8 @@ QColor readColor(const QDomElement& e, const QColor& fallback)
 }
 
 // An integer child of `e` that must be one of `allowed`; `fallback` otherwise.
-int readChoice(const QDomElement& e, const QString& key, int fallback,
+template <class Element>
+int readChoice(const Element& e, const QString& key, int fallback,
                std::initializer_list<int> allowed)
 {
     const long long v = ZNXml::readInt(e, key, fallback);
@@ -66,7 +68,8 @@ bool splitReals(const QString& text, double* out, int n)
 }
 
 // Reads `n` reals stored under `key` into `out`; false when missing or malformed.
-bool readReals(const QDomElement& parent, const QString& key, double* out, int n, bool* found)
+template <class Element>
+bool readReals(const Element& parent, const QString& key, double* out, int n, bool* found)
 {
     bool present = false;
     const QString text = ZNXml::readString(parent, key, {}, &present);
@@ -76,16 +79,17 @@ bool readReals(const QDomElement& parent, const QString& key, double* out, int n
 }
 
 // The first child element named `key`, and whether it carries a value.
-bool findValue(const QDomElement& parent, const QString& key, QString& text)
+template <class Element>
+bool findValue(const Element& parent, const QString& key, QString& text)
 {
-    const QDomElement e = parent.firstChildElement(key);
+    const Element e = parent.firstChildElement(key);
     if (e.isNull() || !e.hasAttribute(kValue)) return false;
     text = e.attribute(kValue);
     return true;
 }
 
-template <class T, class Parse>
-T readParsed(const QDomElement& parent, const QString& key, T fallback, bool* found, Parse parse)
+template <class T, class Element, class Parse>
+T readParsed(const Element& parent, const QString& key, T fallback, bool* found, Parse parse)
 {
     QString text;
     bool ok = findValue(parent, key, text);
@@ -101,31 +105,36 @@ T readParsed(const QDomElement& parent, const QString& key, T fallback, bool* fo
 
 namespace ZNXml {
 
-QDomElement appendString(QDomDocument& doc, QDomElement& parent, const QString& key,
+template <class Document, class Element>
+Element appendString(Document& doc, Element& parent, const QString& key,
                          const QString& value)
 {
-    QDomElement e = doc.createElement(key);
+    Element e = doc.createElement(key);
     e.setAttribute(kValue, value);
     parent.appendChild(e);
     return e;
 }
 
-QDomElement appendInt(QDomDocument& doc, QDomElement& parent, const QString& key, long long value)
+template <class Document, class Element>
+Element appendInt(Document& doc, Element& parent, const QString& key, long long value)
 {
     return appendString(doc, parent, key, QString::number(value));
 }
 
-QDomElement appendDouble(QDomDocument& doc, QDomElement& parent, const QString& key, double value)
+template <class Document, class Element>
+Element appendDouble(Document& doc, Element& parent, const QString& key, double value)
 {
     return appendString(doc, parent, key, formatDouble(value));
 }
 
-QDomElement appendBool(QDomDocument& doc, QDomElement& parent, const QString& key, bool value)
+template <class Document, class Element>
+Element appendBool(Document& doc, Element& parent, const QString& key, bool value)
 {
     return appendString(doc, parent, key, value ? QStringLiteral("1") : QStringLiteral("0"));
 }
 
-QString readString(const QDomElement& parent, const QString& key, const QString& fallback,
+template <class Element>
+QString readString(const Element& parent, const QString& key, const QString& fallback,
                    bool* found)
 {
     QString text;
@@ -134,21 +143,24 @@ QString readString(const QDomElement& parent, const QString& key, const QString&
     return ok ? text : fallback;
 }
 
-long long readInt(const QDomElement& parent, const QString& key, long long fallback, bool* found)
+template <class Element>
+long long readInt(const Element& parent, const QString& key, long long fallback, bool* found)
 {
-    return readParsed<long long>(parent, key, fallback, found,
+    return readParsed<long long, Element>(parent, key, fallback, found,
                                  [](const QString& t, bool* ok) { return t.toLongLong(ok); });
 }
 
-double readDouble(const QDomElement& parent, const QString& key, double fallback, bool* found)
+template <class Element>
+double readDouble(const Element& parent, const QString& key, double fallback, bool* found)
 {
-    return readParsed<double>(parent, key, fallback, found,
+    return readParsed<double, Element>(parent, key, fallback, found,
                               [](const QString& t, bool* ok) { return t.toDouble(ok); });
 }
 
-bool readBool(const QDomElement& parent, const QString& key, bool fallback, bool* found)
+template <class Element>
+bool readBool(const Element& parent, const QString& key, bool fallback, bool* found)
 {
-    return readParsed<bool>(parent, key, fallback, found, [](const QString& t, bool* ok) {
+    return readParsed<bool, Element>(parent, key, fallback, found, [](const QString& t, bool* ok) {
         *ok = t == QLatin1String("0") || t == QLatin1String("1");
         return t == QLatin1String("1");
     });
@@ -156,7 +168,8 @@ bool readBool(const QDomElement& parent, const QString& key, bool fallback, bool
 
 QString formatDouble(double value) { return QString::number(value, 'g', 17); }
 
-int readIntInRange(const QDomElement& parent, const QString& key, int fallback, int first, int last,
+template <class Element>
+int readIntInRange(const Element& parent, const QString& key, int fallback, int first, int last,
                    bool* found)
 {
     bool ok = false;
@@ -166,9 +179,10 @@ int readIntInRange(const QDomElement& parent, const QString& key, int fallback, 
     return ok ? static_cast<int>(v) : fallback;
 }
 
-QDomElement appendPen(QDomDocument& doc, QDomElement& parent, const QString& key, const QPen& pen)
+template <class Document, class Element>
+Element appendPen(Document& doc, Element& parent, const QString& key, const QPen& pen)
 {
-    QDomElement e = doc.createElement(key);
+    Element e = doc.createElement(key);
     appendString(doc, e, kColor, colorText(pen.color()));
     appendInt(doc, e, kStyle, pen.style());
     appendDouble(doc, e, kWidth, pen.widthF());
@@ -178,9 +192,10 @@ QDomElement appendPen(QDomDocument& doc, QDomElement& parent, const QString& key
     return e;
 }
 
-QPen readPen(const QDomElement& parent, const QString& key, const QPen& fallback, bool* found)
+template <class Element>
+QPen readPen(const Element& parent, const QString& key, const QPen& fallback, bool* found)
 {
-    const QDomElement e = parent.firstChildElement(key);
+    const Element e = parent.firstChildElement(key);
     if (found) *found = !e.isNull();
     if (e.isNull()) return fallback;
     QPen pen = fallback;
@@ -197,19 +212,21 @@ QPen readPen(const QDomElement& parent, const QString& key, const QPen& fallback
     return pen;
 }
 
-QDomElement appendBrush(QDomDocument& doc, QDomElement& parent, const QString& key,
+template <class Document, class Element>
+Element appendBrush(Document& doc, Element& parent, const QString& key,
                         const QBrush& brush)
 {
-    QDomElement e = doc.createElement(key);
+    Element e = doc.createElement(key);
     appendString(doc, e, kColor, colorText(brush.color()));
     appendInt(doc, e, kStyle, brush.style());
     parent.appendChild(e);
     return e;
 }
 
-QBrush readBrush(const QDomElement& parent, const QString& key, const QBrush& fallback, bool* found)
+template <class Element>
+QBrush readBrush(const Element& parent, const QString& key, const QBrush& fallback, bool* found)
 {
-    const QDomElement e = parent.firstChildElement(key);
+    const Element e = parent.firstChildElement(key);
     if (found) *found = !e.isNull();
     if (e.isNull()) return fallback;
     const int fallbackStyle = fallback.style() <= kLastBrushStyle ? fallback.style() : Qt::NoBrush;
@@ -219,13 +236,15 @@ QBrush readBrush(const QDomElement& parent, const QString& key, const QBrush& fa
     return brush;
 }
 
-QDomElement appendMatrix(QDomDocument& doc, QDomElement& parent, const QString& key,
+template <class Document, class Element>
+Element appendMatrix(Document& doc, Element& parent, const QString& key,
                          const core::mat4& matrix)
 {
     return appendString(doc, parent, key, joinReals(matrix.m, kMatrixSize));
 }
 
-core::mat4 readMatrix(const QDomElement& parent, const QString& key, const core::mat4& fallback,
+template <class Element>
+core::mat4 readMatrix(const Element& parent, const QString& key, const core::mat4& fallback,
                       bool* found)
 {
     core::mat4 m = fallback;
@@ -233,14 +252,16 @@ core::mat4 readMatrix(const QDomElement& parent, const QString& key, const core:
     return m;
 }
 
-QDomElement appendPixelSize(QDomDocument& doc, QDomElement& parent, const QString& key,
+template <class Document, class Element>
+Element appendPixelSize(Document& doc, Element& parent, const QString& key,
                             const core::vec3& size)
 {
     const double values[kPixelSizeCount] = {size.x, size.y, size.z};
     return appendString(doc, parent, key, joinReals(values, kPixelSizeCount));
 }
 
-core::vec3 readPixelSize(const QDomElement& parent, const QString& key, const core::vec3& fallback,
+template <class Element>
+core::vec3 readPixelSize(const Element& parent, const QString& key, const core::vec3& fallback,
                          bool* found)
 {
     double values[kPixelSizeCount] = {fallback.x, fallback.y, fallback.z};
@@ -288,5 +309,29 @@ QDomElement readElement(QXmlStreamReader& reader, QDomDocument& doc)
     }
     return open.isEmpty() && !reader.hasError() ? root : QDomElement();
 }
+
+// The two kinds of documents the helpers serve.
+#define ZNXML_INSTANTIATE(Document, Element)                                                      \
+    template Element appendString(Document&, Element&, const QString&, const QString&);           \
+    template Element appendInt(Document&, Element&, const QString&, long long);                   \
+    template Element appendDouble(Document&, Element&, const QString&, double);                   \
+    template Element appendBool(Document&, Element&, const QString&, bool);                       \
+    template Element appendPen(Document&, Element&, const QString&, const QPen&);                 \
+    template Element appendBrush(Document&, Element&, const QString&, const QBrush&);             \
+    template Element appendMatrix(Document&, Element&, const QString&, const core::mat4&);        \
+    template Element appendPixelSize(Document&, Element&, const QString&, const core::vec3&);     \
+    template QString readString(const Element&, const QString&, const QString&, bool*);           \
+    template long long readInt(const Element&, const QString&, long long, bool*);                 \
+    template double readDouble(const Element&, const QString&, double, bool*);                    \
+    template bool readBool(const Element&, const QString&, bool, bool*);                          \
+    template int readIntInRange(const Element&, const QString&, int, int, int, bool*);           \
+    template QPen readPen(const Element&, const QString&, const QPen&, bool*);                    \
+    template QBrush readBrush(const Element&, const QString&, const QBrush&, bool*);              \
+    template core::mat4 readMatrix(const Element&, const QString&, const core::mat4&, bool*);     \
+    template core::vec3 readPixelSize(const Element&, const QString&, const core::vec3&, bool*);
+
+ZNXML_INSTANTIATE(QDomDocument, QDomElement)
+ZNXML_INSTANTIATE(ZNXmlTree, ZNXmlElement)
+#undef ZNXML_INSTANTIATE
 
 } // namespace ZNXml

@@ -4,6 +4,8 @@
 #include <cpl_error.h>
 #include <ogr_spatialref.h>
 
+#include "znxmltree.h"
+
 namespace georef {
 
 namespace {
@@ -80,17 +82,24 @@ bool Crs::operator==(const Crs& other) const
     return m_srs == other.m_srs || m_srs->IsSame(other.m_srs.get());
 }
 
-QDomElement Crs::createElement(QDomDocument& doc, const QString& tag) const
+template <class Document>
+auto Crs::createElement(Document& doc, const QString& tag) const -> decltype(doc.createElement(tag))
 {
-    QDomElement e = doc.createElement(tag);
+    auto e = doc.createElement(tag);
     e.setAttribute(QStringLiteral("value"), toWkt());
     return e;
 }
 
-Crs Crs::fromElement(const QDomElement& element)
+template <class Element>
+Crs Crs::fromElement(const Element& element)
 {
     if (element.isNull()) return Crs();
     return fromWkt(element.attribute(QStringLiteral("value")));
 }
+
+template QDomElement Crs::createElement(QDomDocument&, const QString&) const;
+template ZNXmlElement Crs::createElement(ZNXmlTree&, const QString&) const;
+template Crs Crs::fromElement(const QDomElement&);
+template Crs Crs::fromElement(const ZNXmlElement&);
 
 } // namespace georef

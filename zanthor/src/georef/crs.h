@@ -41,9 +41,13 @@ public:
     bool operator!=(const Crs& other) const { return !(*this == other); }
 
     // The "ZNCrs" element (or `tag`): attribute "value" holds the WKT, empty for no system.
-    QDomElement createElement(QDomDocument& doc, const QString& tag = QStringLiteral("ZNCrs")) const;
+    // In a DOM document or a flat XML tree (ZNXmlTree).
+    template <class Document>
+    auto createElement(Document& doc, const QString& tag = QStringLiteral("ZNCrs")) const
+        -> decltype(doc.createElement(tag));
     // Reads an element written by createElement; empty when missing or unreadable.
-    static Crs fromElement(const QDomElement& element);
+    template <class Element>
+    static Crs fromElement(const Element& element);
 
     // The spatial reference for GDAL calls; null when empty. Owned by the Crs.
     const OGRSpatialReference* spatialReference() const { return m_srs.get(); }

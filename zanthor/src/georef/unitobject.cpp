@@ -33,9 +33,11 @@ bool UnitObject::operator==(const UnitObject& other) const
            m_crs == other.m_crs && m_displayCrs == other.m_displayCrs;
 }
 
-QDomElement UnitObject::createElement(QDomDocument& doc, const QString& tag) const
+template <class Document>
+auto UnitObject::createElement(Document& doc, const QString& tag) const
+    -> decltype(doc.createElement(tag))
 {
-    QDomElement e = doc.createElement(tag);
+    auto e = doc.createElement(tag);
     ZNXml::appendInt(doc, e, kSpatialUnit, m_spatialUnit);
     ZNXml::appendInt(doc, e, kVerticalUnit, m_verticalUnit);
     e.appendChild(m_crs.createElement(doc, kCrs));
@@ -43,7 +45,8 @@ QDomElement UnitObject::createElement(QDomDocument& doc, const QString& tag) con
     return e;
 }
 
-UnitObject UnitObject::fromElement(const QDomElement& element)
+template <class Element>
+UnitObject UnitObject::fromElement(const Element& element)
 {
     UnitObject u;
     if (element.isNull()) return u;
@@ -53,5 +56,10 @@ UnitObject UnitObject::fromElement(const QDomElement& element)
     u.m_displayCrs = Crs::fromElement(element.firstChildElement(kDisplayCrs));
     return u;
 }
+
+template QDomElement UnitObject::createElement(QDomDocument&, const QString&) const;
+template ZNXmlElement UnitObject::createElement(ZNXmlTree&, const QString&) const;
+template UnitObject UnitObject::fromElement(const QDomElement&);
+template UnitObject UnitObject::fromElement(const ZNXmlElement&);
 
 } // namespace georef

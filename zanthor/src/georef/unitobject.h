@@ -43,10 +43,13 @@ public:
 
     // The "unitsObject" element (or `tag`): children "spatialUnit", "verticalUnit",
     // "ZNCrs" and "displayCrs".
-    QDomElement createElement(QDomDocument& doc,
-                              const QString& tag = QStringLiteral("unitsObject")) const;
+    // In a DOM document or a flat XML tree (ZNXmlTree).
+    template <class Document>
+    auto createElement(Document& doc, const QString& tag = QStringLiteral("unitsObject")) const
+        -> decltype(doc.createElement(tag));
     // Reads an element written by createElement; missing children keep the defaults.
-    static UnitObject fromElement(const QDomElement& element);
+    template <class Element>
+    static UnitObject fromElement(const Element& element);
 
 private:
     int m_spatialUnit = SpatialMetre;
