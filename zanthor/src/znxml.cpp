@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include <QLocale>
 #include <QStringList>
 #include <QVector>
 
@@ -78,21 +79,28 @@ bool readReals(const Element& parent, const QString& key, double* out, int n, bo
     return ok;
 }
 
-// The first child element named `key`, and whether it carries a value.
-template <class Element>
-bool findValue(const Element& parent, const QString& key, QString& text)
+// Whether the first child element named `key` carries a value, and the value: a DOM
+// element gives a copy, held in `storage`; a tree element gives a view of its own text.
+bool findValue(const QDomElement& parent, const QString& key, QString& storage, QStringView& text)
 {
-    const Element e = parent.firstChildElement(key);
+    const QDomElement e = parent.firstChildElement(key);
     if (e.isNull() || !e.hasAttribute(kValue)) return false;
-    text = e.attribute(kValue);
+    storage = e.attribute(kValue);
+    text = storage;
     return true;
+}
+
+bool findValue(const ZNXmlElement& parent, const QString& key, QString&, QStringView& text)
+{
+    return parent.firstChildElement(key).attributeText(kValue, text);
 }
 
 template <class T, class Element, class Parse>
 T readParsed(const Element& parent, const QString& key, T fallback, bool* found, Parse parse)
 {
-    QString text;
-    bool ok = findValue(parent, key, text);
+    QString storage;
+    QStringView text;
+    bool ok = findValue(parent, key, storage, text);
     T value = fallback;
     if (ok) {
         value = parse(text, &ok);
@@ -137,36 +145,41 @@ template <class Element>
 QString readString(const Element& parent, const QString& key, const QString& fallback,
                    bool* found)
 {
-    QString text;
-    const bool ok = findValue(parent, key, text);
+    QString storage;
+    QStringView text;
+    const bool ok = findValue(parent, key, storage, text);
     if (found) *found = ok;
-    return ok ? text : fallback;
+    return ok ? text.toString() : fallback;
 }
 
 template <class Element>
 long long readInt(const Element& parent, const QString& key, long long fallback, bool* found)
 {
     return readParsed<long long, Element>(parent, key, fallback, found,
-                                 [](const QString& t, bool* ok) { return t.toLongLong(ok); });
+                                 [](QStringView t, bool* ok) { return t.toLongLong(ok); });
 }
 
 template <class Element>
 double readDouble(const Element& parent, const QString& key, double fallback, bool* found)
 {
     return readParsed<double, Element>(parent, key, fallback, found,
-                              [](const QString& t, bool* ok) { return t.toDouble(ok); });
+                              [](QStringView t, bool* ok) { return t.toDouble(ok); });
 }
 
 template <class Element>
 bool readBool(const Element& parent, const QString& key, bool fallback, bool* found)
 {
-    return readParsed<bool, Element>(parent, key, fallback, found, [](const QString& t, bool* ok) {
+    return readParsed<bool, Element>(parent, key, fallback, found, [](QStringView t, bool* ok) {
         *ok = t == QLatin1String("0") || t == QLatin1String("1");
         return t == QLatin1String("1");
     });
 }
 
-QString formatDouble(double value) { return QString::number(value, 'g', 17); }
+QString formatDouble(double value)
+{
+    // The shortest text that reads back to the same value ("0.1", not 0.1000...01).
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
+}
 
 template <class Element>
 int readIntInRange(const Element& parent, const QString& key, int fallback, int first, int last,

@@ -50,7 +50,7 @@ template <class Element>
 int readIntInRange(const Element& parent, const QString& key, int fallback, int first,
                    int last, bool* found = nullptr);
 
-// Text of a real that reads back to the same binary64 value.
+// The shortest text of a real that reads back to the same binary64 value.
 QString formatDouble(double value);
 
 // Compound elements. Each is one element `key` built from the simple elements above;

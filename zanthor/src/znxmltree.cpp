@@ -1,5 +1,7 @@
 #include "znxmltree.h"
 
+#include <cstring>
+
 #include <QXmlStreamReader>
 
 template <class Text>
@@ -12,8 +14,8 @@ int ZNXmlTree::addNode(Text name, bool isText)
     return static_cast<int>(m_nodes.size()) - 1;
 }
 
-template <class Text>
-void ZNXmlTree::addAttribute(int node, Text name, QStringView value)
+template <class Name, class Value>
+void ZNXmlTree::addAttribute(int node, Name name, Value value)
 {
     Attribute a;
     a.name = store(name);
@@ -51,8 +53,8 @@ public:
         return true;
     }
 
-    template <class Text>
-    bool attribute(Text name, QStringView value)
+    template <class Name, class Value>
+    bool attribute(Name name, Value value)
     {
         if (m_open.empty() || m_tree.findAttribute(m_open.back(), name) >= 0) return false;
         m_tree.addAttribute(m_open.back(), name, value);
@@ -187,13 +189,15 @@ private:
     // them to spaces).
     bool readCharacters(char stop, bool isText, QString& out)
     {
-        out.clear();
+        out.resize(0);  // keeps the buffer, unlike clear()
         while (m_p < m_end && *m_p != stop) {
             const char* run = m_p;
             while (m_p < m_end && *m_p != stop && isPlain(*m_p)) ++m_p;
             const QLatin1String plain(run, static_cast<int>(m_p - run));
             // "]]>" may not stand in text; a reference ("]]&gt;") is the way to write it.
-            if (isText && plain.contains(QLatin1String("]]>"))) return false;
+            if (isText && std::memchr(run, ']', static_cast<size_t>(plain.size())) &&
+                plain.contains(QLatin1String("]]>")))
+                return false;
             out.append(plain);
             if (m_p >= m_end || *m_p == stop) break;
             if (*m_p == '&') {
@@ -210,6 +214,11 @@ private:
 
     bool readText()
     {
+        // Most text is the indentation between elements: skipped without a copy.
+        const char* start = m_p;
+        skipSpaces();
+        if (m_p >= m_end || *m_p == '<') return true;
+        m_p = start;
         if (!readCharacters('<', true, m_scratch)) return false;
         return isBlank(m_scratch) || m_builder.text(m_scratch);
     }
@@ -241,9 +250,18 @@ private:
             skipSpaces();
             if (m_p >= m_end || (*m_p != '"' && *m_p != '\'')) return false;
             const char quote = *m_p++;
+            // Most values hold no reference: they are stored from the input itself.
+            const char* value = m_p;
+            while (m_p < m_end && *m_p != quote && isPlain(*m_p)) ++m_p;
+            if (m_p < m_end && *m_p == quote) {
+                const QLatin1String plain(value, static_cast<int>(m_p++ - value));
+                if (!m_builder.attribute(name, plain)) return false;
+                continue;
+            }
+            m_p = value;
             if (!readCharacters(quote, false, m_scratch) || m_p >= m_end) return false;
             ++m_p;  // closing quote
-            if (!m_builder.attribute(name, m_scratch)) return false;
+            if (!m_builder.attribute(name, QStringView(m_scratch))) return false;
         }
     }
 
@@ -268,11 +286,23 @@ private:
 
 void appendIndent(QString& out, int depth) { out.append(QString(depth, QLatin1Char(' '))); }
 
+bool mayNeedEscape(QChar c)
+{
+    const ushort u = c.unicode();
+    return u < 0x20 || u == '<' || u == '&' || u == '>' || u == ']' || u == '"';
+}
+
 // Escapes as the DOM printer does: '<', '&' always; '>' after "]]"; '"' and the white
 // space characters in attribute values; carriage returns in text.
 void appendEscaped(QString& out, QStringView text, bool inAttribute)
 {
-    for (int i = 0; i < text.size(); ++i) {
+    const int n = static_cast<int>(text.size());
+    for (int i = 0; i < n; ++i) {
+        // Characters that stand for themselves are copied a run at a time.
+        const int run = i;
+        while (i < n && !mayNeedEscape(text[i])) ++i;
+        if (i > run) out.append(text.data() + run, i - run);
+        if (i == n) break;
         const QChar c = text[i];
         if (c == QLatin1Char('<')) out.append(QLatin1String("&lt;"));
         else if (c == QLatin1Char('&')) out.append(QLatin1String("&amp;"));
@@ -310,6 +340,14 @@ QString ZNXmlElement::attribute(const QString& name, const QString& fallback) co
 {
     const int a = isNull() ? -1 : m_tree->findAttribute(m_index, name);
     return a < 0 ? fallback : m_tree->view(m_tree->m_attributes[a].value).toString();
+}
+
+bool ZNXmlElement::attributeText(const QString& name, QStringView& text) const
+{
+    const int a = isNull() ? -1 : m_tree->findAttribute(m_index, name);
+    if (a < 0) return false;
+    text = m_tree->view(m_tree->m_attributes[a].value);
+    return true;
 }
 
 void ZNXmlElement::setAttribute(const QString& name, const QString& value)
@@ -378,8 +416,11 @@ ZNXmlTree::Span ZNXmlTree::store(QStringView text)
 
 ZNXmlTree::Span ZNXmlTree::store(QLatin1String text)
 {
+    // Widened by hand: QString::append pays more per call than these short texts cost.
     const Span span{m_chars.size(), text.size()};
-    m_chars.append(text);
+    m_chars.resize(span.offset + span.length);
+    QChar* out = m_chars.data() + span.offset;
+    for (int i = 0; i < span.length; ++i) out[i] = QLatin1Char(text.data()[i]);
     return span;
 }
 

@@ -24,6 +24,9 @@ public:
     bool hasAttribute(const QString& name) const;
     // The value of attribute `name`; `fallback` when there is none.
     QString attribute(const QString& name, const QString& fallback = {}) const;
+    // The value of attribute `name` as a view of the tree's own characters, valid until
+    // the tree changes; false (`text` untouched) when there is none.
+    bool attributeText(const QString& name, QStringView& text) const;
     // Sets attribute `name`, replacing its value when present.
     void setAttribute(const QString& name, const QString& value);
 
@@ -113,8 +116,8 @@ private:
     // A new node (element or text), not attached; its index.
     template <class Text>
     int addNode(Text name, bool isText);
-    template <class Text>
-    void addAttribute(int node, Text name, QStringView value);
+    template <class Name, class Value>
+    void addAttribute(int node, Name name, Value value);
     template <class Text>
     int findAttribute(int node, Text name) const
     {
