@@ -448,11 +448,11 @@ bool ZNFaultPatchManager::readPickedFault(ZNByteSource& file, bool twoD, int pro
 {
     // The header is read as a flat tree: a DOM document of one element per fault and per
     // patch costs more than the data itself.
-    ZNXmlTree tree;
-    ZNXmlElement header;
-    qint64 dataOffset = ZNObjectFile::kNoDataOffset;
-    if (!ZNObjectFile::readHeader(file, tree, header, dataOffset))
+    ZNObjectFile::TreeHeader read;
+    if (!ZNObjectFile::readHeader(file, read))
         return refuse(QStringLiteral("no object file header can be read"));
+    const ZNXmlElement& header = read.objectHeader;
+    const qint64 dataOffset = read.dataOffset;
     // The patch count must fit the data before a patch is allocated.
     const int claimed = ZNXml::readIntInRange(header, kNumberOfPatch, 0, 1, INT_MAX);
     if (!file.seek(dataOffset) || !file.mayHold(qint64(claimed) * kMinBytesPerPatch))
@@ -462,11 +462,11 @@ bool ZNFaultPatchManager::readPickedFault(ZNByteSource& file, bool twoD, int pro
     for (ZNXmlElement e = header.firstChildElement(); !e.isNull(); e = e.nextSiblingElement())
         parts.add(e);
     // Read into a fault set of its own, so that a failure leaves this one as it was.
-    ZNFaultPatchManager read;
-    if (!read.applyHeader(header, parts, progressParent) ||
-        !read.readPatchData(file, dataOffset, twoD, progressParent))
+    ZNFaultPatchManager set;
+    if (!set.applyHeader(header, parts, progressParent) ||
+        !set.readPatchData(file, dataOffset, twoD, progressParent))
         return false;
-    takeModelFrom(read);
+    takeModelFrom(set);
     ZNProcess::sendActionToMdi(kUpdateDisplayCrs, this);
     return true;
 }

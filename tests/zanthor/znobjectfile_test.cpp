@@ -45,18 +45,6 @@ QByteArray withGlobalHeader(const QByteArray& text, const QByteArray& rest = {})
 
 // The streamed header read of the file at `path`; the text of each visited element's
 // "id" value and its "note" text, joined by a colon, go to `visited`.
-bool readStreamed(const QString& path, ZNObjectFile::Header& header, const QStringList& tags,
-                  QStringList* visited = nullptr)
-{
-    ZNFdReader file(ZNFdReader::openForReading(path));
-    return ZNObjectFile::readHeader(file, header, tags, [visited](const QDomElement& e) {
-        if (visited)
-            visited->append(ZNXml::readString(e, QStringLiteral("id")) + QLatin1Char(':') +
-                            e.firstChildElement(QStringLiteral("note")).text());
-        return true;
-    });
-}
-
 class ObjectFileTest : public testing::Test {
 protected:
     QTemporaryDir dir;
@@ -198,12 +186,14 @@ TEST_F(ObjectFileTest, DamagedHeadersAreRejectedAndLeaveTheResultUntouched)
         EXPECT_FALSE(ZNObjectFile::readHeader(path(), header));
         EXPECT_EQ(header.type, QStringLiteral("unchanged"));
         EXPECT_TRUE(ZNObjectFile::readObjectType(path()).isEmpty());
-        EXPECT_FALSE(readStreamed(path(), header, {QStringLiteral("Thing")}));
-        EXPECT_EQ(header.type, QStringLiteral("unchanged"));
+        ZNFdReader file(ZNFdReader::openForReading(path()));
+        ZNObjectFile::TreeHeader tree;
+        EXPECT_FALSE(ZNObjectFile::readHeader(file, tree));
+        EXPECT_EQ(tree.dataOffset, ZNObjectFile::kNoDataOffset);
     }
 }
 
-TEST_F(ObjectFileTest, StreamedHeaderHandsTheRepeatedElementsOverInOrderAndKeepsTheRest)
+TEST_F(ObjectFileTest, HeaderReadsAsADomDocumentAndAsATreeAlike)
 {
     const QByteArray xml =
         "<globalObject><Set kind=\"a\"><count value=\"2\"/><Item><id value=\"1\"/></Item>"
@@ -213,56 +203,28 @@ TEST_F(ObjectFileTest, StreamedHeaderHandsTheRepeatedElementsOverInOrderAndKeeps
                               "\"/></GlobalHeader>";
     ASSERT_TRUE(writeFileBytes(path(), withGlobalHeader(global, xml)));
 
-    QStringList visited;
-    ZNObjectFile::Header header;
-    ASSERT_TRUE(readStreamed(path(), header, {QStringLiteral("Item")}, &visited));
-    EXPECT_EQ(visited, QStringList({"1:", "2:x & y"}));
-    EXPECT_EQ(header.type, QStringLiteral("Set"));
-    EXPECT_EQ(header.objectHeader.attribute(QStringLiteral("kind")), QStringLiteral("a"));
-    EXPECT_EQ(ZNXml::readInt(header.objectHeader, QStringLiteral("count"), 0), 2);
-    EXPECT_EQ(ZNXml::readString(header.objectHeader.firstChildElement(QStringLiteral("units")),
-                                QStringLiteral("unit")),
-              QStringLiteral("m"));
-    EXPECT_TRUE(header.objectHeader.firstChildElement(QStringLiteral("Item")).isNull());
-    EXPECT_EQ(header.dataOffset, ZNObjectFile::kGlobalHeaderSize + xml.size());
-
-    // A visitor that refuses stops the read.
+    ZNObjectFile::Header dom;
+    ASSERT_TRUE(ZNObjectFile::readHeader(path(), dom));
     ZNFdReader file(ZNFdReader::openForReading(path()));
-    EXPECT_FALSE(ZNObjectFile::readHeader(file, header, {QStringLiteral("Item")},
-                                          [](const QDomElement&) { return false; }));
-}
+    ZNObjectFile::TreeHeader tree;
+    ASSERT_TRUE(ZNObjectFile::readHeader(file, tree));
 
-TEST(XmlElementReader, KeepsNestedElementsAttributesAndTextAndRefusesBrokenOrDeepXml)
-{
-    QDomDocument doc;
-    QXmlStreamReader good("<a x=\"1\"><b><c y=\"2\">t</c></b> <d/></a><ignored/>");
-    good.readNextStartElement();
-    const QDomElement a = ZNXml::readElement(good, doc);
-    ASSERT_FALSE(a.isNull());
-    EXPECT_EQ(a.attribute(QStringLiteral("x")), QStringLiteral("1"));
-    EXPECT_EQ(a.firstChildElement(QStringLiteral("b")).firstChildElement().attribute(QStringLiteral("y")),
-              QStringLiteral("2"));
-    EXPECT_EQ(a.firstChildElement(QStringLiteral("b")).text(), QStringLiteral("t"));
-    EXPECT_FALSE(a.firstChildElement(QStringLiteral("d")).isNull());
-    EXPECT_TRUE(good.isEndElement());
-
-    QXmlStreamReader broken("<a><b></a>");
-    broken.readNextStartElement();
-    EXPECT_TRUE(ZNXml::readElement(broken, doc).isNull());
-
-    // Nesting is bounded, so that neither reading nor freeing the element can exhaust
-    // the call stack on a hostile header.
-    auto nested = [](int depth) {
-        return QByteArray("<e>").repeated(depth) + QByteArray("</e>").repeated(depth);
-    };
-    for (const int depth : {ZNXml::kMaxElementDepth, 200000}) {
-        QXmlStreamReader reader(nested(depth));
-        reader.readNextStartElement();
-        EXPECT_EQ(ZNXml::readElement(reader, doc).isNull(), depth > ZNXml::kMaxElementDepth) << depth;
-    }
-
-    QXmlStreamReader notAtStart("<a/>");
-    EXPECT_TRUE(ZNXml::readElement(notAtStart, doc).isNull());
+    EXPECT_EQ(dom.type, QStringLiteral("Set"));
+    EXPECT_EQ(tree.objectHeader.tagName(), QStringLiteral("Set"));
+    EXPECT_EQ(dom.objectHeader.attribute(QStringLiteral("kind")), QStringLiteral("a"));
+    EXPECT_EQ(tree.objectHeader.attribute(QStringLiteral("kind")), QStringLiteral("a"));
+    EXPECT_EQ(ZNXml::readInt(dom.objectHeader, QStringLiteral("count"), 0), 2);
+    EXPECT_EQ(ZNXml::readInt(tree.objectHeader, QStringLiteral("count"), 0), 2);
+    const QDomElement domSecond =
+        dom.objectHeader.firstChildElement(QStringLiteral("Item")).nextSiblingElement(QStringLiteral("Item"));
+    const ZNXmlElement treeSecond =
+        tree.objectHeader.firstChildElement(QStringLiteral("Item")).nextSiblingElement(QStringLiteral("Item"));
+    EXPECT_EQ(domSecond.firstChildElement(QStringLiteral("note")).text(), QStringLiteral("x & y"));
+    EXPECT_EQ(treeSecond.firstChildElement(QStringLiteral("note")).text(), QStringLiteral("x & y"));
+    EXPECT_EQ(dom.headerSize, xml.size());
+    EXPECT_EQ(tree.headerSize, xml.size());
+    EXPECT_EQ(dom.dataOffset, ZNObjectFile::kGlobalHeaderSize + xml.size());
+    EXPECT_EQ(tree.dataOffset, dom.dataOffset);
 }
 
 TEST_F(ObjectFileTest, HeaderRewriteThatFitsKeepsTheDataInPlace)

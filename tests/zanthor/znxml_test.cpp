@@ -31,27 +31,49 @@ const QString kBrush = QStringLiteral("brush");
 
 } // namespace
 
-TEST(Xml, KeyValueElementsRoundTrip)
+// The key-value helpers serve DOM documents and flat trees with one code: every case runs
+// on both.
+template <class Kinds>
+class KeyValues : public testing::Test {};
+struct DomKinds {
+    using Document = QDomDocument;
+    using Element = QDomElement;
+};
+struct TreeKinds {
+    using Document = ZNXmlTree;
+    using Element = ZNXmlElement;
+};
+using DocumentKinds = testing::Types<DomKinds, TreeKinds>;
+TYPED_TEST_SUITE(KeyValues, DocumentKinds);
+
+TYPED_TEST(KeyValues, RoundTrip)
 {
-    QDomDocument doc;
-    QDomElement root = doc.createElement("header");
+    typename TypeParam::Document doc;
+    typename TypeParam::Element root = doc.createElement("header");
     ZNXml::appendInt(doc, root, "numberOfPatch", -42);
     ZNXml::appendDouble(doc, root, "scale", 0.1);
     ZNXml::appendBool(doc, root, "picked", true);
     ZNXml::appendString(doc, root, "name", "F<1> & \"2\"");
+    ZNXml::appendMatrix(doc, root, "matrix", core::mat4());
     EXPECT_EQ(root.firstChildElement("picked").attribute("value"), "1");
+    EXPECT_EQ(root.firstChildElement("scale").attribute("value"), "0.1") << "shortest exact text";
     EXPECT_EQ(ZNXml::readInt(root, "numberOfPatch", 0), -42);
     EXPECT_EQ(ZNXml::readDouble(root, "scale", 0), 0.1) << "reals keep every bit";
     EXPECT_TRUE(ZNXml::readBool(root, "picked", false));
     EXPECT_EQ(ZNXml::readString(root, "name"), "F<1> & \"2\"");
+    bool found = false;
+    ZNXml::readMatrix(root, "matrix", core::mat4(), &found);
+    EXPECT_TRUE(found);
 }
 
-TEST(Xml, MissingOrUnparsableValuesGiveTheFallback)
+TYPED_TEST(KeyValues, MissingOrUnparsableValuesGiveTheFallback)
 {
-    QDomDocument doc;
-    QDomElement root = doc.createElement("header");
+    typename TypeParam::Document doc;
+    typename TypeParam::Element root = doc.createElement("header");
     ZNXml::appendString(doc, root, "dimx", "12a");
     ZNXml::appendString(doc, root, "withMesh", "yes");
+    ZNXml::appendString(doc, root, "range", "300");
+    ZNXml::appendString(doc, root, "matrix", "1 2 3");
     root.appendChild(doc.createElement("noValue"));
     bool found = true;
     EXPECT_EQ(ZNXml::readInt(root, "dimx", 7, &found), 7);
@@ -59,6 +81,10 @@ TEST(Xml, MissingOrUnparsableValuesGiveTheFallback)
     EXPECT_TRUE(ZNXml::readBool(root, "withMesh", true, &found));
     EXPECT_FALSE(found);
     EXPECT_EQ(ZNXml::readString(root, "noValue", "d", &found), "d");
+    EXPECT_FALSE(found);
+    EXPECT_EQ(ZNXml::readIntInRange(root, "range", 5, 0, 255, &found), 5);
+    EXPECT_FALSE(found);
+    ZNXml::readMatrix(root, "matrix", core::mat4(), &found);
     EXPECT_FALSE(found);
     EXPECT_EQ(ZNXml::readDouble(root, "absent", 2.5), 2.5);
 }

@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QXmlStreamReader>
 
 #include "znbytesource.h"
 #include "zneventbus.h"
@@ -161,55 +160,30 @@ bool ZNObjectFile::readHeaderText(ZNByteSource& file, QByteArray& text, qint64& 
 
 bool ZNObjectFile::readHeader(ZNByteSource& file, Header& header)
 {
-    // Built from the stream element by element, with a bound on nesting: a document
-    // parsed in one call nests as deep as a hostile header asks, and freeing it recurses
-    // that deep.
-    return readHeader(file, header, {}, [](const QDomElement&) { return true; });
-}
-
-bool ZNObjectFile::readHeader(ZNByteSource& file, Header& header, const QStringList& streamedTags,
-                              const std::function<bool(const QDomElement&)>& visit)
-{
-    QByteArray text;
-    qint64 dataOffset = kNoDataOffset;
-    if (!readHeaderText(file, text, dataOffset)) return false;
-    QXmlStreamReader reader(text);
-    if (!reader.readNextStartElement() || reader.qualifiedName() != kGlobalObject ||
-        !reader.readNextStartElement())
-        return false;
-    QDomDocument doc;
-    QDomElement root = doc.createElement(kGlobalObject);
-    doc.appendChild(root);
-    QDomElement objectHeader = ZNXml::startElement(reader, doc);
-    root.appendChild(objectHeader);
-
-    QDomDocument scratch;  // owns each streamed element while `visit` reads it
-    while (reader.readNextStartElement()) {
-        const bool streamed = streamedTags.contains(reader.qualifiedName().toString());
-        const QDomElement child = ZNXml::readElement(reader, streamed ? scratch : doc);
-        if (child.isNull() || (streamed && !visit(child))) return false;
-        if (!streamed) objectHeader.appendChild(child);
-    }
-    // The rest must be well formed too, as for readHeader.
-    while (!reader.atEnd()) reader.readNext();
-    if (reader.error() != QXmlStreamReader::NoError) return false;
-
-    header.document = doc;
-    header.objectHeader = objectHeader;
-    header.type = objectHeader.tagName();
-    header.headerSize = text.size();
-    header.dataOffset = dataOffset;
+    // Parsed as a flat tree first: its reader bounds the nesting, which a DOM parser does
+    // not (a deeply nested hostile header would exhaust the stack when freed).
+    TreeHeader read;
+    if (!readHeader(file, read)) return false;
+    header.document = read.tree.toDocument();
+    header.objectHeader = header.document.documentElement().firstChildElement();
+    header.type = header.objectHeader.tagName();
+    header.headerSize = read.headerSize;
+    header.dataOffset = read.dataOffset;
     return true;
 }
 
-bool ZNObjectFile::readHeader(ZNByteSource& file, ZNXmlTree& tree, ZNXmlElement& objectHeader,
-                              qint64& dataOffset)
+bool ZNObjectFile::readHeader(ZNByteSource& file, TreeHeader& header)
 {
     QByteArray text;
-    if (!readHeaderText(file, text, dataOffset) || !tree.setContent(text)) return false;
-    const ZNXmlElement root = tree.documentElement();
-    objectHeader = root.firstChildElement();
-    return root.hasTag(kGlobalObject) && !objectHeader.isNull();
+    qint64 dataOffset = kNoDataOffset;
+    if (!readHeaderText(file, text, dataOffset) || !header.tree.setContent(text)) return false;
+    const ZNXmlElement root = header.tree.documentElement();
+    const ZNXmlElement objectHeader = root.firstChildElement();
+    if (!root.hasTag(kGlobalObject) || objectHeader.isNull()) return false;
+    header.objectHeader = objectHeader;
+    header.headerSize = text.size();
+    header.dataOffset = dataOffset;
+    return true;
 }
 
 QString ZNObjectFile::readObjectType(const QString& path)

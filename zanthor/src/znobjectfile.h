@@ -1,6 +1,4 @@
 #pragma once
-#include <functional>
-
 #include <QByteArray>
 #include <QDomDocument>
 #include <QDomElement>
@@ -71,8 +69,7 @@ public:
 
     // The XML header of an object file, read without touching the data.
     struct Header {
-        QDomDocument document;    // "globalObject" holding the object header (anything after
-                                  // the object header is checked but not kept)
+        QDomDocument document;    // "globalObject" holding the object header
         QDomElement objectHeader; // the object's own header: first element of "globalObject"
         QString type;             // its tag, the object's type name
         qint64 headerSize = 0;    // bytes of the header document
@@ -85,19 +82,20 @@ public:
     // The same from a byte source holding a whole object file (read from its start;
     // position changed).
     static bool readHeader(ZNByteSource& file, Header& header);
-    // readHeader for long headers: each child of the object header whose tag is in
-    // `streamedTags` is handed to `visit`, in file order, as a small element of its own
-    // and is left out of `header.document`; the other children are kept as readHeader
-    // keeps them. A header of one element per fault and per patch is then read without
-    // building (and freeing) one large document. False as readHeader, or when `visit`
-    // returns false (reading stops there).
-    static bool readHeader(ZNByteSource& file, Header& header, const QStringList& streamedTags,
-                           const std::function<bool(const QDomElement&)>& visit);
-    // The header read as a flat tree (ZNXmlTree): what readers of long headers use, at a
-    // fraction of a DOM document's cost. `objectHeader` is the first element of
-    // "globalObject". False, as readHeader, `tree` then undefined.
-    static bool readHeader(ZNByteSource& file, ZNXmlTree& tree, ZNXmlElement& objectHeader,
-                           qint64& dataOffset);
+    // The header as a flat tree (ZNXmlTree): what readers of long headers use, at a
+    // fraction of a DOM document's cost. Not copyable: its elements point into its tree.
+    struct TreeHeader {
+        TreeHeader() = default;
+        TreeHeader(const TreeHeader&) = delete;
+        TreeHeader& operator=(const TreeHeader&) = delete;
+        ZNXmlTree tree;             // "globalObject" holding the object header
+        ZNXmlElement objectHeader;  // first element of "globalObject"
+        qint64 headerSize = 0;
+        qint64 dataOffset = kNoDataOffset;
+    };
+    // Reads the header as readHeader does, into a flat tree; false in the same cases (the
+    // tree is then undefined, the other fields untouched).
+    static bool readHeader(ZNByteSource& file, TreeHeader& header);
     // The bytes of the XML header document and the data offset, read without parsing,
     // for readers that parse a long header as a stream. False (`text` empty) in the cases
     // where readHeader fails before parsing.

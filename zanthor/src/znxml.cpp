@@ -5,7 +5,6 @@
 
 #include <QLocale>
 #include <QStringList>
-#include <QVector>
 
 namespace {
 const QString kValue = QStringLiteral("value");
@@ -280,47 +279,6 @@ core::vec3 readPixelSize(const Element& parent, const QString& key, const core::
     double values[kPixelSizeCount] = {fallback.x, fallback.y, fallback.z};
     readReals(parent, key, values, kPixelSizeCount, found);
     return {values[0], values[1], values[2]};
-}
-
-QDomElement startElement(const QXmlStreamReader& reader, QDomDocument& doc)
-{
-    QDomElement e = doc.createElement(reader.qualifiedName().toString());
-    // Held const: looping over the temporary would detach it, copying every attribute.
-    const QXmlStreamAttributes attributes = reader.attributes();
-    for (const QXmlStreamAttribute& a : attributes)
-        e.setAttribute(a.qualifiedName().toString(), a.value().toString());
-    return e;
-}
-
-QDomElement readElement(QXmlStreamReader& reader, QDomDocument& doc)
-{
-    if (!reader.isStartElement()) return {};
-    const QDomElement root = startElement(reader, doc);
-    // The open elements, innermost last: an explicit stack, so that a deeply nested
-    // (hostile) header cannot exhaust the call stack here; the depth limit keeps it from
-    // exhausting it later, when the document frees its nodes recursively.
-    QVector<QDomElement> open{root};
-    while (!open.isEmpty() && !reader.atEnd()) {
-        switch (reader.readNext()) {
-        case QXmlStreamReader::StartElement: {
-            if (open.size() >= kMaxElementDepth) return {};
-            QDomElement e = startElement(reader, doc);
-            open.last().appendChild(e);
-            open.append(e);
-            break;
-        }
-        case QXmlStreamReader::EndElement:
-            open.removeLast();
-            break;
-        case QXmlStreamReader::Characters:
-            if (!reader.isWhitespace())
-                open.last().appendChild(doc.createTextNode(reader.text().toString()));
-            break;
-        default:
-            break;
-        }
-    }
-    return open.isEmpty() && !reader.hasError() ? root : QDomElement();
 }
 
 // The two kinds of documents the helpers serve.

@@ -4,7 +4,6 @@
 #include <QDomElement>
 #include <QPen>
 #include <QString>
-#include <QXmlStreamReader>
 
 #include <core/mat4.h>
 #include <core/vec3.h>
@@ -92,19 +91,5 @@ Element appendPixelSize(Document& doc, Element& parent, const QString& key,
 template <class Element>
 core::vec3 readPixelSize(const Element& parent, const QString& key, const core::vec3& fallback,
                          bool* found = nullptr);
-
-// Reads the element at which `reader` stands (on its StartElement) with everything
-// inside it into a new element of `doc`, not attached to any parent, and leaves the
-// reader on the element's EndElement. Attributes, child elements and text other than
-// blanks are kept under their qualified names; comments and processing instructions are
-// dropped. Lets a reader turn one repeated element of a long header into a small
-// document at a time instead of parsing the whole header into one. A null element when
-// the reader does not stand on a start element, the XML inside is not well formed, or
-// elements nest deeper than kMaxElementDepth.
-constexpr int kMaxElementDepth = 256;
-QDomElement readElement(QXmlStreamReader& reader, QDomDocument& doc);
-// A new element of `doc`, not attached, with the qualified name and attributes of the
-// start element at which `reader` stands, and nothing inside.
-QDomElement startElement(const QXmlStreamReader& reader, QDomDocument& doc);
 
 } // namespace ZNXml

@@ -565,7 +565,10 @@ QDomDocument ZNXmlTree::toDocument() const
         int node;
         QDomNode parent;
     };
-    std::vector<Pending> pending{{m_root, doc}};
+    // The document element first: a document has no node to append to before it creates one.
+    const QDomElement root = doc.createElement(view(m_nodes[m_root].name).toString());
+    doc.appendChild(root);
+    std::vector<Pending> pending{{m_root, root}};
     while (!pending.empty()) {
         Pending p = pending.back();
         pending.pop_back();
@@ -574,10 +577,10 @@ QDomDocument ZNXmlTree::toDocument() const
             p.parent.appendChild(doc.createTextNode(view(n.name).toString()));
             continue;
         }
-        QDomElement e = doc.createElement(view(n.name).toString());
+        QDomElement e = p.node == m_root ? root : doc.createElement(view(n.name).toString());
         for (int a = n.firstAttribute; a >= 0; a = m_attributes[a].next)
             e.setAttribute(view(m_attributes[a].name).toString(), view(m_attributes[a].value).toString());
-        p.parent.appendChild(e);
+        if (p.node != m_root) p.parent.appendChild(e);
         // Children are pushed last first, so that they are appended in order.
         std::vector<int> children;
         for (int c = n.firstChild; c >= 0; c = m_nodes[c].next) children.push_back(c);
