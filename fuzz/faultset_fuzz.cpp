@@ -1,6 +1,9 @@
 // Fuzz target of the fault set reader: every input is read as a whole fault set file,
 // once in the 2D form and once in the 3D form. A read may fail; it must not crash, leak,
 // read out of bounds or leave the fault set inconsistent (isValid), which aborts.
+// The text where the header would stand (from the end of the global header block to the
+// first zero byte) is also read as XML by the header tree and by the toolkit's reader
+// alone: they must agree on whether it is XML and on the document it holds.
 #include <cstdint>
 #include <cstdlib>
 
@@ -11,6 +14,8 @@
 #include <znbytesource.h>
 #include <zneventbus.h>
 #include <znfaultpatchmanager.h>
+#include <znobjectfile.h>
+#include <znxmltree.h>
 
 namespace {
 // Messages of refused files are expected by the thousand: they are dropped.
@@ -41,5 +46,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         set.readPickedFault(source, twoD, ZNFaultPatchManager::kNoProgressBar);
         if (!set.isValid()) std::abort();
     }
+
+    QByteArray header = bytes.mid(ZNObjectFile::kGlobalHeaderSize);
+    header.truncate(header.indexOf('\0') < 0 ? header.size() : header.indexOf('\0'));
+    ZNXmlTree tree, reference;
+    const bool read = tree.setContent(header);
+    if (read != reference.setContentWithToolkit(header) ||
+        (read && tree.toByteArray() != reference.toByteArray()))
+        std::abort();
     return 0;
 }

@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <QXmlStreamReader>
 
 #include <testfiles.h>
 #include <znbytesource.h>

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include <QDomDocument>
 #include <QPen>
 
@@ -50,7 +52,9 @@ TEST(XmlTree, ReadsEveryWellFormedDocument)
         const char* expected;
     } cases[] = {
         {"<a/>", nullptr},
-        {"<a x=\"1\" y='2'><b><c z = \"3\"/></b>\n <d/></a>", nullptr},
+        // (The DOM prints attributes in hash order: several are checked by hand.)
+        {"<a x=\"1\" y='2'><b><c z = \"3\"/></b>\n <d/></a>",
+         "<a x=\"1\" y=\"2\">\n <b>\n  <c z=\"3\"/>\n </b>\n <d/>\n</a>\n"},
         {"<a v=\"&lt;&gt;&amp;&quot;&apos;&#65;&#x42;&#xa;&#9;&#xd;\"/>", nullptr},
         {"<a>x &amp; y &#x3c;z&#62;</a>", nullptr},
         {"<a>one\ttwo\nthree</a>", nullptr},
@@ -199,4 +203,38 @@ TEST(XmlTree, AFaultSetSizedHeaderKeepsItsNodesFlat)
     for (ZNXmlElement d = set.firstChildElement("D"); !d.isNull(); d = d.nextSiblingElement("D"))
         sum += static_cast<int>(ZNXml::readInt(d, "id", 0));
     EXPECT_EQ(sum, 999 * 1000 / 2);
+}
+
+TEST(XmlTree, ItsScannerAgreesWithTheToolkitOnDamagedHeaders)
+{
+    // Random damage to a typical header, with the characters that matter to XML: the
+    // tree must accept exactly the texts the toolkit's reader accepts, and read the same
+    // documents from them.
+    const QByteArray header =
+        "<globalObject>\n <Set>\n  <count value=\"2\"/>\n  <name value='a &amp; b&#x9;'/>\n"
+        "  <D>\n   <pen>\n    <color value=\"#ff102030\"/>\n   </pen>\n"
+        "   <note>x &lt; y ]]&gt;</note>\n  </D>\n </Set>\n</globalObject>\n";
+    const char alphabet[] = "<>/=\"'&;#x \t\n\r]ab1!?-:";
+    std::mt19937 rng(7);
+    auto pick = [&rng](int n) { return static_cast<int>(rng() % static_cast<unsigned>(n)); };
+    int accepted = 0;
+    for (int trial = 0; trial < 4000; ++trial) {
+        QByteArray text = header;
+        for (int edits = 1 + pick(3); edits > 0; --edits) {
+            const int at = pick(text.size());
+            const char c = alphabet[pick(sizeof alphabet - 1)];
+            switch (pick(3)) {
+            case 0: text[at] = c; break;
+            case 1: text.remove(at, 1 + pick(4)); break;
+            default: text.insert(at, c); break;
+            }
+        }
+        ZNXmlTree tree, reference;
+        const bool read = tree.setContent(text);
+        ASSERT_EQ(read, reference.setContentWithToolkit(text)) << text.constData();
+        if (!read) continue;
+        ++accepted;
+        ASSERT_EQ(tree.toByteArray(), reference.toByteArray()) << text.constData();
+    }
+    EXPECT_GT(accepted, 400) << "the damage should leave many texts well formed";
 }

@@ -555,6 +555,13 @@ bool ZNXmlTree::setContent(const QByteArray& text)
     return false;
 }
 
+bool ZNXmlTree::setContentWithToolkit(const QByteArray& text)
+{
+    if (readWithToolkit(text)) return true;
+    clear();
+    return false;
+}
+
 QDomDocument ZNXmlTree::toDocument() const
 {
     QDomDocument doc;

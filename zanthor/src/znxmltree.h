@@ -85,6 +85,9 @@ public:
     // the text is not well-formed XML, holds no element, or nests deeper than kMaxDepth.
     // Blank text is dropped; comments and processing instructions are dropped.
     bool setContent(const QByteArray& text);
+    // setContent with the toolkit's stream reader alone: the reference against which the
+    // fast scanner is checked (tests, fuzzing).
+    bool setContentWithToolkit(const QByteArray& text);
     // The same document as a DOM document (for readers that need one).
     QDomDocument toDocument() const;
 
@@ -130,7 +133,7 @@ private:
     void clear();
     void print(int node, int depth, QString& out) const;
     bool scan(const QByteArray& text);      // the fast path
-    bool readWithToolkit(const QByteArray& text);
+    bool readWithToolkit(const QByteArray& text);  // false leaves a partial tree
 
     QString m_chars;
     std::vector<Node> m_nodes;
