@@ -124,6 +124,8 @@ TEST(XmlTree, PrintsWhatTheDomPrintsForTheSameElements)
         ZNXml::appendInt(doc, set, "count", -3);
         ZNXml::appendDouble(doc, set, "scale", 1.0 / 3.0);
         ZNXml::appendString(doc, set, "name", QString::fromUtf8("a<b>&\"c\"\t\n\r ]]> \xc3\xa9"));
+        // Two- to four-byte characters, and a lone surrogate (printed '?').
+        ZNXml::appendString(doc, set, "wide", QString::fromUtf8("\xe2\x82\xac\xf0\x9f\x98\x80") + QChar(0xd800));
         ZNXml::appendPen(doc, set, "pen", QPen(QColor(1, 2, 3), 1.5));
         auto note = doc.createElement("note");
         set.appendChild(note);

@@ -1,5 +1,6 @@
 #include "znxmltree.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include <QXmlStreamReader>
@@ -284,40 +285,130 @@ private:
 
 // ----- printing -----
 
-void appendIndent(QString& out, int depth) { out.append(QString(depth, QLatin1Char(' '))); }
-
-bool mayNeedEscape(QChar c)
-{
-    const ushort u = c.unicode();
-    return u < 0x20 || u == '<' || u == '&' || u == '>' || u == ']' || u == '"';
-}
-
-// Escapes as the DOM printer does: '<', '&' always; '>' after "]]"; '"' and the white
-// space characters in attribute values; carriage returns in text.
-void appendEscaped(QString& out, QStringView text, bool inAttribute)
-{
-    const int n = static_cast<int>(text.size());
-    for (int i = 0; i < n; ++i) {
-        // Characters that stand for themselves are copied a run at a time.
-        const int run = i;
-        while (i < n && !mayNeedEscape(text[i])) ++i;
-        if (i > run) out.append(text.data() + run, i - run);
-        if (i == n) break;
-        const QChar c = text[i];
-        if (c == QLatin1Char('<')) out.append(QLatin1String("&lt;"));
-        else if (c == QLatin1Char('&')) out.append(QLatin1String("&amp;"));
-        else if (c == QLatin1Char('>') && i >= 2 && text[i - 1] == QLatin1Char(']') &&
-                 text[i - 2] == QLatin1Char(']'))
-            out.append(QLatin1String("&gt;"));
-        else if (c == QLatin1Char('\r')) out.append(QLatin1String("&#xd;"));
-        else if (inAttribute && c == QLatin1Char('"')) out.append(QLatin1String("&quot;"));
-        else if (inAttribute && c == QLatin1Char('\t')) out.append(QLatin1String("&#x9;"));
-        else if (inAttribute && c == QLatin1Char('\n')) out.append(QLatin1String("&#xa;"));
-        else out.append(c);
-    }
-}
 
 } // namespace
+
+// The printer writes UTF-8 bytes straight into the output, through a cursor into room
+// made ahead (the output grows by doubling; the destructor trims it).
+class ZNXmlPrinter {
+public:
+    explicit ZNXmlPrinter(QByteArray& out) : m_out(out) {}
+    ~ZNXmlPrinter() { m_out.resize(m_used); }
+
+    void indent(int depth)
+    {
+        char* out = room(depth);
+        std::memset(out, ' ', static_cast<size_t>(depth));
+        m_used += depth;
+    }
+    void raw(const char* text)
+    {
+        const int n = static_cast<int>(std::strlen(text));
+        std::memcpy(room(n), text, static_cast<size_t>(n));
+        m_used += n;
+    }
+    void raw(char c)
+    {
+        *room(1) = c;
+        ++m_used;
+    }
+
+    // Text as it stands (names).
+    void plain(QStringView text) { escaped(text, Mode::Plain); }
+    // Escapes as the DOM printer does: '<', '&' always; '>' after "]]"; carriage returns;
+    // in attribute values also '"', tabs and line feeds.
+    void attributeValue(QStringView text) { escaped(text, Mode::Attribute); }
+    void text(QStringView text) { escaped(text, Mode::Text); }
+
+private:
+    enum class Mode { Plain, Attribute, Text };
+    // Bytes one UTF-16 unit may take: the longest escape ("&quot;"); UTF-8 takes at most 3
+    // bytes per unit (4 per surrogate pair).
+    static constexpr int kMaxBytesPerUnit = 6;
+
+    char* room(int bytes)
+    {
+        if (m_used + bytes > m_out.size())
+            m_out.resize(std::max(2 * m_out.size(), m_used + bytes + kInitialRoom));
+        return m_out.data() + m_used;
+    }
+    static constexpr int kInitialRoom = 4096;
+
+    void escaped(QStringView text, Mode mode)
+    {
+        const int n = static_cast<int>(text.size());
+        char* const begin = room(kMaxBytesPerUnit * n);
+        char* out = begin;
+        for (int i = 0; i < n; ++i) {
+            const ushort u = text[i].unicode();
+            if (u >= 0x80) {
+                out = utf8(text, i, out);
+                continue;
+            }
+            const char c = static_cast<char>(u);
+            if (mode == Mode::Plain || !needsEscape(text, i, mode)) {
+                *out++ = c;
+                continue;
+            }
+            const char* escape = c == '<'    ? "&lt;"
+                                 : c == '>'  ? "&gt;"
+                                 : c == '&'  ? "&amp;"
+                                 : c == '"'  ? "&quot;"
+                                 : c == '\t' ? "&#x9;"
+                                 : c == '\n' ? "&#xa;"
+                                              : "&#xd;";
+            while (*escape) *out++ = *escape++;
+        }
+        m_used += static_cast<int>(out - begin);
+    }
+
+    // Writes the non-ASCII unit at `i` (with its low surrogate, which `i` then passes) as
+    // the toolkit's encoder does: a lone surrogate becomes '?'.
+    static char* utf8(QStringView text, int& i, char* out)
+    {
+        uint code = text[i].unicode();
+        if (QChar::isHighSurrogate(code) && i + 1 < text.size() && text[i + 1].isLowSurrogate()) {
+            code = QChar::surrogateToUcs4(text[i], text[i + 1]);
+            ++i;
+        } else if (QChar::isSurrogate(code)) {
+            *out++ = '?';
+            return out;
+        }
+        if (code < 0x800) {
+            *out++ = static_cast<char>(0xc0 | (code >> 6));
+        } else if (code < 0x10000) {
+            *out++ = static_cast<char>(0xe0 | (code >> 12));
+            *out++ = static_cast<char>(0x80 | ((code >> 6) & 0x3f));
+        } else {
+            *out++ = static_cast<char>(0xf0 | (code >> 18));
+            *out++ = static_cast<char>(0x80 | ((code >> 12) & 0x3f));
+            *out++ = static_cast<char>(0x80 | ((code >> 6) & 0x3f));
+        }
+        *out++ = static_cast<char>(0x80 | (code & 0x3f));
+        return out;
+    }
+
+    static bool needsEscape(QStringView text, int i, Mode mode)
+    {
+        switch (text[i].unicode()) {
+        case '<':
+        case '&':
+        case '\r':
+            return true;
+        case '>':
+            return i >= 2 && text[i - 1] == QLatin1Char(']') && text[i - 2] == QLatin1Char(']');
+        case '"':
+        case '\t':
+        case '\n':
+            return mode == Mode::Attribute;
+        default:
+            return false;
+        }
+    }
+
+    QByteArray& m_out;
+    int m_used = 0;  // bytes written; the rest of m_out is room
+};
 
 // ----- the element handle -----
 
@@ -468,51 +559,53 @@ ZNXmlElement ZNXmlTree::documentElement() const
     return m_root < 0 ? ZNXmlElement() : ZNXmlElement(const_cast<ZNXmlTree*>(this), m_root);
 }
 
-void ZNXmlTree::print(int node, int depth, QString& out) const
+void ZNXmlTree::print(int node, int depth, ZNXmlPrinter& out) const
 {
     // The layout of the DOM printer: every element on a line of its own, indented one
     // space per level, except next to text, which stays on the element's line.
     const Node& n = m_nodes[node];
-    out.append(QLatin1Char('<'));
-    out.append(view(n.name));
+    out.raw('<');
+    out.plain(view(n.name));
     for (int a = n.firstAttribute; a >= 0; a = m_attributes[a].next) {
-        out.append(QLatin1Char(' '));
-        out.append(view(m_attributes[a].name));
-        out.append(QLatin1String("=\""));
-        appendEscaped(out, view(m_attributes[a].value), true);
-        out.append(QLatin1Char('"'));
+        out.raw(' ');
+        out.plain(view(m_attributes[a].name));
+        out.raw("=\"");
+        out.attributeValue(view(m_attributes[a].value));
+        out.raw('"');
     }
     if (n.firstChild < 0) {
-        out.append(QLatin1String("/>"));
+        out.raw("/>");
     } else {
-        out.append(QLatin1Char('>'));
-        if (!m_nodes[n.firstChild].isText) out.append(QLatin1Char('\n'));
+        out.raw('>');
+        if (!m_nodes[n.firstChild].isText) out.raw('\n');
         bool previousIsText = false;
         for (int c = n.firstChild; c >= 0; c = m_nodes[c].next) {
             if (m_nodes[c].isText) {
-                appendEscaped(out, view(m_nodes[c].name), false);
+                out.text(view(m_nodes[c].name));
                 previousIsText = true;
                 continue;
             }
-            if (!previousIsText) appendIndent(out, depth + 1);
+            if (!previousIsText) out.indent(depth + 1);
             print(c, depth + 1, out);
             previousIsText = false;
         }
-        if (!m_nodes[n.lastChild].isText) appendIndent(out, depth);
-        out.append(QLatin1String("</"));
-        out.append(view(n.name));
-        out.append(QLatin1Char('>'));
+        if (!m_nodes[n.lastChild].isText) out.indent(depth);
+        out.raw("</");
+        out.plain(view(n.name));
+        out.raw('>');
     }
-    if (!(n.next >= 0 && m_nodes[n.next].isText)) out.append(QLatin1Char('\n'));
+    if (!(n.next >= 0 && m_nodes[n.next].isText)) out.raw('\n');
 }
 
 QByteArray ZNXmlTree::toByteArray() const
 {
-    if (m_root < 0) return {};
-    QString out;
-    out.reserve(m_chars.size() * 2);
-    print(m_root, 0, out);
-    return out.toUtf8();
+    QByteArray out;
+    if (m_root < 0) return out;
+    {
+        ZNXmlPrinter printer(out);  // trims `out` to what it wrote when it goes
+        print(m_root, 0, printer);
+    }
+    return out;
 }
 
 bool ZNXmlTree::scan(const QByteArray& text)

@@ -7,6 +7,7 @@
 #include <QStringView>
 
 class ZNXmlTree;
+class ZNXmlPrinter;
 
 // An element of a ZNXmlTree: a small handle (tree and index) with the part of the DOM
 // element interface the header readers and writers use, so that the same code builds and
@@ -131,7 +132,7 @@ private:
     int nextElement(int node, const QString& tag) const;
     void link(int parent, int child);
     void clear();
-    void print(int node, int depth, QString& out) const;
+    void print(int node, int depth, ZNXmlPrinter& out) const;
     bool scan(const QByteArray& text);      // the fast path
     bool readWithToolkit(const QByteArray& text);  // false leaves a partial tree
 
