@@ -57,6 +57,7 @@ TEST(XmlTree, ReadsEveryWellFormedDocument)
          "<a x=\"1\" y=\"2\">\n <b>\n  <c z=\"3\"/>\n </b>\n <d/>\n</a>\n"},
         {"<a v=\"&lt;&gt;&amp;&quot;&apos;&#65;&#x42;&#xa;&#9;&#xd;\"/>", nullptr},
         {"<a>x &amp; y &#x3c;z&#62;</a>", nullptr},
+        {"<a>&lt; &gt; <b/> &amp;</a>", nullptr},
         {"<a>one\ttwo\nthree</a>", nullptr},
         {"<a>text<b/>more</a>", nullptr},
         {"<a>]]&gt; is fine</a>", nullptr},
@@ -74,6 +75,9 @@ TEST(XmlTree, ReadsEveryWellFormedDocument)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.xml);
         EXPECT_EQ(treeText(c.xml), c.expected ? QByteArray(c.expected) : domText(c.xml));
+        ZNXmlTree reference;
+        EXPECT_TRUE(reference.setContentWithToolkit(c.xml));
+        EXPECT_EQ(reference.toByteArray(), treeText(c.xml)) << "the scanner and the toolkit agree";
     }
 }
 
