@@ -118,9 +118,21 @@ bool insideLoop(const std::vector<core::vec2>& positions, const std::vector<int>
     return inside;
 }
 
+// Constrains the segment from `a` to `b`. Most segments are pieces of subdivided sticks
+// whose end points the triangulation already joins: their edge is marked on both sides
+// directly, which is what the general insertion does for them after setting up its work
+// stack, a heap allocation per segment.
 void insertConstraint(Cdt& cdt, Vertex a, Vertex b)
 {
-    if (a != b) cdt.insert_constraint(a, b);
+    if (a == b) return;
+    Face f;
+    int i = 0;
+    if (cdt.dimension() == 2 && cdt.is_edge(a, b, f, i)) {
+        f->set_constraint(i, true);
+        f->neighbor(i)->set_constraint(cdt.mirror_index(f, i), true);
+        return;
+    }
+    cdt.insert_constraint(a, b);
 }
 
 // Marks the faces inside the union of the loops. Every loop edge is a constraint, so each
