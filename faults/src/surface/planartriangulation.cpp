@@ -244,10 +244,13 @@ double domainArea(const Cdt& cdt)
 
 // True when no vertex and no constrained edge lies within `clearance` of `p`, which lies
 // in face `start`: the faces around `p` are visited across the unconstrained edges near it.
-bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clearance)
+// `faces` is scratch storage of the caller's, reused from one lattice point to the next:
+// a list of its own per point cost an allocation each.
+bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clearance,
+                        std::vector<Face>& faces)
 {
     const double limit = clearance * clearance;
-    std::vector<Face> faces{start};
+    faces.assign(1, start);
     for (size_t k = 0; k < faces.size(); ++k) {
         if (faces.size() > kSeedSearchFaces) return false;
         const Face f = faces[k];
@@ -275,6 +278,8 @@ std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacin
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) box += v->point().bbox();
     const double rowStep = spacing * kLatticeRowRatio;
     Face hint;
+    std::vector<Face> nearby;
+    nearby.reserve(kSeedSearchFaces + 3);  // the most a search holds before giving up
     for (int row = 0; box.ymin() + row * rowStep <= box.ymax(); ++row) {
         const double y = box.ymin() + row * rowStep;
         for (double x = box.xmin() + (row % 2) * 0.5 * spacing; x <= box.xmax(); x += spacing) {
@@ -282,7 +287,7 @@ std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacin
             const Face f = cdt.locate(p, hint);
             if (f == Face() || cdt.is_infinite(f)) continue;
             hint = f;
-            if (f->is_in_domain() && clearOfConstraints(cdt, f, p, kSeedClearance * spacing))
+            if (f->is_in_domain() && clearOfConstraints(cdt, f, p, kSeedClearance * spacing, nearby))
                 seeds.emplace_back(p, heightIn(f, p));
         }
     }
