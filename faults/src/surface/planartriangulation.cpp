@@ -135,6 +135,37 @@ void insertConstraint(Cdt& cdt, Vertex a, Vertex b)
     cdt.insert_constraint(a, b);
 }
 
+// The box of a loop, to spare the even-odd test the points it cannot find inside.
+struct LoopBox {
+    double xmax = 0.0, ymin = 0.0, ymax = 0.0;
+    bool empty = true;  // fewer than three corners: nothing is inside
+
+    static LoopBox of(const std::vector<core::vec2>& positions, const std::vector<int>& loop)
+    {
+        LoopBox box;
+        if (loop.size() < 3) return box;
+        box.empty = false;
+        box.xmax = box.ymax = -HUGE_VAL;
+        box.ymin = HUGE_VAL;
+        for (int i : loop) {
+            box.xmax = std::max(box.xmax, positions[i].x);
+            box.ymin = std::min(box.ymin, positions[i].y);
+            box.ymax = std::max(box.ymax, positions[i].y);
+        }
+        return box;
+    }
+
+    // False only where insideLoop() finds no crossing: on no edge is one end above `p` and
+    // the other not when `p` is below the lowest corner or level with or above the highest,
+    // and every crossing is right of `p` when one is (the margin covers the rounding of the
+    // crossing's abscissa).
+    bool mayHold(const Point& p) const
+    {
+        if (empty || p.y() < ymin || p.y() >= ymax) return false;
+        return p.x() < xmax + 1e-9 * (std::fabs(xmax) + 1.0);
+    }
+};
+
 // Marks the faces inside the union of the loops. Every loop edge is a constraint, so each
 // region of faces joined across unconstrained edges lies wholly inside or outside each
 // loop: one face per region is tested. A region that reaches the convex hull through an
@@ -147,6 +178,9 @@ void markLoopDomain(Cdt& cdt, const std::vector<core::vec2>& positions,
         f->set_in_domain(false);
         f->info().visited = false;
     }
+    std::vector<LoopBox> boxes;
+    boxes.reserve(loops.size());
+    for (const auto& loop : loops) boxes.push_back(LoopBox::of(positions, loop));
     std::vector<Face> region;
     for (auto seed = cdt.finite_faces_begin(); seed != cdt.finite_faces_end(); ++seed) {
         if (seed->info().visited) continue;
@@ -164,11 +198,13 @@ void markLoopDomain(Cdt& cdt, const std::vector<core::vec2>& positions,
                     region.push_back(next);
                 }
             }
-        const Point centre = CGAL::centroid(cdt.triangle(seed));
         bool inside = false;
-        for (const auto& loop : loops)
-            inside = inside || (loop.size() >= 3 && insideLoop(positions, loop, centre));
-        for (const Face f : region) f->set_in_domain(inside && !open);
+        if (!open) {
+            const Point centre = CGAL::centroid(cdt.triangle(seed));
+            for (size_t k = 0; k < loops.size() && !inside; ++k)
+                inside = boxes[k].mayHold(centre) && insideLoop(positions, loops[k], centre);
+        }
+        for (const Face f : region) f->set_in_domain(inside);
     }
 }
 
