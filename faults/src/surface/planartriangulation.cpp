@@ -30,6 +30,7 @@ struct VertexData {
 
 struct FaceData {
     bool visited = false;  // by the domain marking
+    int input = -1;        // index among the input triangles, once they are listed
 };
 
 using VertexBase = CGAL::Triangulation_vertex_base_with_info_2<VertexData, Kernel>;
@@ -244,31 +245,184 @@ void fillCrossingHeights(Cdt& cdt)
     }
 }
 
-// The height at `p` interpolated linearly on the finite face `f`.
-double heightIn(Face f, const Point& p)
+// The height at `p` interpolated linearly on the triangle of corners `a`, `b`, `c` and
+// heights `ha`, `hb`, `hc`.
+double interpolate(const Point& a, const Point& b, const Point& c, double ha, double hb, double hc,
+                   const Point& p)
 {
-    const Point& a = f->vertex(0)->point();
-    const Point& b = f->vertex(1)->point();
-    const Point& c = f->vertex(2)->point();
     const double area = CGAL::to_double(CGAL::area(a, b, c));
-    if (area == 0.0) return f->vertex(0)->info().height;
+    if (area == 0.0) return ha;
     const double wa = CGAL::to_double(CGAL::area(p, b, c)) / area;  // barycentric weights
     const double wb = CGAL::to_double(CGAL::area(a, p, c)) / area;
     const double wc = 1.0 - wa - wb;
-    return wa * f->vertex(0)->info().height + wb * f->vertex(1)->info().height +
-           wc * f->vertex(2)->info().height;
+    return wa * ha + wb * hb + wc * hc;
 }
 
-// The height at `p` interpolated linearly on the face of `base` that holds it.
-double interpolatedHeight(const Cdt& base, const Point& p, Face& hint)
+// The height at `p` interpolated linearly on the finite face `f`.
+double heightIn(Face f, const Point& p)
 {
-    Face f = base.locate(p, hint);
-    if (f == Face()) return 0.0;
-    if (base.is_infinite(f)) f = f->neighbor(f->index(base.infinite_vertex()));
-    if (base.is_infinite(f)) return 0.0;
-    hint = f;
-    return heightIn(f, p);
+    return interpolate(f->vertex(0)->point(), f->vertex(1)->point(), f->vertex(2)->point(),
+                       f->vertex(0)->info().height, f->vertex(1)->info().height,
+                       f->vertex(2)->info().height, p);
 }
+
+// The triangles of a triangulation with their heights and adjacency, kept apart from it
+// while it is refined: the points the refinement adds take their heights from these. A
+// flat list rather than a copy of the triangulation, whose vertices, faces and handle
+// maps cost more to build than the few hundred look-ups they serve.
+class InputSurface {
+public:
+    // Lists the finite faces of `cdt`, whose vertices must all have their heights, in one
+    // pass: a face takes its index when first met, as itself or as a neighbour.
+    explicit InputSurface(Cdt& cdt)
+    {
+        m_triangles.resize(cdt.number_of_faces());
+        int listed = 0;
+        auto indexOf = [&listed](Face f) {
+            int& index = f->info().input;
+            if (index < 0) index = listed++;
+            return index;
+        };
+        for (auto f = cdt.finite_faces_begin(); f != cdt.finite_faces_end(); ++f) {
+            Triangle& t = m_triangles[indexOf(f)];
+            for (int i = 0; i < 3; ++i) {
+                t.corners[i] = f->vertex(i)->point();
+                t.heights[i] = f->vertex(i)->info().height;
+                const Face n = f->neighbor(i);
+                t.neighbours[i] = cdt.is_infinite(n) ? -1 : indexOf(n);
+            }
+        }
+        indexStarts(cdt);
+    }
+
+    // The height at `p` interpolated on the triangle that holds it; beyond the hull, on
+    // the hull triangle the search ends at. 0 without triangles.
+    double heightAt(const Point& p)
+    {
+        const int found = locate(p);
+        if (found < 0) return 0.0;
+        const Triangle& t = m_triangles[found];
+        return interpolate(t.corners[0], t.corners[1], t.corners[2], t.heights[0], t.heights[1],
+                           t.heights[2], p);
+    }
+
+private:
+    struct Triangle {
+        std::array<Point, 3> corners;      // counter-clockwise, as in the triangulation
+        std::array<double, 3> heights;
+        std::array<int, 3> neighbours;     // across the edge facing each corner; -1: hull
+    };
+
+    // A grid over the triangles' box of about one cell per triangle, each cell naming a
+    // triangle whose centroid lies in it: walks start there, a few steps from their end.
+    void indexStarts(const Cdt& cdt)
+    {
+        if (m_triangles.empty()) return;
+        CGAL::Bbox_2 box;
+        for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) box += v->point().bbox();
+        m_origin = Point(box.xmin(), box.ymin());
+        const double width = box.xmax() - box.xmin(), height = box.ymax() - box.ymin();
+        const double cell = std::sqrt(std::max(width * height, 1e-300) / m_triangles.size());
+        if (!(cell > 0.0) || !std::isfinite(cell)) return;
+        m_columns = std::clamp(static_cast<int>(width / cell) + 1, 1, kMaxGridSide);
+        m_rows = std::clamp(static_cast<int>(height / cell) + 1, 1, kMaxGridSide);
+        m_cellWidth = std::max(width / m_columns, 1e-300);
+        m_cellHeight = std::max(height / m_rows, 1e-300);
+        m_starts.assign(static_cast<size_t>(m_columns) * m_rows, -1);
+        for (size_t k = 0; k < m_triangles.size(); ++k) {
+            const Triangle& t = m_triangles[k];
+            const Point centre((t.corners[0].x() + t.corners[1].x() + t.corners[2].x()) / 3.0,
+                               (t.corners[0].y() + t.corners[1].y() + t.corners[2].y()) / 3.0);
+            m_starts[cellOf(centre)] = static_cast<int>(k);
+        }
+        // Cells without a centroid of their own (most, where the triangles are long and
+        // thin) take the nearest named one in their row, or failing that in their column.
+        auto fill = [this](int count, int stride, size_t first) {
+            int last = -1;
+            for (int k = 0; k < count; ++k) {
+                int& start = m_starts[first + static_cast<size_t>(k) * stride];
+                if (start < 0) start = last; else last = start;
+            }
+            last = -1;
+            for (int k = count - 1; k >= 0; --k) {
+                int& start = m_starts[first + static_cast<size_t>(k) * stride];
+                if (start < 0) start = last; else last = start;
+            }
+        };
+        for (int row = 0; row < m_rows; ++row) fill(m_columns, 1, static_cast<size_t>(row) * m_columns);
+        for (int column = 0; column < m_columns; ++column) fill(m_rows, m_columns, column);
+    }
+
+    size_t cellOf(const Point& p) const
+    {
+        const int column = std::clamp(static_cast<int>((p.x() - m_origin.x()) / m_cellWidth), 0, m_columns - 1);
+        const int row = std::clamp(static_cast<int>((p.y() - m_origin.y()) / m_cellHeight), 0, m_rows - 1);
+        return static_cast<size_t>(row) * m_columns + column;
+    }
+
+    // Where `p` lies from the edge of `t` facing corner `i`: RIGHT_TURN beyond it.
+    static CGAL::Orientation side(const Triangle& t, int i, const Point& p)
+    {
+        return CGAL::orientation(t.corners[(i + 1) % 3], t.corners[(i + 2) % 3], p);
+    }
+
+    static double areaOf(const Triangle& t)
+    {
+        return std::fabs(CGAL::to_double(CGAL::area(t.corners[0], t.corners[1], t.corners[2])));
+    }
+
+    // The triangle holding `p`, found by walking from a triangle near it across the edges
+    // `p` lies beyond. The walk never crosses back the edge it came in by and turns the
+    // edge it tests first, so that it cannot circle; should it take too long all the
+    // same, every triangle is tested. A point on an edge goes to the larger of the two
+    // triangles: the interpolation in a sliver is the less accurate.
+    int locate(const Point& p)
+    {
+        if (m_triangles.empty()) return -1;
+        int current = m_last, from = -1;
+        if (!m_starts.empty() && std::isfinite(p.x()) && std::isfinite(p.y())) {
+            const int start = m_starts[cellOf(p)];
+            if (start >= 0) current = start;
+        }
+        const size_t limit = 2 * m_triangles.size() + 8;
+        int first = 0;  // the edge tested first, turning from one step to the next
+        for (size_t step = 0; step < limit; ++step) {
+            const Triangle& t = m_triangles[current];
+            int exit = -1, on = -1;
+            for (int k = 0, i = first; k < 3 && exit < 0; ++k, i = i == 2 ? 0 : i + 1) {
+                if (from >= 0 && t.neighbours[i] == from) continue;  // `p` is on this side
+                const CGAL::Orientation o = side(t, i, p);
+                if (o == CGAL::RIGHT_TURN) exit = i;
+                else if (o == CGAL::COLLINEAR) on = i;
+            }
+            first = first == 2 ? 0 : first + 1;
+            if (exit < 0) {
+                const int other = on < 0 ? -1 : t.neighbours[on];
+                if (other >= 0 && areaOf(m_triangles[other]) > areaOf(t)) current = other;
+                return m_last = current;
+            }
+            if (t.neighbours[exit] < 0) return m_last = current;  // beyond the hull
+            from = current;
+            current = t.neighbours[exit];
+        }
+        for (size_t k = 0; k < m_triangles.size(); ++k) {
+            const Triangle& t = m_triangles[k];
+            if (side(t, 0, p) != CGAL::RIGHT_TURN && side(t, 1, p) != CGAL::RIGHT_TURN &&
+                side(t, 2, p) != CGAL::RIGHT_TURN)
+                return m_last = static_cast<int>(k);
+        }
+        return m_last = current;
+    }
+
+    static constexpr int kMaxGridSide = 1024;
+
+    std::vector<Triangle> m_triangles;
+    int m_last = 0;  // where a walk starts when the grid names no triangle near the point
+    std::vector<int> m_starts;  // per grid cell, row by row; -1: none
+    Point m_origin;
+    double m_cellWidth = 1.0, m_cellHeight = 1.0;
+    int m_columns = 0, m_rows = 0;
+};
 
 double domainArea(const Cdt& cdt)
 {
@@ -340,7 +494,7 @@ void refine(Cdt& cdt, const PlanarInput& in)
     const double expected = kRefinementDensity * area / (kEquilateralArea * bound * bound);
     if (expected > in.maxTriangles)
         bound = std::sqrt(kRefinementDensity * area / (kEquilateralArea * in.maxTriangles));
-    const Cdt base(cdt);  // the triangulation of the input points, for the heights
+    InputSurface base(cdt);  // the triangulation of the input points, for the heights
     Face hint;
     for (const auto& [p, height] : latticeSeeds(cdt, kLatticeSpacing * bound)) {
         const Vertex v = cdt.insert(p, hint);  // row by row: each next to the last
@@ -354,10 +508,9 @@ void refine(Cdt& cdt, const PlanarInput& in)
         } while (++f != done);
     }
     CGAL::refine_Delaunay_mesh_2(cdt, Criteria(PlanarInput::kAngleBound, bound), true);
-    Face baseHint;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) {
         if (v->info().known) continue;
-        v->info().height = interpolatedHeight(base, v->point(), baseHint);
+        v->info().height = base.heightAt(v->point());
         v->info().known = true;
     }
 }
