@@ -517,6 +517,9 @@ void refine(Cdt& cdt, const PlanarInput& in)
 
 void collectMesh(Cdt& cdt, PlanarMesh& mesh)
 {
+    mesh.positions.reserve(cdt.number_of_vertices());
+    mesh.heights.reserve(cdt.number_of_vertices());
+    mesh.triangles.reserve(cdt.number_of_faces());
     for (auto f = cdt.finite_faces_begin(); f != cdt.finite_faces_end(); ++f) {
         if (!f->is_in_domain()) continue;
         std::array<int, 3> triangle{};
