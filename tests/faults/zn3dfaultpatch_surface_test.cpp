@@ -238,6 +238,8 @@ TEST(FaultSurface, SetMeshReplacesTheMeshAndItsAreaWhetherCopiedOrTakenOver)
     };
     const Case cases[] = {
         {"a 10 m square in two triangles", {{0, 0, 0}, {10, 0, 0}, {10, 0, 10}, {0, 0, 10}}, {{0, 1, 2}, {0, 2, 3}}, 100.0},
+        {"a facette naming a missing point, left out of the area", {{0, 0, 0}, {10, 0, 0}, {10, 0, 10}, {0, 0, 10}},
+         {{0, 1, 2}, {0, 2, 7}}, 50.0},
         {"no facettes", {{0, 0, 0}}, {}, -1.0},
     };
     for (const Case& c : cases) {
