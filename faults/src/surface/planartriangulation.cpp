@@ -432,6 +432,16 @@ double domainArea(const Cdt& cdt)
     return area;
 }
 
+// True when `p` lies farther than the square root of `limit` from the line through `a`
+// and `b`, by a margin that covers the rounding of this test: then no rounding lets the
+// distance to the segment ab fall below it either. False when unsure, or a equals b.
+bool fartherFromLine(const Point& a, const Point& b, const Point& p, double limit)
+{
+    const double dx = b.x() - a.x(), dy = b.y() - a.y();
+    const double cross = dx * (p.y() - a.y()) - dy * (p.x() - a.x());  // length of ab x distance
+    return cross * cross > limit * (dx * dx + dy * dy) * (1.0 + 1e-9);
+}
+
 // True when no vertex and no constrained edge lies within `clearance` of `p`, which lies
 // in face `start`: the faces around `p` are visited across the unconstrained edges near it.
 // `faces` is scratch storage of the caller's, reused from one lattice point to the next:
@@ -446,8 +456,10 @@ bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clear
         const Face f = faces[k];
         for (int i = 0; i < 3; ++i) {
             if (CGAL::squared_distance(p, f->vertex(i)->point()) < limit) return false;
-            const Cdt::Segment edge(f->vertex(cdt.cw(i))->point(), f->vertex(cdt.ccw(i))->point());
-            if (CGAL::squared_distance(p, edge) >= limit) continue;
+            const Point& a = f->vertex(cdt.cw(i))->point();
+            const Point& b = f->vertex(cdt.ccw(i))->point();
+            if (fartherFromLine(a, b, p, limit)) continue;  // so from the edge: spares the next
+            if (CGAL::squared_distance(p, Cdt::Segment(a, b)) >= limit) continue;
             if (f->is_constrained(i)) return false;
             const Face next = f->neighbor(i);
             if (!cdt.is_infinite(next) && std::find(faces.begin(), faces.end(), next) == faces.end())
@@ -455,6 +467,31 @@ bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clear
         }
     }
     return true;
+}
+
+// The finite face holding `p` (on an edge or a vertex: one of the faces there), walked to
+// from the finite face `start` across the edges `p` lies beyond, without crossing back the
+// edge just crossed; null when `p` lies beyond the hull. For points next to `start` this
+// costs a fraction of the triangulation's own search, which first walks with inexact
+// tests and then again with exact ones; that search takes over should a walk run long.
+Face walkTo(const Cdt& cdt, Face start, const Point& p)
+{
+    constexpr int kMaxSteps = 256;
+    Face f = start, from;
+    for (int step = 0, first = 0; step < kMaxSteps; ++step, first = first == 2 ? 0 : first + 1) {
+        int exit = -1;
+        for (int k = 0, i = first; k < 3 && exit < 0; ++k, i = i == 2 ? 0 : i + 1)
+            if (f->neighbor(i) != from &&
+                CGAL::orientation(f->vertex(cdt.ccw(i))->point(), f->vertex(cdt.cw(i))->point(), p) ==
+                    CGAL::RIGHT_TURN)
+                exit = i;
+        if (exit < 0) return f;
+        from = f;
+        f = f->neighbor(exit);
+        if (cdt.is_infinite(f)) return Face();
+    }
+    const Face found = cdt.locate(p, start);
+    return found == Face() || cdt.is_infinite(found) ? Face() : found;
 }
 
 // Points of a triangular lattice of side `spacing` that lie in the domain, clear of the
@@ -474,9 +511,15 @@ std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacin
         const double y = box.ymin() + row * rowStep;
         for (double x = box.xmin() + (row % 2) * 0.5 * spacing; x <= box.xmax(); x += spacing) {
             const Point p(x, y);
-            const Face f = cdt.locate(p, hint);
-            if (f == Face() || cdt.is_infinite(f)) continue;
-            hint = f;
+            Face f;
+            if (hint != Face()) {
+                f = walkTo(cdt, hint, p);
+            } else {
+                f = cdt.locate(p);
+                if (f != Face() && cdt.is_infinite(f)) f = Face();
+            }
+            if (f == Face()) continue;
+            hint = f;  // the next point is a lattice side away
             if (f->is_in_domain() && clearOfConstraints(cdt, f, p, kSeedClearance * spacing, nearby))
                 seeds.emplace_back(p, heightIn(f, p));
         }
