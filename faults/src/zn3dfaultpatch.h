@@ -189,6 +189,8 @@ public:
     // Replaces the mesh by `points` and `facettes` (world coordinates) and updates the
     // computed area.
     void setMesh(const core::Array<core::vec3>& points, const core::Array<ZNFacette>& facettes);
+    // The same, taking over the arrays instead of copying them (left empty).
+    void setMesh(core::Array<core::vec3>&& points, core::Array<ZNFacette>&& facettes);
     // Recomputes the picked-point box, then, when meshing is on, the mesh by the
     // gridding method (0 or 1; any other computes nothing). True when a mesh was made.
     bool updateMeshWithPickedPoint();

@@ -2,6 +2,7 @@
 #include "zn3dfaultpatch.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <znmultipolygon.h>
 
@@ -17,19 +18,23 @@ std::vector<Stick> handSticks(const core::Array<core::PointWithBool>& points)
     return collectSticks(points.data(), points.size());
 }
 
-// The points and facettes of a planar mesh taken back to world coordinates.
+// The points and facettes of a planar mesh taken back to world coordinates, written in
+// place once the arrays have their sizes (both left empty when they cannot).
 void toWorld(const PlanarMesh& planar, const PlaneFrame& frame, core::Array<core::vec3>& points,
              core::Array<ZNFacette>& facettes)
 {
-    points.reserve(static_cast<int>(planar.positions.size()));
-    facettes.reserve(static_cast<int>(planar.triangles.size()));
-    for (size_t i = 0; i < planar.positions.size(); ++i)
-        points.add(frame.toWorld(planar.positions[i].x, planar.positions[i].y, planar.heights[i]));
-    for (const auto& t : planar.triangles) {
-        ZNFacette f;
-        for (int k = 0; k < 3; ++k) f.index[k] = static_cast<uint32_t>(t[k]);
-        facettes.add(f);
+    if (!points.resize(static_cast<int>(planar.positions.size())) ||
+        !facettes.resize(static_cast<int>(planar.triangles.size()))) {
+        points.release();
+        facettes.release();
+        return;
     }
+    core::vec3* point = points.data();
+    for (size_t i = 0; i < planar.positions.size(); ++i)
+        point[i] = frame.toWorld(planar.positions[i].x, planar.positions[i].y, planar.heights[i]);
+    ZNFacette* facette = facettes.data();
+    for (size_t i = 0; i < planar.triangles.size(); ++i)
+        for (int k = 0; k < 3; ++k) facette[i].index[k] = static_cast<uint32_t>(planar.triangles[i][k]);
 }
 
 } // namespace
@@ -39,6 +44,14 @@ void ZN3DFaultPatch::setMesh(const core::Array<core::vec3>& points,
 {
     m_points = points;
     m_facettes = facettes;
+    updateComputedArea();
+    geometryLoaded();
+}
+
+void ZN3DFaultPatch::setMesh(core::Array<core::vec3>&& points, core::Array<ZNFacette>&& facettes)
+{
+    m_points = std::move(points);
+    m_facettes = std::move(facettes);
     updateComputedArea();
     geometryLoaded();
 }
@@ -73,7 +86,7 @@ bool ZN3DFaultPatch::getMeshWithPickedPoint()
     core::Array<core::vec3> points;
     core::Array<ZNFacette> facettes;
     toWorld(surface, input.layout.frame, points, facettes);
-    setMesh(points, facettes);
+    setMesh(std::move(points), std::move(facettes));
     return !m_facettes.empty();
 }
 
@@ -89,7 +102,7 @@ bool ZN3DFaultPatch::getMeshWithPickedPointDelaunay()
     core::Array<core::vec3> points;
     core::Array<ZNFacette> facettes;
     toWorld(surface, input.layout.frame, points, facettes);
-    setMesh(points, facettes);
+    setMesh(std::move(points), std::move(facettes));
     return !m_facettes.empty();
 }
 

@@ -227,3 +227,47 @@ TEST(FaultSurface, SmoothingLengthIsOdd)
     const int cases[][2] = {{7, 7}, {8, 9}, {1, 1}, {0, 1}, {-3, 1}, {101, 101}};
     for (const auto& c : cases) EXPECT_EQ(fault::surface::oddFilterLength(c[0]), c[1]) << c[0];
 }
+
+TEST(FaultSurface, SetMeshReplacesTheMeshAndItsAreaWhetherCopiedOrTakenOver)
+{
+    struct Case {
+        const char* name;
+        std::vector<core::vec3> points;
+        std::vector<std::array<uint32_t, 3>> facettes;
+        double area;  // square metres; none without facettes
+    };
+    const Case cases[] = {
+        {"a 10 m square in two triangles", {{0, 0, 0}, {10, 0, 0}, {10, 0, 10}, {0, 0, 10}}, {{0, 1, 2}, {0, 2, 3}}, 100.0},
+        {"a facette naming a missing point, left out of the area", {{0, 0, 0}, {10, 0, 0}, {10, 0, 10}, {0, 0, 10}},
+         {{0, 1, 2}, {0, 2, 7}}, 50.0},
+        {"no facettes", {{0, 0, 0}}, {}, -1.0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        core::Array<core::vec3> points;
+        for (const core::vec3& p : c.points) points.add(p);
+        core::Array<ZNFacette> facettes;
+        for (const auto& t : c.facettes) {
+            ZNFacette f;
+            for (int k = 0; k < 3; ++k) f.index[k] = t[k];
+            facettes.add(f);
+        }
+        ZN3DFaultPatch copied, taken;
+        for (ZN3DFaultPatch* patch : {&copied, &taken}) mesh(*patch, StickGrid().picks(), ZN3DFaultPatch::MinimumEnvelop);
+        copied.setMesh(points, facettes);
+        EXPECT_EQ(points.size(), static_cast<int>(c.points.size()));  // the copy leaves them
+        taken.setMesh(std::move(points), std::move(facettes));
+        EXPECT_TRUE(points.empty() && facettes.empty());
+        for (const ZN3DFaultPatch* patch : {&copied, &taken}) {
+            ASSERT_EQ(patch->getNumberOfPoints(), static_cast<int>(c.points.size()));
+            ASSERT_EQ(patch->getNumberOfFacettes(), static_cast<int>(c.facettes.size()));
+            for (int i = 0; i < patch->getNumberOfPoints(); ++i) EXPECT_EQ(patch->getPoints()[i], c.points[i]);
+            for (int i = 0; i < patch->getNumberOfFacettes(); ++i)
+                for (int k = 0; k < 3; ++k) EXPECT_EQ(patch->getFacettes()[i].index[k], c.facettes[i][k]);
+            if (c.area < 0.0)
+                EXPECT_EQ(patch->getComputedArea(), core::kNoValueReal);
+            else
+                EXPECT_NEAR(patch->getComputedArea() * ZN3DFaultPatch::kAreaScale, c.area, 1e-9);
+        }
+    }
+}

@@ -159,3 +159,95 @@ TEST(PlanarTriangulation, RandomStickSetsAreMeshedWithEveryPointOnTheMesh)
         }
     }
 }
+
+namespace {
+
+double planarMeshArea(const fault::surface::PlanarMesh& mesh)
+{
+    double area = 0.0;
+    for (const auto& t : mesh.triangles) {
+        const core::vec2 a = mesh.positions[t[0]], b = mesh.positions[t[1]], c = mesh.positions[t[2]];
+        area += 0.5 * ((b.x - a.x) * (c.y - a.y) - (c.x - a.x) * (b.y - a.y));
+    }
+    return area;
+}
+
+} // namespace
+
+// Four points of a kite, the far end of its long diagonal raised, and one diagonal kept as
+// a segment: the surface folds along it. The points that subdivide the kite's sides and
+// the diagonal lie on the fold, and so must every point the refinement adds: a height
+// taken from a triangle across the fold, or extrapolated from any other, is off it.
+TEST(PlanarTriangulation, RefinedPointsTakeTheirHeightsFromTheTriangleOfTheInputPointsHoldingThem)
+{
+    struct Case {
+        const char* name;
+        core::vec2 origin;   // of the kite, whose long diagonal runs along the first axis
+        bool swapAxes;       // the kite turned a quarter
+        bool keepLongDiagonal;  // instead of the short one
+        double maxEdgeLength;
+    };
+    const Case cases[] = {
+        {"fold on the short diagonal", {0.0, 0.0}, false, false, 1.0},
+        {"fold on the long diagonal", {0.0, 0.0}, false, true, 0.8},
+        {"turned and far from the origin", {5000.0, -3000.0}, true, false, 0.7},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        auto place = [&c](double u, double v) {
+            return c.swapAxes ? core::vec2(c.origin.x + v, c.origin.y + u) : core::vec2(c.origin.x + u, c.origin.y + v);
+        };
+        fault::surface::PlanarInput input;
+        input.positions = {place(0, 0), place(10, -3), place(20, 0), place(10, 3)};
+        input.heights = {0.0, 0.0, 10.0, 0.0};
+        input.segments = {c.keepLongDiagonal ? std::array<int, 2>{0, 2} : std::array<int, 2>{1, 3}};
+        input.maxEdgeLength = c.maxEdgeLength;
+        // The fold along the short diagonal (u = 10) or along the long one (v = 0).
+        auto expected = [&c](double u, double v) {
+            return c.keepLongDiagonal ? 0.5 * u - 5.0 / 3.0 * std::fabs(v) : std::max(0.0, u - 10.0);
+        };
+        fault::surface::PlanarMesh mesh;
+        ASSERT_TRUE(fault::surface::triangulatePlanar(input, mesh));
+        ASSERT_GT(mesh.positions.size(), 100u);  // refined, well beyond the four corners
+        EXPECT_NEAR(planarMeshArea(mesh), 60.0, 1e-6);
+        const double tolerance = 1e-9 * (1.0 + std::fabs(c.origin.x) + std::fabs(c.origin.y));
+        for (size_t i = 0; i < mesh.positions.size(); ++i) {
+            const core::vec2 p = mesh.positions[i] - c.origin;
+            const double u = c.swapAxes ? p.y : p.x, v = c.swapAxes ? p.x : p.y;
+            ASSERT_NEAR(mesh.heights[i], expected(u, v), tolerance) << "point " << i << " at " << u << ", " << v;
+        }
+    }
+}
+
+// Loops whose boxes overlap, nest or lie side by side: the domain is their union, whatever
+// region of the triangulation falls level with a loop's lowest or highest corner.
+TEST(PlanarTriangulation, DomainIsTheUnionOfTheLoopsInsides)
+{
+    struct Case {
+        const char* name;
+        std::vector<core::vec2> positions;
+        std::vector<std::vector<int>> loops;
+        double area;
+    };
+    const std::vector<Case> cases = {
+        {"squares side by side", {{0, 0}, {4, 0}, {4, 4}, {0, 4}, {6, 0}, {9, 0}, {9, 4}, {6, 4}},
+         {{0, 1, 2, 3}, {4, 5, 6, 7}}, 16.0 + 12.0},
+        {"squares one above the other", {{0, 0}, {4, 0}, {4, 4}, {0, 4}, {0, 6}, {4, 6}, {4, 9}, {0, 9}},
+         {{0, 1, 2, 3}, {4, 5, 6, 7}}, 16.0 + 12.0},
+        {"a square in the notch of a U", {{0, 0}, {9, 0}, {9, 9}, {6, 9}, {6, 3}, {3, 3}, {3, 9}, {0, 9},
+                                          {4, 5}, {5, 5}, {5, 8}, {4, 8}},
+         {{0, 1, 2, 3, 4, 5, 6, 7}, {8, 9, 10, 11}}, 81.0 - 18.0 + 3.0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        fault::surface::PlanarInput input;
+        input.positions = c.positions;
+        input.heights.assign(c.positions.size(), 1.0);
+        input.domainLoops = c.loops;
+        input.maxEdgeLength = 1.5;
+        fault::surface::PlanarMesh mesh;
+        ASSERT_TRUE(fault::surface::triangulatePlanar(input, mesh));
+        EXPECT_FALSE(mesh.convexHullDomain);
+        EXPECT_NEAR(planarMeshArea(mesh), c.area, 1e-9);
+    }
+}

@@ -84,10 +84,15 @@ std::vector<std::vector<int>> chainSegments(const std::vector<std::pair<int, int
 
 double meshArea(const core::Array<core::vec3>& points, const core::Array<ZNFacette>& facettes)
 {
+    // The corners are read in place rather than copied out as corners() does: this runs on
+    // every mesh made.
+    const uint32_t count = static_cast<uint32_t>(points.size());
+    const core::vec3* point = points.data();
     double area = 0.0;
     for (const ZNFacette& f : facettes) {
-        core::vec3 t[3];
-        if (corners(points, f, t)) area += 0.5 * (t[1] - t[0]).cross(t[2] - t[0]).length();
+        if (f.index[0] >= count || f.index[1] >= count || f.index[2] >= count) continue;
+        const core::vec3& a = point[f.index[0]];
+        area += 0.5 * (point[f.index[1]] - a).cross(point[f.index[2]] - a).length();
     }
     return area;
 }

@@ -30,6 +30,7 @@ struct VertexData {
 
 struct FaceData {
     bool visited = false;  // by the domain marking
+    int input = -1;        // index among the input triangles, once they are listed
 };
 
 using VertexBase = CGAL::Triangulation_vertex_base_with_info_2<VertexData, Kernel>;
@@ -118,10 +119,53 @@ bool insideLoop(const std::vector<core::vec2>& positions, const std::vector<int>
     return inside;
 }
 
+// Constrains the segment from `a` to `b`. Most segments are pieces of subdivided sticks
+// whose end points the triangulation already joins: their edge is marked on both sides
+// directly, which is what the general insertion does for them after setting up its work
+// stack, a heap allocation per segment.
 void insertConstraint(Cdt& cdt, Vertex a, Vertex b)
 {
-    if (a != b) cdt.insert_constraint(a, b);
+    if (a == b) return;
+    Face f;
+    int i = 0;
+    if (cdt.dimension() == 2 && cdt.is_edge(a, b, f, i)) {
+        f->set_constraint(i, true);
+        f->neighbor(i)->set_constraint(cdt.mirror_index(f, i), true);
+        return;
+    }
+    cdt.insert_constraint(a, b);
 }
+
+// The box of a loop, to spare the even-odd test the points it cannot find inside.
+struct LoopBox {
+    double xmax = 0.0, ymin = 0.0, ymax = 0.0;
+    bool empty = true;  // fewer than three corners: nothing is inside
+
+    static LoopBox of(const std::vector<core::vec2>& positions, const std::vector<int>& loop)
+    {
+        LoopBox box;
+        if (loop.size() < 3) return box;
+        box.empty = false;
+        box.xmax = box.ymax = -HUGE_VAL;
+        box.ymin = HUGE_VAL;
+        for (int i : loop) {
+            box.xmax = std::max(box.xmax, positions[i].x);
+            box.ymin = std::min(box.ymin, positions[i].y);
+            box.ymax = std::max(box.ymax, positions[i].y);
+        }
+        return box;
+    }
+
+    // False only where insideLoop() finds no crossing: on no edge is one end above `p` and
+    // the other not when `p` is below the lowest corner or level with or above the highest,
+    // and every crossing is right of `p` when one is (the margin covers the rounding of the
+    // crossing's abscissa).
+    bool mayHold(const Point& p) const
+    {
+        if (empty || p.y() < ymin || p.y() >= ymax) return false;
+        return p.x() < xmax + 1e-9 * (std::fabs(xmax) + 1.0);
+    }
+};
 
 // Marks the faces inside the union of the loops. Every loop edge is a constraint, so each
 // region of faces joined across unconstrained edges lies wholly inside or outside each
@@ -135,6 +179,9 @@ void markLoopDomain(Cdt& cdt, const std::vector<core::vec2>& positions,
         f->set_in_domain(false);
         f->info().visited = false;
     }
+    std::vector<LoopBox> boxes;
+    boxes.reserve(loops.size());
+    for (const auto& loop : loops) boxes.push_back(LoopBox::of(positions, loop));
     std::vector<Face> region;
     for (auto seed = cdt.finite_faces_begin(); seed != cdt.finite_faces_end(); ++seed) {
         if (seed->info().visited) continue;
@@ -152,11 +199,13 @@ void markLoopDomain(Cdt& cdt, const std::vector<core::vec2>& positions,
                     region.push_back(next);
                 }
             }
-        const Point centre = CGAL::centroid(cdt.triangle(seed));
         bool inside = false;
-        for (const auto& loop : loops)
-            inside = inside || (loop.size() >= 3 && insideLoop(positions, loop, centre));
-        for (const Face f : region) f->set_in_domain(inside && !open);
+        if (!open) {
+            const Point centre = CGAL::centroid(cdt.triangle(seed));
+            for (size_t k = 0; k < loops.size() && !inside; ++k)
+                inside = boxes[k].mayHold(centre) && insideLoop(positions, loops[k], centre);
+        }
+        for (const Face f : region) f->set_in_domain(inside);
     }
 }
 
@@ -196,31 +245,184 @@ void fillCrossingHeights(Cdt& cdt)
     }
 }
 
-// The height at `p` interpolated linearly on the finite face `f`.
-double heightIn(Face f, const Point& p)
+// The height at `p` interpolated linearly on the triangle of corners `a`, `b`, `c` and
+// heights `ha`, `hb`, `hc`.
+double interpolate(const Point& a, const Point& b, const Point& c, double ha, double hb, double hc,
+                   const Point& p)
 {
-    const Point& a = f->vertex(0)->point();
-    const Point& b = f->vertex(1)->point();
-    const Point& c = f->vertex(2)->point();
     const double area = CGAL::to_double(CGAL::area(a, b, c));
-    if (area == 0.0) return f->vertex(0)->info().height;
+    if (area == 0.0) return ha;
     const double wa = CGAL::to_double(CGAL::area(p, b, c)) / area;  // barycentric weights
     const double wb = CGAL::to_double(CGAL::area(a, p, c)) / area;
     const double wc = 1.0 - wa - wb;
-    return wa * f->vertex(0)->info().height + wb * f->vertex(1)->info().height +
-           wc * f->vertex(2)->info().height;
+    return wa * ha + wb * hb + wc * hc;
 }
 
-// The height at `p` interpolated linearly on the face of `base` that holds it.
-double interpolatedHeight(const Cdt& base, const Point& p, Face& hint)
+// The height at `p` interpolated linearly on the finite face `f`.
+double heightIn(Face f, const Point& p)
 {
-    Face f = base.locate(p, hint);
-    if (f == Face()) return 0.0;
-    if (base.is_infinite(f)) f = f->neighbor(f->index(base.infinite_vertex()));
-    if (base.is_infinite(f)) return 0.0;
-    hint = f;
-    return heightIn(f, p);
+    return interpolate(f->vertex(0)->point(), f->vertex(1)->point(), f->vertex(2)->point(),
+                       f->vertex(0)->info().height, f->vertex(1)->info().height,
+                       f->vertex(2)->info().height, p);
 }
+
+// The triangles of a triangulation with their heights and adjacency, kept apart from it
+// while it is refined: the points the refinement adds take their heights from these. A
+// flat list rather than a copy of the triangulation, whose vertices, faces and handle
+// maps cost more to build than the few hundred look-ups they serve.
+class InputSurface {
+public:
+    // Lists the finite faces of `cdt`, whose vertices must all have their heights, in one
+    // pass: a face takes its index when first met, as itself or as a neighbour.
+    explicit InputSurface(Cdt& cdt)
+    {
+        m_triangles.resize(cdt.number_of_faces());
+        int listed = 0;
+        auto indexOf = [&listed](Face f) {
+            int& index = f->info().input;
+            if (index < 0) index = listed++;
+            return index;
+        };
+        for (auto f = cdt.finite_faces_begin(); f != cdt.finite_faces_end(); ++f) {
+            Triangle& t = m_triangles[indexOf(f)];
+            for (int i = 0; i < 3; ++i) {
+                t.corners[i] = f->vertex(i)->point();
+                t.heights[i] = f->vertex(i)->info().height;
+                const Face n = f->neighbor(i);
+                t.neighbours[i] = cdt.is_infinite(n) ? -1 : indexOf(n);
+            }
+        }
+        indexStarts(cdt);
+    }
+
+    // The height at `p` interpolated on the triangle that holds it; beyond the hull, on
+    // the hull triangle the search ends at. 0 without triangles.
+    double heightAt(const Point& p)
+    {
+        const int found = locate(p);
+        if (found < 0) return 0.0;
+        const Triangle& t = m_triangles[found];
+        return interpolate(t.corners[0], t.corners[1], t.corners[2], t.heights[0], t.heights[1],
+                           t.heights[2], p);
+    }
+
+private:
+    struct Triangle {
+        std::array<Point, 3> corners;      // counter-clockwise, as in the triangulation
+        std::array<double, 3> heights;
+        std::array<int, 3> neighbours;     // across the edge facing each corner; -1: hull
+    };
+
+    // A grid over the triangles' box of about one cell per triangle, each cell naming a
+    // triangle whose centroid lies in it: walks start there, a few steps from their end.
+    void indexStarts(const Cdt& cdt)
+    {
+        if (m_triangles.empty()) return;
+        CGAL::Bbox_2 box;
+        for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) box += v->point().bbox();
+        m_origin = Point(box.xmin(), box.ymin());
+        const double width = box.xmax() - box.xmin(), height = box.ymax() - box.ymin();
+        const double cell = std::sqrt(std::max(width * height, 1e-300) / m_triangles.size());
+        if (!(cell > 0.0) || !std::isfinite(cell)) return;
+        m_columns = std::clamp(static_cast<int>(width / cell) + 1, 1, kMaxGridSide);
+        m_rows = std::clamp(static_cast<int>(height / cell) + 1, 1, kMaxGridSide);
+        m_cellWidth = std::max(width / m_columns, 1e-300);
+        m_cellHeight = std::max(height / m_rows, 1e-300);
+        m_starts.assign(static_cast<size_t>(m_columns) * m_rows, -1);
+        for (size_t k = 0; k < m_triangles.size(); ++k) {
+            const Triangle& t = m_triangles[k];
+            const Point centre((t.corners[0].x() + t.corners[1].x() + t.corners[2].x()) / 3.0,
+                               (t.corners[0].y() + t.corners[1].y() + t.corners[2].y()) / 3.0);
+            m_starts[cellOf(centre)] = static_cast<int>(k);
+        }
+        // Cells without a centroid of their own (most, where the triangles are long and
+        // thin) take the nearest named one in their row, or failing that in their column.
+        auto fill = [this](int count, int stride, size_t first) {
+            int last = -1;
+            for (int k = 0; k < count; ++k) {
+                int& start = m_starts[first + static_cast<size_t>(k) * stride];
+                if (start < 0) start = last; else last = start;
+            }
+            last = -1;
+            for (int k = count - 1; k >= 0; --k) {
+                int& start = m_starts[first + static_cast<size_t>(k) * stride];
+                if (start < 0) start = last; else last = start;
+            }
+        };
+        for (int row = 0; row < m_rows; ++row) fill(m_columns, 1, static_cast<size_t>(row) * m_columns);
+        for (int column = 0; column < m_columns; ++column) fill(m_rows, m_columns, column);
+    }
+
+    size_t cellOf(const Point& p) const
+    {
+        const int column = std::clamp(static_cast<int>((p.x() - m_origin.x()) / m_cellWidth), 0, m_columns - 1);
+        const int row = std::clamp(static_cast<int>((p.y() - m_origin.y()) / m_cellHeight), 0, m_rows - 1);
+        return static_cast<size_t>(row) * m_columns + column;
+    }
+
+    // Where `p` lies from the edge of `t` facing corner `i`: RIGHT_TURN beyond it.
+    static CGAL::Orientation side(const Triangle& t, int i, const Point& p)
+    {
+        return CGAL::orientation(t.corners[(i + 1) % 3], t.corners[(i + 2) % 3], p);
+    }
+
+    static double areaOf(const Triangle& t)
+    {
+        return std::fabs(CGAL::to_double(CGAL::area(t.corners[0], t.corners[1], t.corners[2])));
+    }
+
+    // The triangle holding `p`, found by walking from a triangle near it across the edges
+    // `p` lies beyond. The walk never crosses back the edge it came in by and turns the
+    // edge it tests first, so that it cannot circle; should it take too long all the
+    // same, every triangle is tested. A point on an edge goes to the larger of the two
+    // triangles: the interpolation in a sliver is the less accurate.
+    int locate(const Point& p)
+    {
+        if (m_triangles.empty()) return -1;
+        int current = m_last, from = -1;
+        if (!m_starts.empty() && std::isfinite(p.x()) && std::isfinite(p.y())) {
+            const int start = m_starts[cellOf(p)];
+            if (start >= 0) current = start;
+        }
+        const size_t limit = 2 * m_triangles.size() + 8;
+        int first = 0;  // the edge tested first, turning from one step to the next
+        for (size_t step = 0; step < limit; ++step) {
+            const Triangle& t = m_triangles[current];
+            int exit = -1, on = -1;
+            for (int k = 0, i = first; k < 3 && exit < 0; ++k, i = i == 2 ? 0 : i + 1) {
+                if (from >= 0 && t.neighbours[i] == from) continue;  // `p` is on this side
+                const CGAL::Orientation o = side(t, i, p);
+                if (o == CGAL::RIGHT_TURN) exit = i;
+                else if (o == CGAL::COLLINEAR) on = i;
+            }
+            first = first == 2 ? 0 : first + 1;
+            if (exit < 0) {
+                const int other = on < 0 ? -1 : t.neighbours[on];
+                if (other >= 0 && areaOf(m_triangles[other]) > areaOf(t)) current = other;
+                return m_last = current;
+            }
+            if (t.neighbours[exit] < 0) return m_last = current;  // beyond the hull
+            from = current;
+            current = t.neighbours[exit];
+        }
+        for (size_t k = 0; k < m_triangles.size(); ++k) {
+            const Triangle& t = m_triangles[k];
+            if (side(t, 0, p) != CGAL::RIGHT_TURN && side(t, 1, p) != CGAL::RIGHT_TURN &&
+                side(t, 2, p) != CGAL::RIGHT_TURN)
+                return m_last = static_cast<int>(k);
+        }
+        return m_last = current;
+    }
+
+    static constexpr int kMaxGridSide = 1024;
+
+    std::vector<Triangle> m_triangles;
+    int m_last = 0;  // where a walk starts when the grid names no triangle near the point
+    std::vector<int> m_starts;  // per grid cell, row by row; -1: none
+    Point m_origin;
+    double m_cellWidth = 1.0, m_cellHeight = 1.0;
+    int m_columns = 0, m_rows = 0;
+};
 
 double domainArea(const Cdt& cdt)
 {
@@ -230,19 +432,34 @@ double domainArea(const Cdt& cdt)
     return area;
 }
 
+// True when `p` lies farther than the square root of `limit` from the line through `a`
+// and `b`, by a margin that covers the rounding of this test: then no rounding lets the
+// distance to the segment ab fall below it either. False when unsure, or a equals b.
+bool fartherFromLine(const Point& a, const Point& b, const Point& p, double limit)
+{
+    const double dx = b.x() - a.x(), dy = b.y() - a.y();
+    const double cross = dx * (p.y() - a.y()) - dy * (p.x() - a.x());  // length of ab x distance
+    return cross * cross > limit * (dx * dx + dy * dy) * (1.0 + 1e-9);
+}
+
 // True when no vertex and no constrained edge lies within `clearance` of `p`, which lies
 // in face `start`: the faces around `p` are visited across the unconstrained edges near it.
-bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clearance)
+// `faces` is scratch storage of the caller's, reused from one lattice point to the next:
+// a list of its own per point cost an allocation each.
+bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clearance,
+                        std::vector<Face>& faces)
 {
     const double limit = clearance * clearance;
-    std::vector<Face> faces{start};
+    faces.assign(1, start);
     for (size_t k = 0; k < faces.size(); ++k) {
         if (faces.size() > kSeedSearchFaces) return false;
         const Face f = faces[k];
         for (int i = 0; i < 3; ++i) {
             if (CGAL::squared_distance(p, f->vertex(i)->point()) < limit) return false;
-            const Cdt::Segment edge(f->vertex(cdt.cw(i))->point(), f->vertex(cdt.ccw(i))->point());
-            if (CGAL::squared_distance(p, edge) >= limit) continue;
+            const Point& a = f->vertex(cdt.cw(i))->point();
+            const Point& b = f->vertex(cdt.ccw(i))->point();
+            if (fartherFromLine(a, b, p, limit)) continue;  // so from the edge: spares the next
+            if (CGAL::squared_distance(p, Cdt::Segment(a, b)) >= limit) continue;
             if (f->is_constrained(i)) return false;
             const Face next = f->neighbor(i);
             if (!cdt.is_infinite(next) && std::find(faces.begin(), faces.end(), next) == faces.end())
@@ -250,6 +467,31 @@ bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clear
         }
     }
     return true;
+}
+
+// The finite face holding `p` (on an edge or a vertex: one of the faces there), walked to
+// from the finite face `start` across the edges `p` lies beyond, without crossing back the
+// edge just crossed; null when `p` lies beyond the hull. For points next to `start` this
+// costs a fraction of the triangulation's own search, which first walks with inexact
+// tests and then again with exact ones; that search takes over should a walk run long.
+Face walkTo(const Cdt& cdt, Face start, const Point& p)
+{
+    constexpr int kMaxSteps = 256;
+    Face f = start, from;
+    for (int step = 0, first = 0; step < kMaxSteps; ++step, first = first == 2 ? 0 : first + 1) {
+        int exit = -1;
+        for (int k = 0, i = first; k < 3 && exit < 0; ++k, i = i == 2 ? 0 : i + 1)
+            if (f->neighbor(i) != from &&
+                CGAL::orientation(f->vertex(cdt.ccw(i))->point(), f->vertex(cdt.cw(i))->point(), p) ==
+                    CGAL::RIGHT_TURN)
+                exit = i;
+        if (exit < 0) return f;
+        from = f;
+        f = f->neighbor(exit);
+        if (cdt.is_infinite(f)) return Face();
+    }
+    const Face found = cdt.locate(p, start);
+    return found == Face() || cdt.is_infinite(found) ? Face() : found;
 }
 
 // Points of a triangular lattice of side `spacing` that lie in the domain, clear of the
@@ -263,14 +505,22 @@ std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacin
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) box += v->point().bbox();
     const double rowStep = spacing * kLatticeRowRatio;
     Face hint;
+    std::vector<Face> nearby;
+    nearby.reserve(kSeedSearchFaces + 3);  // the most a search holds before giving up
     for (int row = 0; box.ymin() + row * rowStep <= box.ymax(); ++row) {
         const double y = box.ymin() + row * rowStep;
         for (double x = box.xmin() + (row % 2) * 0.5 * spacing; x <= box.xmax(); x += spacing) {
             const Point p(x, y);
-            const Face f = cdt.locate(p, hint);
-            if (f == Face() || cdt.is_infinite(f)) continue;
-            hint = f;
-            if (f->is_in_domain() && clearOfConstraints(cdt, f, p, kSeedClearance * spacing))
+            Face f;
+            if (hint != Face()) {
+                f = walkTo(cdt, hint, p);
+            } else {
+                f = cdt.locate(p);
+                if (f != Face() && cdt.is_infinite(f)) f = Face();
+            }
+            if (f == Face()) continue;
+            hint = f;  // the next point is a lattice side away
+            if (f->is_in_domain() && clearOfConstraints(cdt, f, p, kSeedClearance * spacing, nearby))
                 seeds.emplace_back(p, heightIn(f, p));
         }
     }
@@ -287,7 +537,7 @@ void refine(Cdt& cdt, const PlanarInput& in)
     const double expected = kRefinementDensity * area / (kEquilateralArea * bound * bound);
     if (expected > in.maxTriangles)
         bound = std::sqrt(kRefinementDensity * area / (kEquilateralArea * in.maxTriangles));
-    const Cdt base(cdt);  // the triangulation of the input points, for the heights
+    InputSurface base(cdt);  // the triangulation of the input points, for the heights
     Face hint;
     for (const auto& [p, height] : latticeSeeds(cdt, kLatticeSpacing * bound)) {
         const Vertex v = cdt.insert(p, hint);  // row by row: each next to the last
@@ -301,16 +551,18 @@ void refine(Cdt& cdt, const PlanarInput& in)
         } while (++f != done);
     }
     CGAL::refine_Delaunay_mesh_2(cdt, Criteria(PlanarInput::kAngleBound, bound), true);
-    Face baseHint;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) {
         if (v->info().known) continue;
-        v->info().height = interpolatedHeight(base, v->point(), baseHint);
+        v->info().height = base.heightAt(v->point());
         v->info().known = true;
     }
 }
 
 void collectMesh(Cdt& cdt, PlanarMesh& mesh)
 {
+    mesh.positions.reserve(cdt.number_of_vertices());
+    mesh.heights.reserve(cdt.number_of_vertices());
+    mesh.triangles.reserve(cdt.number_of_faces());
     for (auto f = cdt.finite_faces_begin(); f != cdt.finite_faces_end(); ++f) {
         if (!f->is_in_domain()) continue;
         std::array<int, 3> triangle{};

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <utility>
 
 namespace fault::surface {
@@ -43,18 +44,29 @@ bool properCrossing(const core::vec2& p, const core::vec2& q, const core::vec2& 
 }
 
 
-// Every segment and loop edge once.
+// Every segment and loop edge once, in the order of their ends. The edges are sorted as
+// single integers, the smaller end in the high half: the same order as the pairs' (point
+// indices are never negative), at less cost per comparison.
 std::vector<Edge> constraintEdges(const PlanarInput& input)
 {
-    std::vector<Edge> edges;
+    auto key = [](int a, int b) {
+        const Edge e = undirected(a, b);
+        return static_cast<uint64_t>(static_cast<uint32_t>(e.first)) << 32 | static_cast<uint32_t>(e.second);
+    };
+    std::vector<uint64_t> keys;
+    size_t count = input.segments.size();
+    for (const auto& loop : input.domainLoops) count += loop.size();
+    keys.reserve(count);
     for (const auto& s : input.segments)
-        if (s[0] != s[1]) edges.push_back(undirected(s[0], s[1]));
+        if (s[0] != s[1]) keys.push_back(key(s[0], s[1]));
     for (const auto& loop : input.domainLoops)
         for (size_t k = 0; loop.size() >= 2 && k < loop.size(); ++k)
-            if (loop[k] != loop[(k + 1) % loop.size()])
-                edges.push_back(undirected(loop[k], loop[(k + 1) % loop.size()]));
-    std::sort(edges.begin(), edges.end());
-    edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+            if (loop[k] != loop[(k + 1) % loop.size()]) keys.push_back(key(loop[k], loop[(k + 1) % loop.size()]));
+    std::sort(keys.begin(), keys.end());
+    keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
+    std::vector<Edge> edges;
+    edges.reserve(keys.size());
+    for (const uint64_t k : keys) edges.emplace_back(static_cast<int>(k >> 32), static_cast<int>(k & 0xffffffffu));
     return edges;
 }
 
