@@ -213,7 +213,9 @@ TEST(FaultPatchEdits, EachEditStoresItsValuePostsItsActionAndReturnsItsCode)
         EXPECT_EQ(code, c.code) << c.id << " " << c.baseStyle;
         EXPECT_EQ(process.actionNames(), c.action.isEmpty() ? QStringList() : QStringList{c.action})
             << c.id << " " << c.baseStyle;
-        if (c.code != 0 && process.actions.size() == 1) EXPECT_EQ(process.actions[0].second, &patch);
+        if (c.code != 0 && process.actions.size() == 1) {
+            EXPECT_EQ(process.actions[0].second, &patch);
+        }
     }
 }
 
