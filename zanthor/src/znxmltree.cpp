@@ -21,14 +21,10 @@ void ZNXmlTree::addAttribute(int node, Name name, Value value)
     Attribute a;
     a.name = store(name);
     a.value = store(value);
-    const int index = static_cast<int>(m_attributes.size());
     m_attributes.push_back(a);
     Node& n = m_nodes[node];
-    if (n.lastAttribute >= 0)
-        m_attributes[n.lastAttribute].next = index;
-    else
-        n.firstAttribute = index;
-    n.lastAttribute = index;
+    appendToList(n.firstAttribute, n.lastAttribute, static_cast<int>(m_attributes.size()) - 1,
+                 [this](int k) -> int& { return m_attributes[k].next; });
 }
 
 // ----- building -----
@@ -527,11 +523,7 @@ int ZNXmlTree::nextElement(int node, const QString& tag) const
 void ZNXmlTree::link(int parent, int child)
 {
     Node& p = m_nodes[parent];
-    if (p.lastChild >= 0)
-        m_nodes[p.lastChild].next = child;
-    else
-        p.firstChild = child;
-    p.lastChild = child;
+    appendToList(p.firstChild, p.lastChild, child, [this](int k) -> int& { return m_nodes[k].next; });
     m_nodes[child].parent = parent;
 }
 

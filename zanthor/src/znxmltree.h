@@ -131,6 +131,17 @@ private:
     }
     int nextElement(int node, const QString& tag) const;
     void link(int parent, int child);
+    // Appends entry `index` to the singly linked list that runs from `first` to `last`
+    // (-1 when empty); `next(k)` is entry k's link.
+    template <class Next>
+    static void appendToList(int& first, int& last, int index, Next next)
+    {
+        if (last >= 0)
+            next(last) = index;
+        else
+            first = index;
+        last = index;
+    }
     void clear();
     void print(int node, int depth, ZNXmlPrinter& out) const;
     bool scan(const QByteArray& text);      // the fast path
