@@ -96,9 +96,9 @@ public:
     // Reads the header as readHeader does, into a flat tree; false in the same cases (the
     // tree is then undefined, the other fields untouched).
     static bool readHeader(ZNByteSource& file, TreeHeader& header);
-    // The bytes of the XML header document and the data offset, read without parsing,
-    // for readers that parse a long header as a stream. False (`text` empty) in the cases
-    // where readHeader fails before parsing.
+    // The bytes of the XML header document and the data offset, read without parsing
+    // (what the readers above parse). False (`text` empty) in the cases where readHeader
+    // fails before parsing.
     static bool readHeaderText(ZNByteSource& file, QByteArray& text, qint64& dataOffset);
     // The object type of the file at `path`; empty when readHeader fails.
     static QString readObjectType(const QString& path);
