@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 #include <CGAL/Constrained_Delaunay_triangulation_2.h>
 #include <CGAL/Delaunay_mesh_face_base_2.h>
@@ -40,7 +41,34 @@ using FaceBase = CGAL::Delaunay_mesh_face_base_2<
                             Kernel, CGAL::Triangulation_face_base_with_info_2<FaceData, Kernel>>>>;
 using Tds = CGAL::Triangulation_data_structure_2<VertexBase, FaceBase>;
 // Exact predicates with inexact constructions: segments may cross.
-using Cdt = CGAL::Constrained_Delaunay_triangulation_2<Kernel, Tds, CGAL::Exact_predicates_tag>;
+using CdtBase = CGAL::Constrained_Delaunay_triangulation_2<Kernel, Tds, CGAL::Exact_predicates_tag>;
+
+// The constrained triangulation as the mesher sees it: one that lists its constrained
+// edges. Without such a list the mesher's set-up circulates around every vertex to find
+// them, and most vertices are lattice seeds far from any; with it, the set-up visits the
+// ends of the listed edges only, and queues the same edges in the same order (the list
+// follows the triangulation's edge order). The list is read when the mesher is set up
+// and must be made just before; the splits the mesher reports later need no record.
+class Cdt : public CdtBase {
+public:
+    using Constraint_hierarchy_tag = CGAL::Tag_true;
+    using Subconstraint = std::pair<std::pair<Vertex_handle, Vertex_handle>, int>;
+    using Subconstraint_iterator = std::vector<Subconstraint>::const_iterator;
+
+    void listConstrainedEdges()
+    {
+        m_constrained.clear();
+        for (auto e = finite_edges_begin(); e != finite_edges_end(); ++e)
+            if (e->first->is_constrained(e->second))
+                m_constrained.push_back({{e->first->vertex(cw(e->second)), e->first->vertex(ccw(e->second))}, 0});
+    }
+    Subconstraint_iterator subconstraints_begin() const { return m_constrained.begin(); }
+    Subconstraint_iterator subconstraints_end() const { return m_constrained.end(); }
+    void split_constraint(Vertex_handle, Vertex_handle, Vertex_handle) {}
+
+private:
+    std::vector<Subconstraint> m_constrained;
+};
 using Criteria = CGAL::Delaunay_mesh_size_criteria_2<Cdt>;
 using Point = Cdt::Point;
 using Vertex = Cdt::Vertex_handle;
@@ -63,7 +91,6 @@ constexpr double kOnEdgeTolerance = 1e-9;
 constexpr double kLatticeSpacing = 0.85;
 constexpr double kLatticeRowRatio = 0.86602540378443865;  // sqrt(3) / 2: equilateral
 constexpr double kSeedClearance = 0.25;
-constexpr size_t kSeedSearchFaces = 64;  // beyond this, a seed is dropped
 
 // Largest coordinate magnitude of the positions.
 double extentOf(const std::vector<core::vec2>& positions)
@@ -432,43 +459,6 @@ double domainArea(const Cdt& cdt)
     return area;
 }
 
-// True when `p` lies farther than the square root of `limit` from the line through `a`
-// and `b`, by a margin that covers the rounding of this test: then no rounding lets the
-// distance to the segment ab fall below it either. False when unsure, or a equals b.
-bool fartherFromLine(const Point& a, const Point& b, const Point& p, double limit)
-{
-    const double dx = b.x() - a.x(), dy = b.y() - a.y();
-    const double cross = dx * (p.y() - a.y()) - dy * (p.x() - a.x());  // length of ab x distance
-    return cross * cross > limit * (dx * dx + dy * dy) * (1.0 + 1e-9);
-}
-
-// True when no vertex and no constrained edge lies within `clearance` of `p`, which lies
-// in face `start`: the faces around `p` are visited across the unconstrained edges near it.
-// `faces` is scratch storage of the caller's, reused from one lattice point to the next:
-// a list of its own per point cost an allocation each.
-bool clearOfConstraints(const Cdt& cdt, Face start, const Point& p, double clearance,
-                        std::vector<Face>& faces)
-{
-    const double limit = clearance * clearance;
-    faces.assign(1, start);
-    for (size_t k = 0; k < faces.size(); ++k) {
-        if (faces.size() > kSeedSearchFaces) return false;
-        const Face f = faces[k];
-        for (int i = 0; i < 3; ++i) {
-            if (CGAL::squared_distance(p, f->vertex(i)->point()) < limit) return false;
-            const Point& a = f->vertex(cdt.cw(i))->point();
-            const Point& b = f->vertex(cdt.ccw(i))->point();
-            if (fartherFromLine(a, b, p, limit)) continue;  // so from the edge: spares the next
-            if (CGAL::squared_distance(p, Cdt::Segment(a, b)) >= limit) continue;
-            if (f->is_constrained(i)) return false;
-            const Face next = f->neighbor(i);
-            if (!cdt.is_infinite(next) && std::find(faces.begin(), faces.end(), next) == faces.end())
-                faces.push_back(next);
-        }
-    }
-    return true;
-}
-
 // The finite face holding `p` (on an edge or a vertex: one of the faces there), walked to
 // from the finite face `start` across the edges `p` lies beyond, without crossing back the
 // edge just crossed; null when `p` lies beyond the hull. For points next to `start` this
@@ -494,23 +484,121 @@ Face walkTo(const Cdt& cdt, Face start, const Point& p)
     return found == Face() || cdt.is_infinite(found) ? Face() : found;
 }
 
+// The points of a triangular lattice of side `spacing` over a box, row by row: rows
+// sqrt(3)/2 sides apart, every other one shifted by half a side. Points near given
+// segments can be blocked; the blocked ones are kept as a sorted list of their keys, a
+// few per segment, rather than as a flag per point of the box, which a thin slanted
+// domain would make much larger than the mesh.
+class SeedLattice {
+public:
+    SeedLattice(const CGAL::Bbox_2& box, double spacing)
+        : m_box(box), m_spacing(spacing), m_rowStep(spacing * kLatticeRowRatio) {}
+
+    bool rowInBox(long row) const { return y(row) <= m_box.ymax(); }
+    bool inBox(long row, long column) const { return x(row, column) <= m_box.xmax(); }
+    Point at(long row, long column) const { return Point(x(row, column), y(row)); }
+
+    // Blocks the points closer than the square root of `limit` to the segment ab (to the
+    // point a when b equals it).
+    void blockNear(const Point& a, const Point& b, double limit)
+    {
+        const double clearance = std::sqrt(limit);
+        const long firstRow = std::max(0L, static_cast<long>(std::floor(
+                                                (std::min(a.y(), b.y()) - clearance - m_box.ymin()) / m_rowStep)));
+        const long lastRow = static_cast<long>(std::ceil((std::max(a.y(), b.y()) + clearance - m_box.ymin()) / m_rowStep));
+        for (long row = firstRow; row <= lastRow && rowInBox(row); ++row) {
+            double low = 0.0, high = 0.0;
+            if (!abscissaeInBand(a, b, y(row) - clearance, y(row) + clearance, low, high)) continue;
+            const double start = x(row, 0);
+            // One column of margin each side for the rounding of these bounds.
+            const long first = std::max(0L, static_cast<long>(std::floor((low - clearance - start) / m_spacing)) - 1);
+            const long last = static_cast<long>(std::ceil((high + clearance - start) / m_spacing)) + 1;
+            for (long column = first; column <= last && inBox(row, column); ++column) {
+                const Point p = at(row, column);
+                const double distance = a == b ? CGAL::squared_distance(p, a)
+                                               : CGAL::squared_distance(p, Cdt::Segment(a, b));
+                if (distance < limit) m_blocked.push_back(key(row, column));
+            }
+        }
+    }
+
+    // To be called once every block is in, before isBlocked().
+    void sortBlocked()
+    {
+        std::sort(m_blocked.begin(), m_blocked.end());
+        m_blocked.erase(std::unique(m_blocked.begin(), m_blocked.end()), m_blocked.end());
+        m_next = 0;
+    }
+
+    // Whether the point is blocked, for points asked in row then column order only: the
+    // answer comes from a cursor into the sorted keys.
+    bool isBlocked(long row, long column)
+    {
+        const uint64_t k = key(row, column);
+        while (m_next < m_blocked.size() && m_blocked[m_next] < k) ++m_next;
+        return m_next < m_blocked.size() && m_blocked[m_next] == k;
+    }
+
+private:
+    double y(long row) const { return m_box.ymin() + row * m_rowStep; }
+    double x(long row, long column) const
+    {
+        return m_box.xmin() + (row % 2) * 0.5 * m_spacing + column * m_spacing;
+    }
+    static uint64_t key(long row, long column)
+    {
+        return static_cast<uint64_t>(row) << 32 | static_cast<uint32_t>(column);
+    }
+
+    // The abscissae of the part of ab with ordinates in [low, high]: false when none.
+    static bool abscissaeInBand(const Point& a, const Point& b, double low, double high, double& xLow,
+                                double& xHigh)
+    {
+        double t0 = 0.0, t1 = 1.0;  // along ab
+        const double dy = b.y() - a.y();
+        if (dy == 0.0) {
+            if (a.y() < low || a.y() > high) return false;
+        } else {
+            t0 = (low - a.y()) / dy;
+            t1 = (high - a.y()) / dy;
+            if (t0 > t1) std::swap(t0, t1);
+            t0 = std::max(t0, 0.0);
+            t1 = std::min(t1, 1.0);
+            if (t0 > t1) return false;
+        }
+        const double x0 = a.x() + t0 * (b.x() - a.x()), x1 = a.x() + t1 * (b.x() - a.x());
+        xLow = std::min(x0, x1);
+        xHigh = std::max(x0, x1);
+        return true;
+    }
+
+    CGAL::Bbox_2 m_box;
+    double m_spacing, m_rowStep;
+    std::vector<uint64_t> m_blocked;  // keys: row in the high half, column in the low
+    size_t m_next = 0;
+};
+
 // Points of a triangular lattice of side `spacing` that lie in the domain, clear of the
 // vertices and constraints, with their heights: they give the refinement most of its
 // points at once, in an even pattern, so that it only has to finish the mesh near the
-// constraints.
+// constraints. The constrained edges must be listed.
 std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacing)
 {
     std::vector<std::pair<Point, double>> seeds;
     CGAL::Bbox_2 box;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) box += v->point().bbox();
-    const double rowStep = spacing * kLatticeRowRatio;
+    SeedLattice lattice(box, spacing);
+    const double limit = kSeedClearance * spacing * kSeedClearance * spacing;
+    for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v)
+        lattice.blockNear(v->point(), v->point(), limit);
+    for (auto e = cdt.subconstraints_begin(); e != cdt.subconstraints_end(); ++e)
+        lattice.blockNear(e->first.first->point(), e->first.second->point(), limit);
+    lattice.sortBlocked();
     Face hint;
-    std::vector<Face> nearby;
-    nearby.reserve(kSeedSearchFaces + 3);  // the most a search holds before giving up
-    for (int row = 0; box.ymin() + row * rowStep <= box.ymax(); ++row) {
-        const double y = box.ymin() + row * rowStep;
-        for (double x = box.xmin() + (row % 2) * 0.5 * spacing; x <= box.xmax(); x += spacing) {
-            const Point p(x, y);
+    for (long row = 0; lattice.rowInBox(row); ++row)
+        for (long column = 0; lattice.inBox(row, column); ++column) {
+            if (lattice.isBlocked(row, column)) continue;
+            const Point p = lattice.at(row, column);
             Face f;
             if (hint != Face()) {
                 f = walkTo(cdt, hint, p);
@@ -520,10 +608,8 @@ std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacin
             }
             if (f == Face()) continue;
             hint = f;  // the next point is a lattice side away
-            if (f->is_in_domain() && clearOfConstraints(cdt, f, p, kSeedClearance * spacing, nearby))
-                seeds.emplace_back(p, heightIn(f, p));
+            if (f->is_in_domain()) seeds.emplace_back(p, heightIn(f, p));
         }
-    }
     return seeds;
 }
 
@@ -537,6 +623,7 @@ void refine(Cdt& cdt, const PlanarInput& in)
     const double expected = kRefinementDensity * area / (kEquilateralArea * bound * bound);
     if (expected > in.maxTriangles)
         bound = std::sqrt(kRefinementDensity * area / (kEquilateralArea * in.maxTriangles));
+    cdt.listConstrainedEdges();  // the seeds keep clear of them: cheaper listed now
     InputSurface base(cdt);  // the triangulation of the input points, for the heights
     Face hint;
     for (const auto& [p, height] : latticeSeeds(cdt, kLatticeSpacing * bound)) {
