@@ -27,6 +27,7 @@ struct VertexData {
     double height = 0.0;
     bool known = false;  // false for points the triangulation added
     int index = -1;      // in the output, once used
+    bool constrained = false;  // an end of a constrained edge, once these are listed
 };
 
 struct FaceData {
@@ -59,8 +60,11 @@ public:
     {
         m_constrained.clear();
         for (auto e = finite_edges_begin(); e != finite_edges_end(); ++e)
-            if (e->first->is_constrained(e->second))
-                m_constrained.push_back({{e->first->vertex(cw(e->second)), e->first->vertex(ccw(e->second))}, 0});
+            if (e->first->is_constrained(e->second)) {
+                const Vertex_handle a = e->first->vertex(cw(e->second)), b = e->first->vertex(ccw(e->second));
+                a->info().constrained = b->info().constrained = true;
+                m_constrained.push_back({{a, b}, 0});
+            }
     }
     Subconstraint_iterator subconstraints_begin() const { return m_constrained.begin(); }
     Subconstraint_iterator subconstraints_end() const { return m_constrained.end(); }
@@ -513,12 +517,9 @@ public:
             // One column of margin each side for the rounding of these bounds.
             const long first = std::max(0L, static_cast<long>(std::floor((low - clearance - start) / m_spacing)) - 1);
             const long last = static_cast<long>(std::ceil((high + clearance - start) / m_spacing)) + 1;
-            for (long column = first; column <= last && inBox(row, column); ++column) {
-                const Point p = at(row, column);
-                const double distance = a == b ? CGAL::squared_distance(p, a)
-                                               : CGAL::squared_distance(p, Cdt::Segment(a, b));
-                if (distance < limit) m_blocked.push_back(key(row, column));
-            }
+            for (long column = first; column <= last && inBox(row, column); ++column)
+                if (squaredDistanceToSegment(at(row, column), a, b) < limit)
+                    m_blocked.push_back(key(row, column));
         }
     }
 
@@ -548,6 +549,18 @@ private:
     static uint64_t key(long row, long column)
     {
         return static_cast<uint64_t>(row) << 32 | static_cast<uint32_t>(column);
+    }
+
+    // The square of the distance from `p` to the segment ab, or to a when b equals it. A
+    // rounded figure serves: the clearance is a choice, not a bound anything relies on.
+    static double squaredDistanceToSegment(const Point& p, const Point& a, const Point& b)
+    {
+        const double dx = b.x() - a.x(), dy = b.y() - a.y();
+        const double px = p.x() - a.x(), py = p.y() - a.y();
+        const double length2 = dx * dx + dy * dy;
+        const double t = length2 > 0.0 ? std::clamp((px * dx + py * dy) / length2, 0.0, 1.0) : 0.0;
+        const double ex = px - t * dx, ey = py - t * dy;
+        return ex * ex + ey * ey;
     }
 
     // The abscissae of the part of ab with ordinates in [low, high]: false when none.
@@ -590,7 +603,7 @@ std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacin
     SeedLattice lattice(box, spacing);
     const double limit = kSeedClearance * spacing * kSeedClearance * spacing;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v)
-        lattice.blockNear(v->point(), v->point(), limit);
+        if (!v->info().constrained) lattice.blockNear(v->point(), v->point(), limit);  // else below
     for (auto e = cdt.subconstraints_begin(); e != cdt.subconstraints_end(); ++e)
         lattice.blockNear(e->first.first->point(), e->first.second->point(), limit);
     lattice.sortBlocked();

@@ -70,39 +70,12 @@ std::vector<Edge> constraintEdges(const PlanarInput& input)
     return edges;
 }
 
-// Rewrites the segments and loops of `input` through the points that split `edges`:
-// `splits[i]` holds (parameter along edges[i] from its first point, point index).
-void rewriteThroughSplits(PlanarInput& input, const std::vector<Edge>& edges,
-                          std::vector<std::vector<std::pair<double, int>>>& splits)
+// Rewrites the segments and loops of `input` through the points that split their edges:
+// `walk(from, to, out)` appends to `out` the points after `from` on the way to `to`,
+// ending with `to`.
+template <typename Walk>
+void rewriteThrough(PlanarInput& input, const Walk& walk)
 {
-    // The split edges, their split points in order and without repeats, the edges ordered
-    // by their ends for lookups.
-    std::vector<int> byEnds;
-    for (size_t i = 0; i < edges.size(); ++i) {
-        auto& split = splits[i];
-        if (split.empty()) continue;
-        std::sort(split.begin(), split.end());
-        split.erase(std::unique(split.begin(), split.end(),
-                                [](const auto& a, const auto& b) { return a.second == b.second; }),
-                    split.end());
-        byEnds.push_back(static_cast<int>(i));
-    }
-    if (byEnds.empty()) return;
-    std::sort(byEnds.begin(), byEnds.end(), [&](int a, int b) { return edges[a] < edges[b]; });
-    // Appends to `out` the points after `from` on the way to `to`, through the splits.
-    auto walk = [&](int from, int to, std::vector<int>& out) {
-        const Edge key = undirected(from, to);
-        const auto found = std::lower_bound(byEnds.begin(), byEnds.end(), key,
-                                            [&](int i, const Edge& e) { return edges[i] < e; });
-        if (found != byEnds.end() && edges[*found] == key) {
-            const auto& split = splits[*found];  // ordered from the edge's smaller end
-            if (from == key.first)
-                for (auto it = split.begin(); it != split.end(); ++it) out.push_back(it->second);
-            else
-                for (auto it = split.rbegin(); it != split.rend(); ++it) out.push_back(it->second);
-        }
-        out.push_back(to);
-    };
     std::vector<std::array<int, 2>> segments;
     segments.reserve(input.segments.size());
     std::vector<int> path;
@@ -123,21 +96,71 @@ void rewriteThroughSplits(PlanarInput& input, const std::vector<Edge>& edges,
     }
 }
 
+// Rewrites the segments and loops of `input` through the points that split `edges`:
+// `splits[i]` holds (parameter along edges[i] from its first point, point index).
+void rewriteThroughSplits(PlanarInput& input, const std::vector<Edge>& edges,
+                          std::vector<std::vector<std::pair<double, int>>>& splits)
+{
+    // The split edges, their split points in order and without repeats, the edges ordered
+    // by their ends for lookups.
+    std::vector<int> byEnds;
+    for (size_t i = 0; i < edges.size(); ++i) {
+        auto& split = splits[i];
+        if (split.empty()) continue;
+        std::sort(split.begin(), split.end());
+        split.erase(std::unique(split.begin(), split.end(),
+                                [](const auto& a, const auto& b) { return a.second == b.second; }),
+                    split.end());
+        byEnds.push_back(static_cast<int>(i));
+    }
+    if (byEnds.empty()) return;
+    std::sort(byEnds.begin(), byEnds.end(), [&](int a, int b) { return edges[a] < edges[b]; });
+    rewriteThrough(input, [&](int from, int to, std::vector<int>& out) {
+        const Edge key = undirected(from, to);
+        const auto found = std::lower_bound(byEnds.begin(), byEnds.end(), key,
+                                            [&](int i, const Edge& e) { return edges[i] < e; });
+        if (found != byEnds.end() && edges[*found] == key) {
+            const auto& split = splits[*found];  // ordered from the edge's smaller end
+            if (from == key.first)
+                for (auto it = split.begin(); it != split.end(); ++it) out.push_back(it->second);
+            else
+                for (auto it = split.rbegin(); it != split.rend(); ++it) out.push_back(it->second);
+        }
+        out.push_back(to);
+    });
+}
+
 } // namespace
 
 void splitConstraints(PlanarInput& input, double tolerance)
 {
     std::vector<Edge> edges = constraintEdges(input);
 
+    // The edges' boxes, the edges sorted by their boxes' left sides.
+    struct Box {
+        double xLow, xHigh, yLow, yHigh;
+    };
     const auto& pos = input.positions;
-    auto low = [&](const Edge& e) { return std::min(pos[e.first].x, pos[e.second].x); };
-    auto high = [&](const Edge& e) { return std::max(pos[e.first].x, pos[e.second].x); };
-    std::sort(edges.begin(), edges.end(), [&](const Edge& a, const Edge& b) { return low(a) < low(b); });
+    auto boxOf = [&pos](const Edge& e) {
+        const core::vec2 &a = pos[e.first], &b = pos[e.second];
+        return Box{std::min(a.x, b.x), std::max(a.x, b.x), std::min(a.y, b.y), std::max(a.y, b.y)};
+    };
+    std::vector<std::pair<double, Edge>> byLeft;
+    byLeft.reserve(edges.size());
+    for (const Edge& e : edges) byLeft.emplace_back(boxOf(e).xLow, e);
+    std::sort(byLeft.begin(), byLeft.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<Box> boxes;
+    boxes.reserve(edges.size());
+    for (size_t i = 0; i < edges.size(); ++i) {
+        edges[i] = byLeft[i].second;
+        boxes.push_back(boxOf(edges[i]));
+    }
 
     const int inputPoints = static_cast<int>(pos.size());  // before crossing points are added
     std::vector<std::vector<std::pair<double, int>>> splits(edges.size());  // (parameter, point)
     for (size_t i = 0; i < edges.size(); ++i)
-        for (size_t j = i + 1; j < edges.size() && low(edges[j]) <= high(edges[i]); ++j) {
+        for (size_t j = i + 1; j < edges.size() && boxes[j].xLow <= boxes[i].xHigh; ++j) {
+            if (boxes[j].yLow > boxes[i].yHigh || boxes[j].yHigh < boxes[i].yLow) continue;
             const Edge& a = edges[i];
             const Edge& b = edges[j];
             if (a.first == b.first || a.first == b.second || a.second == b.first || a.second == b.second)
@@ -160,9 +183,11 @@ void splitConstraints(PlanarInput& input, double tolerance)
     std::sort(byX.begin(), byX.end(), [&](int a, int b) { return pos[a].x < pos[b].x; });
     for (size_t i = 0; i < edges.size(); ++i) {
         const Edge& e = edges[i];
-        auto first = std::lower_bound(byX.begin(), byX.end(), low(e) - tolerance,
+        const Box& box = boxes[i];
+        auto first = std::lower_bound(byX.begin(), byX.end(), box.xLow - tolerance,
                                       [&](int k, double x) { return pos[k].x < x; });
-        for (auto it = first; it != byX.end() && pos[*it].x <= high(e) + tolerance; ++it) {
+        for (auto it = first; it != byX.end() && pos[*it].x <= box.xHigh + tolerance; ++it) {
+            if (pos[*it].y < box.yLow - tolerance || pos[*it].y > box.yHigh + tolerance) continue;
             if (*it == e.first || *it == e.second) continue;
             const double t = nearInside(pos[e.first], pos[e.second], pos[*it], tolerance);
             if (t > 0.0) splits[i].emplace_back(t, *it);
@@ -175,19 +200,35 @@ void splitConstraints(PlanarInput& input, double tolerance)
 void subdivideConstraints(PlanarInput& input, double maxLength)
 {
     if (!(maxLength > 0.0)) return;
-    const std::vector<Edge> edges = constraintEdges(input);
-    std::vector<std::vector<std::pair<double, int>>> splits(edges.size());
+    const std::vector<Edge> edges = constraintEdges(input);  // ordered by their ends
+    // The points cutting edges[i] are the points firstCut[i] to firstCut[i + 1] - 1, in
+    // order from the edge's first end: one list for all, not one per edge.
+    std::vector<int> firstCut(edges.size() + 1);
     for (size_t i = 0; i < edges.size(); ++i) {
+        firstCut[i] = static_cast<int>(input.positions.size());
         const auto [a, b] = edges[i];
-        const double pieces = std::ceil((input.positions[b] - input.positions[a]).length() / maxLength);
+        const core::vec2 from = input.positions[a], along = input.positions[b] - from;
+        const double fromHeight = input.heights[a], rise = input.heights[b] - fromHeight;
+        const double pieces = std::ceil(along.length() / maxLength);
         for (int k = 1; k < pieces && pieces <= kMaxPieces; ++k) {
             const double t = k / pieces;
-            splits[i].emplace_back(t, static_cast<int>(input.positions.size()));
-            input.positions.push_back(input.positions[a] + (input.positions[b] - input.positions[a]) * t);
-            input.heights.push_back(input.heights[a] + (input.heights[b] - input.heights[a]) * t);
+            input.positions.push_back(from + along * t);
+            input.heights.push_back(fromHeight + rise * t);
         }
     }
-    rewriteThroughSplits(input, edges, splits);
+    firstCut[edges.size()] = static_cast<int>(input.positions.size());
+    rewriteThrough(input, [&](int from, int to, std::vector<int>& out) {
+        const Edge key = undirected(from, to);
+        const auto found = std::lower_bound(edges.begin(), edges.end(), key);
+        if (found != edges.end() && *found == key) {
+            const size_t i = static_cast<size_t>(found - edges.begin());
+            if (from == key.first)
+                for (int k = firstCut[i]; k < firstCut[i + 1]; ++k) out.push_back(k);
+            else
+                for (int k = firstCut[i + 1] - 1; k >= firstCut[i]; --k) out.push_back(k);
+        }
+        out.push_back(to);
+    });
 }
 
 } // namespace fault::surface
