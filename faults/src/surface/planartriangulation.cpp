@@ -691,7 +691,7 @@ bool triangulatePlanar(const PlanarInput& input, PlanarMesh& mesh)
     const bool hullDomain = in.domainLoops.empty();
     if (hullDomain) in.domainLoops.assign(1, convexHull(in.positions, tolerance));
     splitConstraints(in, tolerance);
-    subdivideConstraints(in, kLatticeSpacing * in.maxEdgeLength);  // spares the refinement
+    subdivideConstraints(in, in.maxEdgeLength);  // spares the refinement most of its cuts
     const std::vector<core::vec2> positions = quantized(in.positions);
 
     Cdt cdt;
