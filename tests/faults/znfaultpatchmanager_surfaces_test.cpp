@@ -251,3 +251,27 @@ TEST(PlanarTriangulation, DomainIsTheUnionOfTheLoopsInsides)
         EXPECT_NEAR(planarMeshArea(mesh), c.area, 1e-9);
     }
 }
+
+// Segments fanning out of one point at angles of a few degrees: the refinement cannot
+// give those corners its angle bound and must leave them be (it treats the fan as one
+// cluster) rather than cut them again and again.
+TEST(PlanarTriangulation, RefinementEndsAroundSmallInputAngles)
+{
+    fault::surface::PlanarInput input;
+    input.positions = {{0, 0}, {100, 0}, {100, 100}, {0, 100}, {20, 50}};
+    input.domainLoops = {{0, 1, 2, 3}};
+    for (const double degrees : {-4.0, -1.0, 0.5, 3.0}) {
+        const double a = degrees * M_PI / 180.0;
+        input.positions.push_back(core::vec2(20 + 70 * std::cos(a), 50 + 70 * std::sin(a)));
+        input.segments.push_back({4, static_cast<int>(input.positions.size()) - 1});
+    }
+    for (const core::vec2& p : input.positions) input.heights.push_back(0.1 * p.x);
+    input.maxEdgeLength = 5.0;
+    fault::surface::PlanarMesh mesh;
+    ASSERT_TRUE(fault::surface::triangulatePlanar(input, mesh));
+    EXPECT_NEAR(planarMeshArea(mesh), 10000.0, 1e-6);
+    // About two triangles per equilateral one of the bound's side, away from the fan.
+    EXPECT_LT(mesh.triangles.size(), 3 * 10000.0 / (0.433 * 25.0));
+    for (size_t i = 0; i < mesh.positions.size(); ++i)
+        ASSERT_NEAR(mesh.heights[i], 0.1 * mesh.positions[i].x, 1e-9);
+}
