@@ -48,9 +48,10 @@ using CdtBase = CGAL::Constrained_Delaunay_triangulation_2<Kernel, Tds, CGAL::Ex
 // The constrained triangulation as the mesher sees it: one that lists its constrained
 // edges. Without such a list the mesher's set-up circulates around every vertex to find
 // them, and most vertices are lattice seeds far from any; with it, the set-up visits the
-// ends of the listed edges only, and queues the same edges in the same order (the list
-// follows the triangulation's edge order). The list is read when the mesher is set up
-// and must be made just before; the splits the mesher reports later need no record.
+// ends of the listed edges only. The list is made once the constraints are in, while the
+// triangulation is small; it stays true while only points off the constraints are added
+// (the lattice seeds), and the mesher reads it when it is set up. The splits the mesher
+// reports later need no record.
 class Cdt : public CdtBase {
 public:
     using Constraint_hierarchy_tag = CGAL::Tag_true;
