@@ -275,3 +275,26 @@ TEST(PlanarTriangulation, RefinementEndsAroundSmallInputAngles)
     for (size_t i = 0; i < mesh.positions.size(); ++i)
         ASSERT_NEAR(mesh.heights[i], 0.1 * mesh.positions[i].x, 1e-9);
 }
+
+// Points equal once rounded are one vertex, whatever order the triangulation takes them
+// in: the height of the first of them in the input stands.
+TEST(PlanarTriangulation, PointsMergedKeepTheFirstHeight)
+{
+    for (const double offset : {0.0, 1e-15}) {  // equal, or equal once rounded
+        SCOPED_TRACE(offset);
+        fault::surface::PlanarInput input;
+        constexpr int kSide = 6;
+        for (int copy = 0; copy < 2; ++copy)
+            for (int k = 0; k < kSide * kSide; ++k) {
+                input.positions.push_back(core::vec2(k % kSide + copy * offset, k / kSide - copy * offset));
+                input.heights.push_back(copy * 100.0 + k);
+            }
+        fault::surface::PlanarMesh mesh;
+        ASSERT_TRUE(fault::surface::triangulatePlanar(input, mesh));
+        ASSERT_EQ(mesh.positions.size(), size_t(kSide * kSide));
+        for (size_t i = 0; i < mesh.positions.size(); ++i) {
+            const core::vec2& p = mesh.positions[i];
+            EXPECT_NEAR(mesh.heights[i], std::round(p.x) + kSide * std::round(p.y), 1e-12) << p.x << ", " << p.y;
+        }
+    }
+}

@@ -15,7 +15,10 @@
 #include <CGAL/Delaunay_mesher_2.h>
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
 #include <CGAL/Triangulation_face_base_with_info_2.h>
+#include <CGAL/Spatial_sort_traits_adapter_2.h>
 #include <CGAL/Triangulation_vertex_base_with_info_2.h>
+#include <CGAL/property_map.h>
+#include <CGAL/spatial_sort.h>
 
 namespace fault::surface {
 
@@ -25,9 +28,19 @@ using Kernel = CGAL::Exact_predicates_inexact_constructions_kernel;
 
 struct VertexData {
     double height = 0.0;
-    bool known = false;  // false for points the triangulation added
-    int index = -1;      // in the output, once used
+    int index = -1;            // in the output, once used
+    int source = -1;           // the input point whose height this is (the first merged here)
+    bool known = false;        // false for points the triangulation added
     bool constrained = false;  // an end of a constrained edge, once these are listed
+
+    static VertexData withHeight(double height, int source = -1)
+    {
+        VertexData data;
+        data.height = height;
+        data.source = source;
+        data.known = true;
+        return data;
+    }
 };
 
 struct FaceData {
@@ -786,7 +799,7 @@ void refine(Cdt& cdt, const PlanarInput& in)
     Face hint;
     for (const auto& [p, height] : latticeSeeds(cdt, kLatticeSpacing * bound)) {
         const Vertex v = cdt.insert(p, hint);  // row by row: each next to the last
-        v->info() = VertexData{height, true, -1};
+        v->info() = VertexData::withHeight(height);
         hint = v->face();
         // The faces the insertion made all surround the seed, within the region of the
         // domain it fell in: constraints are never flipped.
@@ -841,13 +854,24 @@ bool triangulatePlanar(const PlanarInput& input, PlanarMesh& mesh)
 
     Cdt cdt;
     std::vector<Vertex> handles;
-    handles.reserve(positions.size());
+    // The points go in along a space-filling curve, in rounds of growing size (CGAL's
+    // spatial sort, whose shuffle has a fixed seed): each lands near the last in a
+    // triangulation whose triangles are not yet long and thin. In the order given,
+    // stick after stick and the cut points last, the insertions cost a third more.
+    std::vector<std::pair<Point, int>> order;
+    order.reserve(positions.size());
+    for (size_t i = 0; i < positions.size(); ++i)
+        order.emplace_back(Point(positions[i].x, positions[i].y), static_cast<int>(i));
+    CGAL::spatial_sort(order.begin(), order.end(),
+                       CGAL::Spatial_sort_traits_adapter_2<Kernel, CGAL::First_of_pair_property_map<std::pair<Point, int>>>());
+    handles.resize(positions.size());
     Face hint;
-    for (size_t i = 0; i < positions.size(); ++i) {
-        const Vertex v = cdt.insert(Point(positions[i].x, positions[i].y), hint);
-        if (!v->info().known) v->info() = VertexData{in.heights[i], true, -1};
+    for (const auto& [p, i] : order) {
+        const Vertex v = cdt.insert(p, hint);
+        VertexData& data = v->info();
+        if (!data.known || i < data.source) data = VertexData::withHeight(in.heights[i], i);
         hint = v->face();
-        handles.push_back(v);
+        handles[i] = v;
     }
     for (const auto& s : in.segments) insertConstraint(cdt, handles[s[0]], handles[s[1]]);
     for (const auto& loop : in.domainLoops)
