@@ -19,6 +19,7 @@
 #include <CGAL/Triangulation_vertex_base_with_info_2.h>
 #include <CGAL/property_map.h>
 #include <CGAL/spatial_sort.h>
+#include <boost/container/small_vector.hpp>
 
 namespace fault::surface {
 
@@ -88,6 +89,54 @@ public:
 private:
     std::vector<Subconstraint> m_constrained;
 };
+
+} // namespace
+} // namespace fault::surface
+
+// How CGAL's mesher levels reach the triangulation, as CGAL defines it for any
+// triangulation but for the conflict zone's lists. The mesher builds a zone for every
+// point it tries, and CGAL's zone keeps its faces and edges in linked lists: two
+// allocations per face or edge, freed moments later. Here they are vectors with room
+// for a usual zone in place.
+template <>
+struct CGAL::Triangulation_mesher_level_traits_2<fault::surface::Cdt>
+    : public CGAL::Triangulation_ref_impl<fault::surface::Cdt> {
+    using Tr = fault::surface::Cdt;
+    using Triangulation = Tr;
+    using Point = Tr::Point;
+    using Vertex_handle = Tr::Vertex_handle;
+    using Face_handle = Tr::Face_handle;
+    using Edge = Tr::Edge;
+
+    using Triangulation_ref_impl<Tr>::triangulation_ref_impl;
+
+    Triangulation_mesher_level_traits_2(Tr& tr) : Triangulation_ref_impl<Tr>(tr) {}
+
+    struct Zone {
+        using Faces = boost::container::small_vector<Face_handle, 16>;
+        using Edges = boost::container::small_vector<Edge, 16>;
+        using Faces_iterator = Faces::iterator;
+        using Edges_iterator = Edges::iterator;
+
+        Tr::Locate_type locate_type;
+        Face_handle fh;
+        int i;
+        Face_handle parent_face;  // the face whose circumcentre the point is, if it is one
+        Faces faces;
+        Edges boundary_edges;
+    };
+
+    Vertex_handle insert_impl(const Point& p, Zone& zone)
+    {
+        if (zone.locate_type == Tr::VERTEX) return zone.fh->vertex(zone.i);
+        return triangulation_ref_impl().star_hole(p, zone.boundary_edges.begin(), zone.boundary_edges.end(),
+                                                  zone.faces.begin(), zone.faces.end());
+    }
+};
+
+namespace fault::surface {
+namespace {
+
 using Criteria = CGAL::Delaunay_mesh_size_criteria_2<Cdt>;
 using Point = Cdt::Point;
 using Vertex = Cdt::Vertex_handle;
