@@ -155,9 +155,9 @@ using EdgesLevel = CGAL::Mesh_2::Refine_edges_with_clusters<Cdt, CGAL::Mesh_2::I
 using FacesLevelBase = CGAL::Mesh_2::Refine_faces_base<Cdt, Criteria, EdgesLevel>;
 
 // The faces level's queue and the functions that use it, hiding the base class's (whose
-// own map stays empty). Faces are refined worst first; ties go by corner points, so that
-// the order never depends on where faces lie in memory (ties are common among the faces
-// of a lattice).
+// own map stays empty). Faces are refined worst first, ties in the order they were
+// found, so that the order never depends on where faces lie in memory (ties are common
+// among the faces of a lattice).
 class HeapQueuedFaces : public FacesLevelBase {
 public:
     using Quality = Criteria::Quality;
@@ -220,7 +220,6 @@ public:
 private:
     struct Entry {
         Quality quality;
-        std::array<Cdt::Point, 3> corners;
         Face face;
         uint32_t stamp;
     };
@@ -229,7 +228,7 @@ private:
     {
         if (b.quality < a.quality) return true;
         if (a.quality < b.quality) return false;
-        return b.corners < a.corners;
+        return b.stamp < a.stamp;
     }
 
     // Queues `f` if it is bad and not queued already (its badness then stands).
@@ -240,7 +239,7 @@ private:
         const uint32_t stamp = static_cast<uint32_t>(m_waiting.size());
         m_waiting.push_back(true);
         f->info().queueStamp = stamp;
-        m_heap.push_back({q, {f->vertex(0)->point(), f->vertex(1)->point(), f->vertex(2)->point()}, f, stamp});
+        m_heap.push_back({q, f, stamp});
         std::push_heap(m_heap.begin(), m_heap.end(), after);
     }
 
