@@ -671,11 +671,19 @@ double domainArea(const Cdt& cdt)
     return area;
 }
 
-// The finite face holding `p` (on an edge or a vertex: one of the faces there), walked to
-// from the finite face `start` across the edges `p` lies beyond, without crossing back the
-// edge just crossed; null when `p` lies beyond the hull. For points next to `start` this
-// costs a fraction of the triangulation's own search, which first walks with inexact
-// tests and then again with exact ones; that search takes over should a walk run long.
+// True when `p` lies right of the line from `a` to `b`, as rounded arithmetic finds it.
+bool rightOf(const Point& a, const Point& b, const Point& p)
+{
+    return (b.x() - a.x()) * (p.y() - a.y()) - (b.y() - a.y()) * (p.x() - a.x()) < 0.0;
+}
+
+// A finite face holding `p`, walked to from the finite face `start` across the edges `p`
+// lies beyond, without crossing back the edge just crossed; null when `p` lies beyond the
+// hull. For points next to `start` this costs a fraction of the triangulation's own
+// search, which first walks with inexact tests and then again with exact ones; that
+// search takes over should a walk run long. The tests are rounded: for a point within
+// rounding of an edge the face may be the one across it, which serves the callers (the
+// lattice points, which keep clear of the constraints, and take their heights linearly).
 Face walkTo(const Cdt& cdt, Face start, const Point& p)
 {
     constexpr int kMaxSteps = 256;
@@ -683,9 +691,7 @@ Face walkTo(const Cdt& cdt, Face start, const Point& p)
     for (int step = 0, first = 0; step < kMaxSteps; ++step, first = first == 2 ? 0 : first + 1) {
         int exit = -1;
         for (int k = 0, i = first; k < 3 && exit < 0; ++k, i = i == 2 ? 0 : i + 1)
-            if (f->neighbor(i) != from &&
-                CGAL::orientation(f->vertex(cdt.ccw(i))->point(), f->vertex(cdt.cw(i))->point(), p) ==
-                    CGAL::RIGHT_TURN)
+            if (f->neighbor(i) != from && rightOf(f->vertex(cdt.ccw(i))->point(), f->vertex(cdt.cw(i))->point(), p))
                 exit = i;
         if (exit < 0) return f;
         from = f;

@@ -201,6 +201,11 @@ void subdivideConstraints(PlanarInput& input, double maxLength)
 {
     if (!(maxLength > 0.0)) return;
     const std::vector<Edge> edges = constraintEdges(input);  // ordered by their ends
+    // The edges from point p (as their smaller end) are edges[edgesFrom[p]] to
+    // edges[edgesFrom[p + 1] - 1]: a look-up scans the few of them.
+    std::vector<int> edgesFrom(input.positions.size() + 1, 0);
+    for (const Edge& e : edges) ++edgesFrom[static_cast<size_t>(e.first) + 1];
+    for (size_t p = 1; p < edgesFrom.size(); ++p) edgesFrom[p] += edgesFrom[p - 1];
     // The points cutting edges[i] are the points firstCut[i] to firstCut[i + 1] - 1, in
     // order from the edge's first end: one list for all, not one per edge.
     std::vector<int> firstCut(edges.size() + 1);
@@ -219,9 +224,9 @@ void subdivideConstraints(PlanarInput& input, double maxLength)
     firstCut[edges.size()] = static_cast<int>(input.positions.size());
     rewriteThrough(input, [&](int from, int to, std::vector<int>& out) {
         const Edge key = undirected(from, to);
-        const auto found = std::lower_bound(edges.begin(), edges.end(), key);
-        if (found != edges.end() && *found == key) {
-            const size_t i = static_cast<size_t>(found - edges.begin());
+        int i = edgesFrom[key.first];
+        while (i < edgesFrom[key.first + 1] && edges[i].second != key.second) ++i;
+        if (i < edgesFrom[key.first + 1]) {
             if (from == key.first)
                 for (int k = firstCut[i]; k < firstCut[i + 1]; ++k) out.push_back(k);
             else
