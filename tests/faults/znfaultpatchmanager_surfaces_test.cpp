@@ -298,3 +298,23 @@ TEST(PlanarTriangulation, PointsMergedKeepTheFirstHeight)
         }
     }
 }
+
+// A long thin domain across the diagonal of its box, refined finely: the seeding
+// lattice would cover the whole box, hundreds of millions of points for a domain that
+// needs some thousands, so the refinement meshes it alone.
+TEST(PlanarTriangulation, AThinSlantedDomainIsRefinedWithoutCoveringItsBox)
+{
+    fault::surface::PlanarInput input;
+    input.positions = {{0, 0}, {1000, 1000}, {1000, 1000.01}, {0, 0.01}};
+    input.heights = {0, 10, 10, 0};
+    input.domainLoops = {{0, 1, 2, 3}};
+    input.maxEdgeLength = 0.05;
+    fault::surface::PlanarMesh mesh;
+    ASSERT_TRUE(fault::surface::triangulatePlanar(input, mesh));
+    EXPECT_NEAR(planarMeshArea(mesh), 10.0, 1e-6);
+    double longest = 0.0;
+    for (const auto& t : mesh.triangles)
+        for (int k = 0; k < 3; ++k)
+            longest = std::max(longest, (mesh.positions[t[k]] - mesh.positions[t[(k + 1) % 3]]).length());
+    EXPECT_LE(longest, 0.05 * (1 + 1e-9));
+}

@@ -303,6 +303,10 @@ constexpr double kOnEdgeTolerance = 1e-9;
 constexpr double kLatticeSpacing = 0.85;
 constexpr double kLatticeRowRatio = 0.86602540378443865;  // sqrt(3) / 2: equilateral
 constexpr double kSeedClearance = 0.25;
+// The lattice is not laid over a box holding more than this many times the points the
+// domain needs, plus an allowance for small domains.
+constexpr double kMaxLatticeExcess = 16.0;
+constexpr double kLatticeAllowance = 100000.0;
 
 // Largest coordinate magnitude of the positions.
 double extentOf(const std::vector<core::vec2>& positions)
@@ -808,12 +812,18 @@ private:
 // Points of a triangular lattice of side `spacing` that lie in the domain, clear of the
 // vertices and constraints, with their heights: they give the refinement most of its
 // points at once, in an even pattern, so that it only has to finish the mesh near the
-// constraints. The constrained edges must be listed.
-std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacing)
+// constraints. The constrained edges must be listed. None when the lattice over the box
+// would hold many times the points the domain's area calls for (a thin domain across its
+// box): visiting them would cost more than the refinement saves.
+std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacing, double domainArea)
 {
     std::vector<std::pair<Point, double>> seeds;
     CGAL::Bbox_2 box;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) box += v->point().bbox();
+    const double cell = spacing * spacing * kLatticeRowRatio;  // area per lattice point
+    const double boxPoints = ((box.xmax() - box.xmin()) / spacing + 1.0) *
+                             ((box.ymax() - box.ymin()) / (spacing * kLatticeRowRatio) + 1.0);
+    if (!(boxPoints <= kMaxLatticeExcess * (domainArea / cell) + kLatticeAllowance)) return seeds;
     SeedLattice lattice(box, spacing);
     const double limit = kSeedClearance * spacing * kSeedClearance * spacing;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v)
@@ -853,7 +863,7 @@ void refine(Cdt& cdt, const PlanarInput& in)
     cdt.listConstrainedEdges();  // the seeds keep clear of them: cheaper listed now
     InputSurface base(cdt);  // the triangulation of the input points, for the heights
     Face hint;
-    for (const auto& [p, height] : latticeSeeds(cdt, kLatticeSpacing * bound)) {
+    for (const auto& [p, height] : latticeSeeds(cdt, kLatticeSpacing * bound, area)) {
         const Vertex v = cdt.insert(p, hint);  // row by row: each next to the last
         v->info() = VertexData::withHeight(height);
         hint = v->face();
