@@ -8,6 +8,7 @@ packages=(
   build-essential cmake pkg-config
   qtbase5-dev libgdal-dev libproj-dev libeigen3-dev libcgal-dev
   libgmp-dev libmpfr-dev   # exact arithmetic of CGAL's predicates
+  libboost-dev        # small vectors in the mesher's conflict zones
   libgtest-dev libgmock-dev libbenchmark-dev
   libsegyio-dev
   libcli11-dev        # the command line of kfaults
