@@ -144,6 +144,17 @@ using Point = Cdt::Point;
 using Vertex = Cdt::Vertex_handle;
 using Face = Cdt::Face_handle;
 
+// Marks the faces around `v` inside the domain: after a point is inserted in the domain,
+// the faces made around it (constraints are never flipped, so they stay in the region
+// the point fell in).
+void markStarInDomain(const Cdt& cdt, Vertex v)
+{
+    Cdt::Face_circulator f = cdt.incident_faces(v), done(f);
+    do {
+        f->set_in_domain(true);
+    } while (++f != done);
+}
+
 // The mesher, assembled from CGAL's refinement levels as CGAL's own Delaunay mesher
 // assembles them but for the queue of bad faces. CGAL keeps them in a two-way map
 // (ordered by quality, and by the faces' corner points for look-ups) and looks up every
@@ -201,10 +212,7 @@ public:
     }
     void after_insertion_impl(const Vertex& v)
     {
-        Cdt::Face_circulator f = triangulation_ref_impl().incident_faces(v), done(f);
-        do {
-            f->set_in_domain(true);
-        } while (++f != done);
+        markStarInDomain(triangulation_ref_impl(), v);
         compute_new_bad_faces(v);
     }
     void compute_new_bad_faces(Vertex v)
@@ -716,6 +724,13 @@ public:
     SeedLattice(const CGAL::Bbox_2& box, double spacing)
         : m_box(box), m_spacing(spacing), m_rowStep(spacing * kLatticeRowRatio) {}
 
+    // About how many points the lattice has over the box, and the area around each.
+    double pointCount() const
+    {
+        return ((m_box.xmax() - m_box.xmin()) / m_spacing + 1.0) * ((m_box.ymax() - m_box.ymin()) / m_rowStep + 1.0);
+    }
+    double cellArea() const { return m_spacing * m_rowStep; }
+
     bool rowInBox(long row) const { return y(row) <= m_box.ymax(); }
     bool inBox(long row, long column) const { return x(row, column) <= m_box.xmax(); }
     Point at(long row, long column) const { return Point(x(row, column), y(row)); }
@@ -820,11 +835,9 @@ std::vector<std::pair<Point, double>> latticeSeeds(const Cdt& cdt, double spacin
     std::vector<std::pair<Point, double>> seeds;
     CGAL::Bbox_2 box;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) box += v->point().bbox();
-    const double cell = spacing * spacing * kLatticeRowRatio;  // area per lattice point
-    const double boxPoints = ((box.xmax() - box.xmin()) / spacing + 1.0) *
-                             ((box.ymax() - box.ymin()) / (spacing * kLatticeRowRatio) + 1.0);
-    if (!(boxPoints <= kMaxLatticeExcess * (domainArea / cell) + kLatticeAllowance)) return seeds;
     SeedLattice lattice(box, spacing);
+    if (!(lattice.pointCount() <= kMaxLatticeExcess * (domainArea / lattice.cellArea()) + kLatticeAllowance))
+        return seeds;
     const double limit = kSeedClearance * spacing * kSeedClearance * spacing;
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v)
         if (!v->info().constrained) lattice.blockNear(v->point(), v->point(), limit);  // else below
@@ -867,12 +880,7 @@ void refine(Cdt& cdt, const PlanarInput& in)
         const Vertex v = cdt.insert(p, hint);  // row by row: each next to the last
         v->info() = VertexData::withHeight(height);
         hint = v->face();
-        // The faces the insertion made all surround the seed, within the region of the
-        // domain it fell in: constraints are never flipped.
-        Cdt::Face_circulator f = cdt.incident_faces(v), done(f);
-        do {
-            f->set_in_domain(true);
-        } while (++f != done);
+        markStarInDomain(cdt, v);
     }
     refineDomain(cdt, Criteria(PlanarInput::kAngleBound, bound));
     for (auto v = cdt.finite_vertices_begin(); v != cdt.finite_vertices_end(); ++v) {
