@@ -1,4 +1,4 @@
-#include "faultsurfaces.h"
+#include "faultsurfacemeshing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,7 @@
 #include <zn3dfaultpatch.h>
 #include <znfaultpatchmanager.h>
 
-namespace kfaults {
+namespace fault {
 namespace {
 
 // World length of one step along block axis `axis` (0 inline, 1 crossline, 2 sample).
@@ -35,7 +35,7 @@ QString SurfaceSettings::methodName() const
 }
 
 SurfaceSettings surfaceSettingsFor(const georef::BlocSpace& space,
-                                   const fault::SticksFromVoxelsSettings& sticks, int method)
+                                   const SticksFromVoxelsSettings& sticks, int method)
 {
     SurfaceSettings s;
     s.method = method;
@@ -79,4 +79,4 @@ FaultSurface meshFault(ZNFaultPatchManager& set, int faultId, const SurfaceSetti
     return surface;
 }
 
-} // namespace kfaults
+} // namespace fault
