@@ -1,8 +1,17 @@
-// The main of every test executable: a GUI application on the offscreen platform (so
-// pens, images and painting work without a display) and a private, empty user settings
-// directory, so that no test reads or writes the settings of the user running it.
-#include <QGuiApplication>
+// The main of every test executable: a GUI application (a widget application for the
+// tests of widgets, built with KORVALITH_TEST_WIDGETS) on the offscreen platform, so
+// that pens, images, painting and widgets work without a display, unless the test's
+// environment names another platform (the OpenGL tests run on xcb under Xvfb); and a
+// private, empty user settings directory, so that no test reads or writes the settings
+// of the user running it.
 #include <QTemporaryDir>
+#ifdef KORVALITH_TEST_WIDGETS
+#include <QApplication>
+using TestApplication = QApplication;
+#else
+#include <QGuiApplication>
+using TestApplication = QGuiApplication;
+#endif
 
 #include <gtest/gtest.h>
 
@@ -23,10 +32,10 @@ extern "C" const char* __asan_default_options() { return "allocator_may_return_n
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QTemporaryDir settingsDir;
     if (qEnvironmentVariableIsEmpty("KORVALITH_SETTINGS_DIR"))
         qputenv("KORVALITH_SETTINGS_DIR", settingsDir.path().toUtf8());
-    QGuiApplication app(argc, argv);
+    TestApplication app(argc, argv);
     return RUN_ALL_TESTS();
 }
