@@ -38,7 +38,7 @@ public:
     static constexpr double kMaximumFieldOfView = 120.0;
     static constexpr double kDefaultAzimuth = 30.0;
     static constexpr double kDefaultElevation = 30.0;
-    static constexpr double kFitMargin = 1.05;      // a fitted box's sphere grown by this
+    static constexpr double kFitMargin = 1.15;      // room around a fitted box, for its labels
     static constexpr double kDepthMargin = 1.1;     // near and far planes around the scene sphere
     static constexpr double kNearFarRatio = 1e-4;   // smallest near / far of a perspective
     static constexpr double kMinimumDistanceRatio = 1e-4;  // of the scene radius

@@ -302,9 +302,16 @@ void ZN3DRenderer::setCommonState(const ZN3DViewerEngine& engine)
     m_gl->glDisable(GL_DITHER);
     m_gl->glEnable(GL_PROGRAM_POINT_SIZE);
     m_gl->glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
-    // Filled surfaces and sections step back a little, so that sticks and edges drawn on
-    // them stay in front.
-    m_gl->glPolygonOffset(1.0f, 1.0f);
+}
+
+void ZN3DRenderer::setDepthOffset(float offset)
+{
+    if (offset != 0.0f) {
+        m_gl->glEnable(GL_POLYGON_OFFSET_FILL);
+        m_gl->glPolygonOffset(offset, offset);
+    } else {
+        m_gl->glDisable(GL_POLYGON_OFFSET_FILL);
+    }
 }
 
 void ZN3DRenderer::render(const ZN3DViewerEngine& engine)
@@ -373,12 +380,12 @@ void ZN3DRenderer::draw(const ZN3DViewerEngine& engine, const ZN3DScene::Item& i
         if (wireframe) {
             m_gl->glPolygonMode(GL_FRONT_AND_BACK, GL_LINE);
         } else {
-            m_gl->glEnable(GL_POLYGON_OFFSET_FILL);
+            setDepthOffset(picking ? kPickSurfaceDepthOffset : kSurfaceDepthOffset);
             m_statistics.trianglesLastFrame += picking ? 0 : gpu.indexCount / 3;
         }
         m_gl->glDrawElements(GL_TRIANGLES, gpu.indexCount, GL_UNSIGNED_INT, nullptr);
         m_gl->glPolygonMode(GL_FRONT_AND_BACK, GL_FILL);
-        m_gl->glDisable(GL_POLYGON_OFFSET_FILL);
+        setDepthOffset(0.0f);
         break;
     }
     case ZN3DScene::Kind::Polyline: {
@@ -410,9 +417,9 @@ void ZN3DRenderer::draw(const ZN3DViewerEngine& engine, const ZN3DScene::Item& i
         m_gl->glActiveTexture(GL_TEXTURE0);
         m_gl->glBindTexture(GL_TEXTURE_2D, gpu.texture);
         m_gl->glBindVertexArray(gpu.vertexArray);
-        m_gl->glEnable(GL_POLYGON_OFFSET_FILL);
+        setDepthOffset(picking ? kPickSurfaceDepthOffset : kSurfaceDepthOffset);
         m_gl->glDrawArrays(GL_TRIANGLE_FAN, 0, 4);
-        m_gl->glDisable(GL_POLYGON_OFFSET_FILL);
+        setDepthOffset(0.0f);
         m_gl->glBindTexture(GL_TEXTURE_2D, 0);
         break;
     }
@@ -505,7 +512,15 @@ ZN3DViewerEngine::Hit ZN3DRenderer::pick(const ZN3DViewerEngine& engine, const c
     m_gl->glBindFramebuffer(GL_FRAMEBUFFER, GLuint(previous));
     const int index = (rgba[0] | (rgba[1] << 8) | (rgba[2] << 16)) - 1;
     if (index < 0 || index >= int(order.size()) || depth >= 1.0f) return hit;
+    const ZN3DScene::Item& item = *order[size_t(index)];
     core::vec3 world;
     if (!camera.unproject({column + 0.5, row + 0.5, double(depth)}, world)) return hit;
-    return {order[size_t(index)]->id, world, double(depth)};
+    hit = {item.id, world, double(depth)};
+    // Surfaces were drawn pushed back: the point is taken on the item's own triangles
+    // along the same line of sight when they are met there.
+    if (item.kind() == ZN3DScene::Kind::Surface || item.kind() == ZN3DScene::Kind::Section) {
+        const ZN3DViewerEngine::Hit exact = engine.hitTestItem(item.id, {column + 0.5, std::floor(screen.y) + 0.5});
+        if (exact.isHit()) hit = exact;
+    }
+    return hit;
 }

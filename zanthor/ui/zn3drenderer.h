@@ -42,6 +42,11 @@ public:
     static constexpr float kAmbient = 0.35f;          // light of a surface facing away from the lamp
     static constexpr float kBoxLineWidth = 1.5f;      // pixels
     static constexpr float kPickLineWidening = 6.0f;  // pixels added to lines and points when picking
+    // Depth offsets (glPolygonOffset factor and units) by which filled surfaces and
+    // sections step back, so that lines lying on them stay in front over their half
+    // width: drawn, and picked with the wider lines.
+    static constexpr float kSurfaceDepthOffset = 2.0f;
+    static constexpr float kPickSurfaceDepthOffset = kPickLineWidening / 2.0f + 2.0f;
     static constexpr int kRequiredMajor = 3;
     static constexpr int kRequiredMinor = 3;
 
@@ -65,9 +70,12 @@ public:
     // The item and world point drawn at `screen` (see ZN3DCamera for the coordinates):
     // the drawn items (pickable ones only, or all) go, each in a colour that encodes it,
     // to a framebuffer of the renderer's own, whose colour and depth at that pixel are
-    // read back and the depth unprojected. Lines and points are widened by
-    // kPickLineWidening pixels. No hit (-9999) outside the viewport or before
-    // initialisation. The bound framebuffer is restored.
+    // read back and the depth unprojected at the pixel's centre. Lines and points are
+    // widened by kPickLineWidening pixels and win over the surfaces they lie on; the
+    // point on a surface or section is then taken on its triangles along that line of
+    // sight (ZN3DViewerEngine::hitTestItem), exact where the depth buffer is not. No hit
+    // (-9999) outside the viewport or before initialisation. The bound framebuffer is
+    // restored.
     ZN3DViewerEngine::Hit pick(const ZN3DViewerEngine& engine, const core::vec2& screen, bool pickableOnly);
 
     // Frees every OpenGL object in the current context; the renderer may be initialised
@@ -97,6 +105,8 @@ private:
                     float size);
     bool ensurePickTarget(int width, int height);
     void setCommonState(const ZN3DViewerEngine& engine);
+    // Enables the polygon depth offset (factor and units), or disables it for 0.
+    void setDepthOffset(float offset);
 
     QOpenGLFunctions_3_3_Core* m_gl = nullptr;
     std::unique_ptr<Programs> m_programs;

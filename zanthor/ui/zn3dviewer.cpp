@@ -20,6 +20,8 @@ ZN3DViewer::ZN3DViewer(QWidget* parent) : QOpenGLWidget(parent)
 ZN3DViewer::~ZN3DViewer()
 {
     m_engine.setChangedCallback(nullptr);
+    // The context outlives this part of the widget: its end must not call back here.
+    disconnect(m_contextConnection);
     if (m_initialised) {
         makeCurrent();
         releaseGl();
@@ -46,13 +48,12 @@ void ZN3DViewer::releaseGl()
 void ZN3DViewer::initializeGL()
 {
     // A widget moved to another window gets a new context: the old one's objects go first.
-    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this,
-            [this] {
-                makeCurrent();
-                releaseGl();
-                doneCurrent();
-            },
-            Qt::UniqueConnection);
+    disconnect(m_contextConnection);
+    m_contextConnection = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, [this] {
+        makeCurrent();
+        releaseGl();
+        doneCurrent();
+    });
     m_initialised = true;
     m_renderer.initialize();
 }

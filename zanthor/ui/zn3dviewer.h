@@ -80,4 +80,5 @@ private:
     ZN3DViewerEngine m_engine;
     ZN3DRenderer m_renderer;
     bool m_initialised = false;  // initializeGL ran for the current context
+    QMetaObject::Connection m_contextConnection;  // to the current context's end
 };

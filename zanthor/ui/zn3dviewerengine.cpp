@@ -241,11 +241,10 @@ void ZN3DViewerEngine::sceneChanged()
 {
     const geom::Box3 box = m_scene.boundingBox();
     m_camera.setSceneBox(box);
-    if (m_sceneWasEmpty && !box.isEmpty())
-        m_camera.fit(box), m_fitted = true;
-    else if (m_fitted && !box.isEmpty())
-        m_camera.fit(box);
-    m_sceneWasEmpty = box.isEmpty();
+    if (!m_autoFitted && !box.isEmpty()) {
+        m_fitted = m_autoFitted = true;
+    }
+    if (m_fitted && !box.isEmpty()) m_camera.fit(box);
     changed();
 }
 

@@ -140,6 +140,8 @@ public:
     // `pickableOnly` is false; hidden ones never. A view with a depth buffer picks the
     // same way through it.
     Hit hitTest(const core::vec2& screen, bool pickableOnly = true) const;
+    // The same for item `id` alone, drawn or not; no hit for an unknown id.
+    Hit hitTestItem(int id, const core::vec2& screen) const;
 
 private:
     void sceneChanged();
@@ -155,7 +157,7 @@ private:
     ZN3DCamera m_camera;
     QColor m_background{40, 44, 52};
     bool m_fitted = false;        // the view shows the fitted scene (see the class comment)
-    bool m_sceneWasEmpty = true;  // nothing was drawn at the last scene change
+    bool m_autoFitted = false;    // the scene was fitted when it first held something drawn
     DragMode m_drag = DragMode::None;
     DragMode m_pendingDrag = DragMode::None;  // the press's drag, before the cursor moves enough
     Qt::MouseButton m_pressButton = Qt::NoButton;

@@ -73,6 +73,17 @@ ZN3DViewerEngine::Hit ZN3DViewerEngine::hitTest(const core::vec2& screen, bool p
     return best;
 }
 
+ZN3DViewerEngine::Hit ZN3DViewerEngine::hitTestItem(int id, const core::vec2& screen) const
+{
+    const ZN3DScene::Item* item = m_scene.item(id);
+    core::vec3 nearPoint, farPoint;
+    m_camera.ray(screen, nearPoint, farPoint);
+    if (!item || nearPoint.x == core::kNoValueReal || farPoint.x == core::kNoValueReal) return Hit();
+    if (const auto* surface = std::get_if<ZN3DSurfaceItem>(&item->content))
+        if (!surface->object) return Hit();
+    return hitItem(*item, screen, nearPoint, farPoint);
+}
+
 ZN3DViewerEngine::Hit ZN3DViewerEngine::hitItem(const ZN3DScene::Item& item, const core::vec2& screen,
                                                const core::vec3& nearPoint, const core::vec3& farPoint) const
 {
