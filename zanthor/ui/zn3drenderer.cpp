@@ -496,12 +496,18 @@ ZN3DViewerEngine::Hit ZN3DRenderer::pick(const ZN3DViewerEngine& engine, const c
     m_gl->glBindFramebuffer(GL_FRAMEBUFFER, m_pickFramebuffer);
     sweep(engine.scene());
     setCommonState(engine);
+    // Only the pixel is read: the drawing is cut to it, and items that cannot cover it
+    // are left out.
+    m_gl->glEnable(GL_SCISSOR_TEST);
+    m_gl->glScissor(column, row, 1, 1);
     m_gl->glClearColor(0.0f, 0.0f, 0.0f, 0.0f);
     m_gl->glClearDepth(1.0);
     m_gl->glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     const std::vector<const ZN3DScene::Item*> order = engine.drawOrder();
     for (size_t i = 0; i < order.size(); ++i)
-        if (!pickableOnly || order[i]->pickable) draw(engine, *order[i], sync(*order[i]), Pass::Pick, pickColourOf(int(i)));
+        if ((!pickableOnly || order[i]->pickable) && engine.mayBeUnder(*order[i], screen))
+            draw(engine, *order[i], sync(*order[i]), Pass::Pick, pickColourOf(int(i)));
+    m_gl->glDisable(GL_SCISSOR_TEST);
     m_gl->glBindVertexArray(0);
     m_gl->glUseProgram(0);
     unsigned char rgba[4] = {0, 0, 0, 0};

@@ -142,6 +142,10 @@ public:
     Hit hitTest(const core::vec2& screen, bool pickableOnly = true) const;
     // The same for item `id` alone, drawn or not; no hit for an unknown id.
     Hit hitTestItem(int id, const core::vec2& screen) const;
+    // False when nothing of `item` can be drawn at `screen`: a surface or section whose
+    // box the line of sight misses. Lines, points and crosses, drawn wider than their
+    // box, always may.
+    bool mayBeUnder(const ZN3DScene::Item& item, const core::vec2& screen) const;
 
 private:
     void sceneChanged();

@@ -73,6 +73,20 @@ ZN3DViewerEngine::Hit ZN3DViewerEngine::hitTest(const core::vec2& screen, bool p
     return best;
 }
 
+bool ZN3DViewerEngine::mayBeUnder(const ZN3DScene::Item& item, const core::vec2& screen) const
+{
+    const ZN3DScene::Kind kind = item.kind();
+    if (kind != ZN3DScene::Kind::Section &&
+        !(kind == ZN3DScene::Kind::Surface &&
+          std::get<ZN3DSurfaceItem>(item.content).mode != ZN3DSurfaceItem::Mode::Points))
+        return true;
+    if (item.box.isEmpty()) return false;
+    core::vec3 nearPoint, farPoint;
+    m_camera.ray(screen, nearPoint, farPoint);
+    if (nearPoint.x == core::kNoValueReal || farPoint.x == core::kNoValueReal) return true;
+    return segmentMeetsBox(nearPoint, farPoint - nearPoint, item.box);
+}
+
 ZN3DViewerEngine::Hit ZN3DViewerEngine::hitTestItem(int id, const core::vec2& screen) const
 {
     const ZN3DScene::Item* item = m_scene.item(id);
@@ -107,7 +121,7 @@ ZN3DViewerEngine::Hit ZN3DViewerEngine::hitItem(const ZN3DScene::Item& item, con
             hit.id = hit.isHit() ? item.id : core::kNoValue;
             return hit;
         }
-        if (item.box.isEmpty() || !segmentMeetsBox(nearPoint, direction, item.box)) return hit;
+        if (!mayBeUnder(item, screen)) return hit;
         const int count = points.size();
         for (const ZNFacette& f : surface.object->getFacettes()) {
             if (f.index[0] >= uint32_t(count) || f.index[1] >= uint32_t(count) || f.index[2] >= uint32_t(count))
@@ -121,6 +135,7 @@ ZN3DViewerEngine::Hit ZN3DViewerEngine::hitItem(const ZN3DScene::Item& item, con
     }
     case ZN3DScene::Kind::Section: {
         const auto& section = std::get<ZN3DSectionItem>(item.content);
+        if (!mayBeUnder(item, screen)) return hit;
         core::vec3 c[4];
         for (int i = 0; i < 4; ++i) c[i] = section.corners[i] - item.origin;
         double t = 0.0, u = 0.0, v = 0.0;
