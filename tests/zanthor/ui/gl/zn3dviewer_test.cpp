@@ -132,6 +132,31 @@ TEST_F(ViewerPictures, ASemiTransparentSurfaceBlendsOverTheOpaqueOneBehindIt)
     EXPECT_GE(countPixels(image, floorOnly, opaqueBlue), area(floorOnly) * 98 / 100);
 }
 
+// The light follows the camera: the brightness depends on the view, but the side facing
+// away from the normal is lit as well as the other, never left to the ambient light.
+TEST_F(ViewerPictures, SurfacesAreLitOnBothSides)
+{
+    auto fault = planarMesh({200, 500, 300}, {600, 0, 0}, {0, 0, 400}, 6, 4, Qt::red);
+    scene().setItem(1, ZN3DSurfaceItem{fault.get()});
+    const core::vec3 middle(500, 500, 500);
+    const int ambientOnly = int(ZN3DRenderer::kAmbient * 255);
+    for (int side = 0; side < 2; ++side) {
+        for (ZN3DCamera::Projection projection : {ZN3DCamera::Projection::Perspective, ZN3DCamera::Projection::Orthographic}) {
+            engine().setCamera([&] {
+                ZN3DCamera camera = engine().camera();
+                camera.setOrientation(20, side == 0 ? 60 : -60);  // from above, from below
+                camera.setProjection(projection);
+                return camera;
+            }());
+            engine().fitAll();
+            const QImage image = picture(QStringLiteral("lit_side%1_%2").arg(side).arg(int(projection)));
+            const QColor c = image.pixelColor(screenOf(middle).toPoint());
+            EXPECT_GT(c.red(), ambientOnly + 60) << side;
+            EXPECT_LT(c.green(), 40);
+        }
+    }
+}
+
 TEST_F(ViewerPictures, HiddenObjectsAndInvisibleItemsAreNotDrawn)
 {
     auto fault = planarMesh({200, 500, 300}, {600, 0, 0}, {0, 0, 400}, 6, 4, Qt::red);
@@ -182,29 +207,34 @@ TEST_F(ViewerPictures, PickingAtAFaultGivesItsIdAndAPointOnItsPlane)
     scene().setItem(7, ZN3DSurfaceItem{fault.get()});
     auto other = planarMesh({0, 900, 0}, {1000, 0, 0}, {0, 0, 1000}, 4, 4, Qt::gray);
     scene().setItem(8, ZN3DSurfaceItem{other.get()});
-    engine().setCamera([&] {
-        ZN3DCamera camera = engine().camera();
-        camera.setOrientation(300, 35);
-        return camera;
-    }());
-    engine().fitAll();
-    picture("picking");
     const double extent = 600.0;
-    for (double a : {0.2, 0.5, 0.8})
-        for (double b : {0.25, 0.75}) {
-            const core::vec3 target = origin + alongStrike * a + downDip * b;
-            const ZN3DViewerEngine::Hit hit = viewer->pickAt(screenOf(target));
-            ASSERT_EQ(hit.id, 7) << a << " " << b;
-            EXPECT_LT(std::fabs((hit.world - origin).dot(normal)), extent / 100);
-            // Near the aimed point too: within a few pixels' worth along the slanted plane.
-            EXPECT_LT((hit.world - target).length(), 4 * engine().camera().displayUnitsPerPixel(target));
-            // The engine's hit test on the geometry, at the centre of the pixel read, agrees.
-            const QPointF pixel = screenOf(target);
-            const ZN3DViewerEngine::Hit onGeometry =
-                engine().hitTest({std::floor(pixel.x()) + 0.5, std::floor(pixel.y()) + 0.5});
-            EXPECT_EQ(onGeometry.id, 7);
-            EXPECT_LT((onGeometry.world - hit.world).length(), extent / 1000);
-        }
+    for (double exaggeration : {1.0, 3.0}) {
+        engine().setCamera([&] {
+            ZN3DCamera camera = engine().camera();
+            camera.setOrientation(300, 35);
+            camera.setVerticalExaggeration(exaggeration);
+            return camera;
+        }());
+        engine().fitAll();
+        picture(QStringLiteral("picking_exaggerated_%1").arg(exaggeration));
+        for (double a : {0.2, 0.5, 0.8})
+            for (double b : {0.25, 0.75}) {
+                SCOPED_TRACE(testing::Message() << "exaggeration " << exaggeration << " at " << a << ", " << b);
+                const core::vec3 target = origin + alongStrike * a + downDip * b;
+                const ZN3DViewerEngine::Hit hit = viewer->pickAt(screenOf(target));
+                ASSERT_EQ(hit.id, 7);
+                // World coordinates, not exaggerated ones: on the fault's plane, and near
+                // the aim, within a few pixels' worth along the slanted plane.
+                EXPECT_LT(std::fabs((hit.world - origin).dot(normal)), extent / 100);
+                EXPECT_LT((hit.world - target).length(), 4 * engine().camera().displayUnitsPerPixel(target));
+                // The engine's hit test on the geometry, at the centre of the pixel read, agrees.
+                const QPointF pixel = screenOf(target);
+                const ZN3DViewerEngine::Hit onGeometry =
+                    engine().hitTest({std::floor(pixel.x()) + 0.5, std::floor(pixel.y()) + 0.5});
+                EXPECT_EQ(onGeometry.id, 7);
+                EXPECT_LT((onGeometry.world - hit.world).length(), extent / 1000);
+            }
+    }
     EXPECT_FALSE(viewer->pickAt(QPointF(1, 1)).isHit());
     EXPECT_FALSE(viewer->pickAt(QPointF(-5, 10)).isHit());
     EXPECT_FALSE(viewer->pickAt(QPointF(kWidth + 3, 10)).isHit());
