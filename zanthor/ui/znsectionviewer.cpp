@@ -28,6 +28,7 @@ bool ZNSectionTool::keyPress(ZNSectionViewer&, QKeyEvent*) { return false; }
 ZNSectionViewer::ZNSectionViewer(std::unique_ptr<ZNSeismicViewerAbstractEngine> engine, QWidget* parent)
     : QWidget(parent), m_engine(std::move(engine))
 {
+    qRegisterMetaType<core::vec3>("core::vec3");
     setObjectName(QStringLiteral("sectionViewer"));
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
@@ -133,8 +134,10 @@ void ZNSectionViewer::paintAxes(QPainter& painter)
     painter.setPen(palette().windowText().color());
     painter.drawRect(inner.adjusted(0, 0, -1, -1));
     const QFontMetrics metrics(font());
-    painter.drawText(QRect(kLeftMargin, 2, width() - kLeftMargin - kRightMargin, metrics.height()),
-                     Qt::AlignLeft | Qt::AlignVCenter, m_engine->sectionTitle());
+    // The title line: the section on the left, what runs across on the right.
+    const QRect titleLine(kLeftMargin, 2, inner.width(), metrics.height());
+    painter.drawText(titleLine, Qt::AlignLeft | Qt::AlignVCenter, m_engine->sectionTitle());
+    painter.drawText(titleLine, Qt::AlignRight | Qt::AlignVCenter, m_engine->acrossTitle() + QStringLiteral(" \u2192"));
     const int axisY = inner.top();
     for (const auto& tick : m_engine->acrossTicks(kTickSpacing)) {
         const double x = m_engine->imageToViewport(QPointF(tick.position, 0.0)).x();
@@ -147,17 +150,17 @@ void ZNSectionViewer::paintAxes(QPainter& painter)
         const double y = m_engine->imageToViewport(QPointF(0.0, tick.position)).y();
         if (y < area.top() - 0.5 || y > area.bottom() + 0.5) continue;
         painter.drawLine(QPointF(inner.left(), y), QPointF(inner.left() - kTickLength, y));
-        painter.drawText(QRectF(0, y - metrics.height() / 2.0, inner.left() - kTickLength - 2, metrics.height()),
+        const double labelLeft = metrics.height() + 4;  // right of the rotated title
+        painter.drawText(QRectF(labelLeft, y - metrics.height() / 2.0, inner.left() - kTickLength - 2 - labelLeft,
+                                metrics.height()),
                          Qt::AlignRight | Qt::AlignVCenter, tick.label);
     }
     painter.save();
-    painter.translate(12, inner.center().y());
+    painter.translate(2, inner.center().y());
     painter.rotate(-90);
-    painter.drawText(QRect(-inner.height() / 2, -metrics.height(), inner.height(), metrics.height() + 4),
-                     Qt::AlignCenter, m_engine->downTitle());
+    painter.drawText(QRect(-inner.height() / 2, 0, inner.height(), metrics.height()), Qt::AlignCenter,
+                     m_engine->downTitle());
     painter.restore();
-    painter.drawText(QRect(kLeftMargin, metrics.height() + 2, inner.width(), metrics.height()), Qt::AlignRight,
-                     m_engine->acrossTitle());
 }
 
 void ZNSectionViewer::paintColourBar(QPainter& painter)

@@ -11,6 +11,9 @@
 
 class ZNSectionDrawable;
 
+// World points travel in signals, also between threads.
+Q_DECLARE_METATYPE(core::vec3)
+
 // The widget of a section viewer: paints what its engine shows (the section through its
 // colour scale, the drawables, the reference point, the annotated axes, the colour bar
 // and the section's title) and forwards the user's gestures, first to the tool of the
@@ -23,7 +26,7 @@ class ZNSectionDrawable;
 class ZNSectionViewer : public QWidget {
     Q_OBJECT
 public:
-    static constexpr int kLeftMargin = 64;    // pixels for the vertical axis
+    static constexpr int kLeftMargin = 84;    // pixels for the vertical axis and its title
     static constexpr int kTopMargin = 44;     // the title and the horizontal axis
     static constexpr int kRightMargin = 76;   // the colour bar
     static constexpr int kBottomMargin = 12;
