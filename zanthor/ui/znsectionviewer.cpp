@@ -85,9 +85,7 @@ void ZNSectionViewer::step(int steps)
 
 void ZNSectionViewer::resizeEvent(QResizeEvent*)
 {
-    const bool first = m_engine->viewportSize() == QSize(1, 1);
     m_engine->setViewportSize(size());
-    if (first) m_engine->fit();
 }
 
 void ZNSectionViewer::paintEvent(QPaintEvent*)
