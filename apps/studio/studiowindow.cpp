@@ -71,6 +71,12 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
         if (m_currentVolume == volume) m_currentVolume = nullptr;
     });
     connect(this, &StudioWindow::currentFaultChanged, m_views, &StudioViews::setCurrentFault);
+    connect(m_views, &StudioViews::faultClicked, this,
+            [this](FaultSetDocument* document, int faultId) { m_studioTree->selectFault(document, faultId); });
+    connect(m_studioTree, &StudioTree::centreRequested, this, [this](FaultSetDocument* document, int faultId) {
+        core::vec3 centre;
+        if (document->faultCentre(faultId, centre)) m_views->centreOn(centre);
+    });
     m_askUnsaved = [this](FaultSetDocument* document) {
         return QMessageBox::question(this, tr("Unsaved changes"),
                                      tr("The fault set \"%1\" has unsaved changes. Save them?").arg(document->name()),
