@@ -18,6 +18,7 @@
 namespace {
 constexpr int kMaxDecimals = 6;
 constexpr int kExtraRowHeight = 4;  // pixels, so that framed editors fit a row
+constexpr int kGroupShade = 108;    // group rows: the button colour darkened by this percentage
 // The editor's value when the editor was filled, to tell a real change from a commit
 // of what was shown.
 const char* const kInitialValue = "znInitialValue";
@@ -160,7 +161,7 @@ void ZNPropertyDelegate::paint(QPainter* painter, const QStyleOptionViewItem& op
                                const QModelIndex& index) const
 {
     if (ZNPropertyModel::isGroup(index) && qobject_cast<const ZNPropertyModel*>(index.model()))
-        painter->fillRect(option.rect, option.palette.button());
+        painter->fillRect(option.rect, option.palette.color(QPalette::Button).darker(kGroupShade));
     QStyledItemDelegate::paint(painter, option, index);
 }
 

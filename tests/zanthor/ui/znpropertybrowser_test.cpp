@@ -20,6 +20,8 @@
 #include <znpropertybrowser.h>
 #include <znpropertydelegate.h>
 
+#include <propertybrowserdriver.h>
+
 namespace {
 
 const QStringList kMethodNames = {QStringLiteral("Convex"), QStringLiteral("Minimum"), QStringLiteral("Other")};
@@ -93,52 +95,15 @@ public:  // the edit cases' steps call the helpers
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&browser));
     }
 
-    QRect cell(const QString& id, int column = ZNPropertyModel::ValueColumn)
-    {
-        return browser.visualRect(browser.indexOf(id, column));
-    }
-    void click(const QString& id)
-    {
-        QTest::mouseClick(browser.viewport(), Qt::LeftButton, {}, cell(id).center());
-    }
-    // The editor a click on the value of `id` opened; null when none opened. The click
-    // makes the cell current (a click on the current cell opens its editor only after the
-    // double-click interval).
-    QWidget* openEditor(const QString& id)
-    {
-        browser.setCurrentIndex(QModelIndex());
-        click(id);
-        return browser.indexWidget(browser.indexOf(id));
-    }
-    void commit(QWidget* editor)
-    {
-        QTest::keyClick(editor, Qt::Key_Return);
-        QCoreApplication::processEvents();  // the commit is queued
-    }
-    void typeAndCommit(const QString& id, const QString& text)
-    {
-        QWidget* editor = openEditor(id);
-        ASSERT_NE(editor, nullptr) << id.toStdString();
-        QTest::keyClick(editor, Qt::Key_A, Qt::ControlModifier);
-        QTest::keyClicks(editor, text);
-        commit(editor);
-    }
-    // Opens the enumeration editor of `id` and clicks the entry `row` in its popup.
-    void pickFromPopup(const QString& id, int row)
-    {
-        auto* combo = qobject_cast<QComboBox*>(openEditor(id));
-        ASSERT_NE(combo, nullptr);
-        combo->showPopup();
-        QAbstractItemView* list = combo->view();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(list->window()));
-        QTest::qWait(QApplication::doubleClickInterval() + 50);  // a popup ignores an early release
-        const QPoint at = list->visualRect(list->model()->index(row, 0)).center();
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, at);
-        QCoreApplication::processEvents();
-    }
+    void click(const QString& id) { drive.click(id); }
+    QWidget* openEditor(const QString& id) { return drive.openEditor(id); }
+    void commit(QWidget* editor) { drive.commit(editor); }
+    void typeAndCommit(const QString& id, const QString& text) { drive.typeAndCommit(id, text); }
+    void pickFromPopup(const QString& id, int row) { drive.pickFromPopup(id, row); }
     QVariant valueOf(const QString& id) const { return browser.sheet().property(id)->value; }
 
     ZNPropertyBrowser browser;
+    PropertyBrowserDriver drive{browser};
     QSignalSpy edited{&browser, &ZNPropertyBrowser::propertyEdited};
 };
 
@@ -309,7 +274,7 @@ TEST_F(PropertyBrowser, ReadOnlyAndDisabledRowsCannotBeEdited)
         const QModelIndex value = browser.indexOf(id);
         answerColorDialog(Qt::black, &dialogs);
         click(id);
-        QTest::mouseDClick(browser.viewport(), Qt::LeftButton, {}, cell(id).center());
+        QTest::mouseDClick(browser.viewport(), Qt::LeftButton, {}, drive.cell(id).center());
         for (Qt::Key key : {Qt::Key_Space, Qt::Key_F2, Qt::Key_X}) QTest::keyClick(&browser, key);
         QCoreApplication::processEvents();
         EXPECT_EQ(browser.indexWidget(value), nullptr) << "no editor opened";
