@@ -117,4 +117,16 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
     return result;
 }
 
+FaultExtraction extractFaults(const ZN3DImage<float>& likelihood, const georef::UnitObject& units,
+                              const FaultExtractionSettings& settings, int progressParent,
+                              const ExtractionStepObserver& observer)
+{
+    FaultExtractionSettings reading = settings;
+    reading.releaseLikelihood = false;
+    // Without release nothing writes to the likelihood: the segmentation only reads its
+    // input, though its signature, kept for compatibility, takes a mutable image.
+    return extractFaults(const_cast<ZN3DImage<float>&>(likelihood), units, reading, progressParent,
+                         observer);
+}
+
 } // namespace fault

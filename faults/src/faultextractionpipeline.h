@@ -73,6 +73,13 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
                               const FaultExtractionSettings& settings, int progressParent = -1,
                               const ExtractionStepObserver& observer = {});
 
+// The same on a likelihood the caller keeps and may share with other readers (a volume
+// shown in the viewers while a worker extracts from it): it is only read, whatever
+// settings.releaseLikelihood says.
+FaultExtraction extractFaults(const ZN3DImage<float>& likelihood, const georef::UnitObject& units,
+                              const FaultExtractionSettings& settings, int progressParent = -1,
+                              const ExtractionStepObserver& observer = {});
+
 // Number of faults of an automatic fault set that hold voxels (roots of patches with
 // voxels).
 int countFaultsWithVoxels(const ZNFaultPatchManager& set);

@@ -53,6 +53,19 @@ SurfaceSettings surfaceSettingsFor(const georef::BlocSpace& space,
     return s;
 }
 
+exchange::TriangleMesh triangleMeshOf(const ZN3DFaultPatch& patch)
+{
+    exchange::TriangleMesh mesh;
+    mesh.name = patch.GetFaultName();
+    const core::Array<core::vec3>& points = patch.getPoints();
+    mesh.vertices.assign(points.begin(), points.end());
+    mesh.triangles.reserve(static_cast<std::size_t>(patch.getNumberOfFacettes()));
+    for (const ZNFacette& f : patch.getFacettes())
+        mesh.triangles.push_back({static_cast<int>(f.index[0]), static_cast<int>(f.index[1]),
+                                  static_cast<int>(f.index[2])});
+    return mesh;
+}
+
 FaultSurface meshFault(ZNFaultPatchManager& set, int faultId, const SurfaceSettings& settings)
 {
     FaultSurface surface;
@@ -66,13 +79,7 @@ FaultSurface meshFault(ZNFaultPatchManager& set, int faultId, const SurfaceSetti
     patch->setTimePrecision(settings.zSampling);
     patch->setInterpolationSize(settings.interpolationSize);
     if (!patch->updateMeshWithPickedPoint()) return surface;
-
-    const core::Array<core::vec3>& points = patch->getPoints();
-    surface.mesh.vertices.assign(points.begin(), points.end());
-    surface.mesh.triangles.reserve(static_cast<std::size_t>(patch->getNumberOfFacettes()));
-    for (const ZNFacette& f : patch->getFacettes())
-        surface.mesh.triangles.push_back({static_cast<int>(f.index[0]), static_cast<int>(f.index[1]),
-                                          static_cast<int>(f.index[2])});
+    surface.mesh = triangleMeshOf(*patch);
     const double computed = patch->getComputedArea();
     surface.area = computed == core::kNoValueReal ? core::kNoValueReal
                                                    : computed * ZN3DFaultPatch::kAreaScale;

@@ -6,6 +6,7 @@
 #include <zn3dfaultpatchlight.h>
 #include <znfaultsticksfromvoxels.h>
 
+class ZN3DFaultPatch;
 class ZNFaultPatchManager;
 
 // Fault surfaces of an extraction: every fault of a picked fault set meshed from its
@@ -43,6 +44,10 @@ struct FaultSurface {
     exchange::TriangleMesh mesh;
     double area = -9999.0;   // -9999 when the fault gives no triangle
 };
+
+// The mesh of a 3D fault patch as an exchange mesh named after its fault: its points and
+// facettes as they are, in world coordinates.
+exchange::TriangleMesh triangleMeshOf(const ZN3DFaultPatch& patch);
 
 // Meshes fault `faultId` of the picked fault set `set` with a temporary 3D fault patch
 // made from its descriptor and sticks, with `settings` as gridding parameters. A fault
