@@ -12,6 +12,8 @@
 // an editor that rounds (a double spin box's decimals) never reports a change of its own;
 // the model then ignores any value equal to the stored one.
 //
+// The editor is chosen by kind alone: a row's `editor` name ("StyleSettings") asks for
+// what its kind already gives (an enumeration with icons, an integer with its range).
 // Works on a ZNPropertyModel; on any other model it behaves as QStyledItemDelegate.
 class ZNPropertyDelegate : public QStyledItemDelegate {
     Q_OBJECT
