@@ -55,6 +55,33 @@ ZNFrame::ZNFrame(const QString& settingsGroup, QWidget* parent)
         connect(a, &QAction::triggered, this, [this, mode] { setViewMode(mode); });
     }
     m_windowMenu->addSeparator();
+    m_windowsSeparator = m_windowMenu->addSeparator();
+    connect(m_windowMenu, &QMenu::aboutToShow, this, &ZNFrame::rebuildWindowList);
+    addActionHandler(QStringLiteral("UPDATE_WINDOW_MANAGER"), [this](ZNObject*) {
+        rebuildWindowList();
+        emit windowsChanged();
+    });
+}
+
+QStringList ZNFrame::subWindowTitles() const
+{
+    QStringList titles;
+    for (const QMdiSubWindow* sub : m_mdi->subWindowList()) titles << sub->windowTitle();
+    return titles;
+}
+
+void ZNFrame::rebuildWindowList()
+{
+    qDeleteAll(m_windowActions);
+    m_windowActions.clear();
+    for (QMdiSubWindow* sub : m_mdi->subWindowList()) {
+        QAction* a = new QAction(sub->windowTitle(), m_windowMenu);
+        a->setCheckable(true);
+        a->setChecked(sub == m_mdi->activeSubWindow());
+        connect(a, &QAction::triggered, this, [this, sub] { m_mdi->setActiveSubWindow(sub); });
+        m_windowMenu->addAction(a);
+        m_windowActions << a;
+    }
 }
 
 ZNFrame::~ZNFrame() = default;
@@ -119,7 +146,7 @@ QDockWidget* ZNFrame::addDock(const QString& objectName, const QString& title, Q
     dock->setObjectName(objectName);  // saveState() needs it
     dock->setWidget(content);
     addDockWidget(area, dock);
-    m_windowMenu->addAction(dock->toggleViewAction());
+    m_windowMenu->insertAction(m_windowsSeparator, dock->toggleViewAction());
     return dock;
 }
 

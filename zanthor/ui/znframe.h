@@ -22,6 +22,9 @@ class ZNObject;
 // threads there). An action nobody handles is dropped. Handlers may add or remove
 // handlers while an action is routed; the change applies to the next action.
 //
+// The frame handles "UPDATE_WINDOW_MANAGER" itself: the Window menu's list of
+// sub-windows (activated by a click) is rebuilt and windowsChanged() emitted.
+//
 // The window's geometry, dock layout and sub-window view mode are kept in the user's
 // settings under the group given at construction, saved when the frame closes and
 // restored by restoreLayout(). Files dropped on the window are announced by
@@ -52,8 +55,10 @@ public:
     // A dock of `content` (owned by the dock) on `area`, listed in the Window menu.
     QDockWidget* addDock(const QString& objectName, const QString& title, QWidget* content,
                          Qt::DockWidgetArea area);
-    // The "Window" menu: the view modes, then one toggle per dock.
+    // The "Window" menu: the view modes, one toggle per dock, then the sub-windows.
     QMenu* windowMenu() const { return m_windowMenu; }
+    // Titles of the sub-windows as the Window menu lists them, in the MDI area's order.
+    QStringList subWindowTitles() const;
 
     const QString& settingsGroup() const { return m_settingsGroup; }
     // Writes the window geometry, dock layout and view mode to the settings.
@@ -64,6 +69,8 @@ public:
 signals:
     // Local files dropped on the window, in the order of the drop.
     void filesDropped(const QStringList& paths);
+    // The list of sub-windows was rebuilt ("UPDATE_WINDOW_MANAGER").
+    void windowsChanged();
 
 protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -71,6 +78,8 @@ protected:
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void rebuildWindowList();
+
     struct Handler {
         QString action;
         ActionHandler call;
@@ -79,6 +88,8 @@ private:
     QString m_settingsGroup;
     QMdiArea* m_mdi = nullptr;
     QMenu* m_windowMenu = nullptr;
+    QAction* m_windowsSeparator = nullptr;  // the sub-windows are listed after it
+    QList<QAction*> m_windowActions;
     ViewMode m_viewMode = ViewMode::Tiled;
     std::map<int, Handler> m_handlers;  // by handle, so by order of addition
     int m_nextHandle = 1;

@@ -1,6 +1,7 @@
 #include "znguieventbus.h"
 
 #include <QDateTime>
+#include <QThread>
 
 ZNGuiEventBus::ZNGuiEventBus(ZNMessageLog* log, ZNNotificationArea* notifications)
     : m_log(log), m_notifications(notifications), m_previous(ZNEventBus::install(this))
@@ -19,11 +20,12 @@ void ZNGuiEventBus::message(int kind, const QString& text)
     QPointer<ZNMessageLog> log = m_log;
     QPointer<ZNNotificationArea> notifications = m_notifications;
     if (!log) return;
+    const bool notify = kind == ZNEventBus::Error && QThread::currentThread() == log->thread();
     QMetaObject::invokeMethod(
         log,
-        [log, notifications, kind, text, time] {
+        [log, notifications, kind, text, time, notify] {
             if (log) log->append(kind, text, time);
-            if (kind == ZNEventBus::Error && notifications) notifications->notify(text);
+            if (notify && notifications) notifications->notify(text);
         },
         Qt::AutoConnection);
 }

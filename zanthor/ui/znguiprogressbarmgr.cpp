@@ -58,15 +58,21 @@ void ZNGuiProgressBarMgr::scheduleRefresh()
         if (m_refreshPending) return;
         m_refreshPending = true;
     }
-    // Runs on the GUI thread: a timer started there redraws once the delay has passed,
-    // taking in every change made meanwhile.
+    // On the GUI thread: redraws at once when the last redraw is old enough, otherwise
+    // once refreshMs has passed since it, taking in every change made meanwhile.
     QMetaObject::invokeMethod(
-        this, [this] { QTimer::singleShot(m_refreshMs, this, &ZNGuiProgressBarMgr::refresh); },
+        this,
+        [this] {
+            const qint64 since = m_sinceRefresh.isValid() ? m_sinceRefresh.elapsed() : m_refreshMs;
+            if (since >= m_refreshMs) refresh();
+            else QTimer::singleShot(static_cast<int>(m_refreshMs - since), this, &ZNGuiProgressBarMgr::refresh);
+        },
         Qt::QueuedConnection);
 }
 
 void ZNGuiProgressBarMgr::refresh()
 {
+    m_sinceRefresh.start();
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_refreshPending = false;

@@ -2,6 +2,7 @@
 #include <map>
 #include <mutex>
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QPointer>
 
@@ -13,8 +14,9 @@ class ZNProgressPanel;
 // thread) appear in a progress panel, nested bars as one group under their outermost
 // bar, and the panel's Cancel button cancels that outermost bar, so the operation stops
 // at its next check. The operation's thread never waits for the panel: each change only
-// marks the panel out of date, and the panel redraws at most every refreshMs()
-// milliseconds on the GUI thread from a copy of the open bars. Installs itself for its
+// marks the panel out of date, and the panel redraws on the GUI thread from a copy of
+// the open bars, at once after a quiet spell and at most every refreshMs() milliseconds
+// while changes keep coming. Installs itself for its
 // lifetime and restores the previous manager after.
 class ZNGuiProgressBarMgr : public QObject, public ZNProgressBarMgr {
     Q_OBJECT
@@ -44,4 +46,5 @@ private:
     std::map<int, Bar> m_open;          // copy of the open bars, for the panel
     bool m_refreshPending = false;      // a refresh is queued on the GUI thread
     int m_refreshMs = kDefaultRefreshMs;
+    QElapsedTimer m_sinceRefresh;       // since the last redraw (GUI thread only)
 };

@@ -27,6 +27,10 @@ ZNObjectTree::ZNObjectTree(QWidget* parent) : QTreeView(parent), m_model(new QSt
     connect(m_model, &QStandardItemModel::itemChanged, this, &ZNObjectTree::onItemChanged);
     connect(selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& current) { emit itemSelected(m_model->itemFromIndex(current)); });
+    // An edit closed without a change (Escape, or Enter on the same text) ends the
+    // renaming; a changed text arrives through itemChanged first.
+    connect(itemDelegate(), &QAbstractItemDelegate::closeEditor, this,
+            [this] { endRenaming(m_model->itemFromIndex(m_renaming)); });
     connect(this, &QWidget::customContextMenuRequested, this, [this](const QPoint& pos) {
         QStandardItem* item = m_model->itemFromIndex(indexAt(pos));
         if (!item) return;
@@ -126,6 +130,29 @@ void ZNObjectTree::selectItem(QStandardItem* item)
     scrollTo(index);
 }
 
+void ZNObjectTree::renameItem(QStandardItem* item)
+{
+    if (!item) return;
+    m_textBeforeRename = item->text();
+    m_settingCheck = true;  // these changes are not the user's
+    item->setData(true, RenamingRole);
+    item->setEditable(true);
+    m_settingCheck = false;
+    m_renaming = item->index();
+    selectItem(item);
+    edit(item->index());
+}
+
+void ZNObjectTree::endRenaming(QStandardItem* item)
+{
+    m_renaming = QPersistentModelIndex();
+    if (!item || !item->data(RenamingRole).toBool()) return;
+    m_settingCheck = true;
+    item->setData(false, RenamingRole);
+    item->setEditable(false);
+    m_settingCheck = false;
+}
+
 QMenu* ZNObjectTree::buildContextMenu(QStandardItem* item)
 {
     auto* menu = new QMenu(this);
@@ -135,7 +162,18 @@ QMenu* ZNObjectTree::buildContextMenu(QStandardItem* item)
 
 void ZNObjectTree::onItemChanged(QStandardItem* item)
 {
-    if (m_settingCheck || !item->isCheckable()) return;
+    if (m_settingCheck) return;
+    if (item->data(RenamingRole).toBool()) {
+        const QString text = item->text();
+        endRenaming(item);
+        if (text == m_textBeforeRename) return;
+        m_settingCheck = true;
+        item->setText(m_textBeforeRename);  // the owner shows the new name once applied
+        m_settingCheck = false;
+        emit itemRenamed(item, text);
+        return;
+    }
+    if (!item->isCheckable()) return;
     // itemChanged also fires for text and icon changes: report real toggles only.
     const bool checked = item->checkState() == Qt::Checked;
     const QVariant previous = item->data(ReportedCheckRole);

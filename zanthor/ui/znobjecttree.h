@@ -23,6 +23,7 @@ public:
         IdRole,                         // an id within the object (a fault id); -9999 for none
         KindRole,                       // a short kind name ("volume", "faultSet", "fault")
         ReportedCheckRole,              // the check state last reported or set (internal)
+        RenamingRole,                   // true while the user edits the item's text (internal)
     };
 
     explicit ZNObjectTree(QWidget* parent = nullptr);
@@ -53,6 +54,11 @@ public:
     // Makes `item` current and selected, scrolled into view (null clears the selection).
     void selectItem(QStandardItem* item);
 
+    // Opens the item's text for the user to edit in place; the new text comes out as
+    // itemRenamed (nothing when the edit is abandoned or leaves the text as it was), and
+    // the item shows its former text until its owner sets the new one.
+    void renameItem(QStandardItem* item);
+
     // A context menu for `item`, filled by the receivers of contextMenuRequested; owned
     // by the caller. The tree shows it on a right click when it is not empty.
     QMenu* buildContextMenu(QStandardItem* item);
@@ -60,11 +66,15 @@ public:
 signals:
     void itemSelected(QStandardItem* item);
     void itemChecked(QStandardItem* item, bool checked);
+    void itemRenamed(QStandardItem* item, const QString& text);
     void contextMenuRequested(QStandardItem* item, QMenu* menu);
 
 private:
     void onItemChanged(QStandardItem* item);
+    void endRenaming(QStandardItem* item);
 
+    QString m_textBeforeRename;
+    QPersistentModelIndex m_renaming;  // the item being renamed
     QStandardItemModel* m_model;
     bool m_settingCheck = false;  // setChecked is changing a check state
 };

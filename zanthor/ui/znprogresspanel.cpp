@@ -57,9 +57,11 @@ void ZNProgressPanel::clearLines()
 
 void ZNProgressPanel::showBars(const std::map<int, ZNProgressBarMgr::Bar>& bars)
 {
+    const bool wasActive = m_taskCount > 0;
     clearLines();
     if (bars.empty()) {
         hide();
+        if (wasActive) emit activityChanged(false);
         return;
     }
     m_content = new QWidget(this);
@@ -104,6 +106,7 @@ void ZNProgressPanel::showBars(const std::map<int, ZNProgressBarMgr::Bar>& bars)
     }
     m_layout->addWidget(m_content);
     show();
+    if (!wasActive) emit activityChanged(true);
 }
 
 QStringList ZNProgressPanel::lineTexts() const

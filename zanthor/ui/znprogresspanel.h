@@ -30,6 +30,8 @@ public:
 signals:
     // Emitted after the user asked to cancel task `rootId`.
     void cancelRequested(int rootId);
+    // Bars appeared (true) or the last one went (false): a host shows the panel's dock.
+    void activityChanged(bool active);
 
 private:
     void clearLines();
