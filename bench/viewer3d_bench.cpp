@@ -201,7 +201,7 @@ std::vector<int> demoScene(ZN3DViewerEngine& engine, std::vector<std::unique_ptr
         engine.scene().setItem(200 + s, section, false);
     }
     ZN3DBoxItem volume;
-    volume.box = box;
+    volume.setBox(box);
     volume.axes = {ZN3DBoxItem::Axis{"Inline", 1, 128}, {"Time", 0, 2000}, {"Crossline", 1, 128}};
     engine.scene().setItem(300, volume, false);
     engine.scene().setItem(301, ZN3DReferencePointItem{middle}, false);

@@ -211,11 +211,9 @@ void ZN3DRenderer::upload(const ZN3DScene::Item& item, GpuItem& gpu)
         break;
     }
     case ZN3DScene::Kind::Box: {
-        const geom::Box3& box = std::get<ZN3DBoxItem>(item.content).box;
+        const ZN3DBoxItem& box = std::get<ZN3DBoxItem>(item.content);
         if (box.isEmpty()) break;
-        for (int corner = 0; corner < 8; ++corner)
-            addVertex({(corner & 1) ? box.high.x : box.low.x, (corner & 2) ? box.high.y : box.low.y,
-                       (corner & 4) ? box.high.z : box.low.z});
+        for (const core::vec3& corner : box.corners) addVertex(isFinite(corner) ? corner : item.origin);
         // Corners differing in one bit are joined.
         for (GLuint corner = 0; corner < 8; ++corner)
             for (GLuint bit = 1; bit < 8; bit <<= 1)

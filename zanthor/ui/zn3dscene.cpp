@@ -27,10 +27,17 @@ struct BoxOf {
     {
         geom::Box3 box;
         for (const core::vec3& p : section.corners)
-            if (isFinite(p)) box.include(p);
+            if (p.x != core::kNoValueReal && isFinite(p)) box.include(p);
         return box;
     }
-    geom::Box3 operator()(const ZN3DBoxItem& item) const { return item.box; }
+    geom::Box3 operator()(const ZN3DBoxItem& item) const
+    {
+        geom::Box3 box;
+        if (item.isEmpty()) return box;
+        for (const core::vec3& p : item.corners)
+            if (p.x != core::kNoValueReal && isFinite(p)) box.include(p);
+        return box;
+    }
     geom::Box3 operator()(const ZN3DReferencePointItem& point) const
     {
         geom::Box3 box;
@@ -51,6 +58,16 @@ ZN3DPolylineItem ZN3DPolylineItem::fromPickedPoints(const core::Array<core::Poin
         item.points.push_back(p.isSeparator() ? core::vec3(core::kNoValueReal, core::kNoValueReal, core::kNoValueReal)
                                               : p.position());
     return item;
+}
+
+std::array<core::vec3, 8> ZN3DBoxItem::cornersOf(const geom::Box3& box)
+{
+    std::array<core::vec3, 8> corners;
+    for (int k = 0; k < 8; ++k)
+        corners[size_t(k)] = box.isEmpty() ? core::vec3(core::kNoValueReal, core::kNoValueReal, core::kNoValueReal)
+                                           : core::vec3((k & 1) ? box.high.x : box.low.x, (k & 2) ? box.high.y : box.low.y,
+                                                        (k & 4) ? box.high.z : box.low.z);
+    return corners;
 }
 
 bool ZN3DScene::Item::isDrawn() const

@@ -51,19 +51,29 @@ struct ZN3DSectionItem {
     float opacity = 1.0f;  // 0 transparent .. 1 opaque
 };
 
-// The edges of a box with a label per axis: the axis name at the middle of one edge
-// along that axis and the values of its two ends beside them (for instance "Inline",
-// 1 and 128 along world x). An axis of empty name has no labels.
+// The twelve edges of a box, a volume's outline, with a label per axis: the axis name at
+// the middle of one edge along that axis and the values of its two ends beside them
+// (for instance "Inline", 1 and 128). The box is any hexahedron with parallel faces (a
+// survey's grid, rotated on the map): corner k is at the low or the high end of each
+// axis, axis a's high end when bit a of k is set, so that the edges along axis a join
+// the corners that differ in bit a only. An axis of empty name has no labels.
 struct ZN3DBoxItem {
     struct Axis {
         QString name;
-        double first = 0.0;  // the value shown at the low end (the box's low coordinate)
+        double first = 0.0;  // the value shown at the low end
         double last = 0.0;   // at the high end
     };
 
-    geom::Box3 box;
+    std::array<core::vec3, 8> corners = cornersOf(geom::Box3());  // world; empty at first
     QColor colour = Qt::white;
-    std::array<Axis, 3> axes;  // along world x, y, z
+    std::array<Axis, 3> axes;
+
+    // The corners of an axis-aligned world box, its axes world x, y and z; all -9999 for an
+    // empty box.
+    static std::array<core::vec3, 8> cornersOf(const geom::Box3& box);
+    void setBox(const geom::Box3& box) { corners = cornersOf(box); }
+    // Whether the corners are set (the first is not -9999).
+    bool isEmpty() const { return corners[0].x == core::kNoValueReal; }
 };
 
 // A 3D cross: three arms along the display axes through `position`, of a constant

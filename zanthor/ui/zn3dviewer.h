@@ -2,15 +2,13 @@
 #include <memory>
 
 #include <QImage>
-#include <QMetaType>
 #include <QOpenGLWidget>
 
 #include <core/vec3.h>
 
 #include "zn3drenderer.h"
 #include "zn3dviewerengine.h"
-
-Q_DECLARE_METATYPE(core::vec3)
+#include "znmetatypes.h"
 
 // The host's 3D view: a QOpenGLWidget that shows the scene of its engine (see
 // ZN3DViewerEngine for the gestures and keys, ZN3DScene for the items) through a

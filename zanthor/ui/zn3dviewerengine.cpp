@@ -200,24 +200,21 @@ std::vector<ZN3DViewerEngine::Label> ZN3DViewerEngine::labels() const
     std::vector<Label> labels;
     for (const ZN3DScene::Item* item : drawOrder()) {
         const auto* boxItem = std::get_if<ZN3DBoxItem>(&item->content);
-        if (!boxItem || boxItem->box.isEmpty()) continue;
-        const geom::Box3& box = boxItem->box;
-        const core::vec2 centre = m_camera.worldToScreen((box.low + box.high) / 2.0);
+        if (!boxItem || boxItem->isEmpty()) continue;
+        const std::array<core::vec3, 8>& corners = boxItem->corners;
+        const core::vec2 centre = m_camera.worldToScreen((corners[0] + corners[7]) / 2.0);
         if (centre.x == core::kNoValueReal) continue;
-        for (int axis = 0; axis < 3; ++axis) {
+        for (size_t axis = 0; axis < 3; ++axis) {
             const ZN3DBoxItem::Axis& labelled = boxItem->axes[axis];
             if (labelled.name.isEmpty()) continue;
-            // The four edges along `axis`: the other two coordinates at low or high.
-            const int u = (axis + 1) % 3, v = (axis + 2) % 3;
+            // The four edges along `axis`: from each corner at its low end.
+            const size_t bit = size_t(1) << axis;
             double farthest = -1.0;
             core::vec3 bestLow, bestHigh;
             core::vec2 bestMiddle;
-            for (int corner = 0; corner < 4; ++corner) {
-                core::vec3 low = box.low;
-                low[u] = (corner & 1) ? box.high[u] : box.low[u];
-                low[v] = (corner & 2) ? box.high[v] : box.low[v];
-                core::vec3 high = low;
-                high[axis] = box.high[axis];
+            for (size_t corner = 0; corner < 8; ++corner) {
+                if (corner & bit) continue;
+                const core::vec3 low = corners[corner], high = corners[corner | bit];
                 const core::vec2 middle = m_camera.worldToScreen((low + high) / 2.0);
                 if (middle.x == core::kNoValueReal) continue;
                 const double out = (middle - centre).length();

@@ -164,18 +164,11 @@ ZN3DViewerEngine::Hit ZN3DViewerEngine::hitItem(const ZN3DScene::Item& item, con
         return hit;
     }
     case ZN3DScene::Kind::Box: {
-        const geom::Box3& box = std::get<ZN3DBoxItem>(item.content).box;
+        const ZN3DBoxItem& box = std::get<ZN3DBoxItem>(item.content);
         if (box.isEmpty()) return hit;
-        for (int axis = 0; axis < 3; ++axis)
-            for (int corner = 0; corner < 4; ++corner) {
-                const int u = (axis + 1) % 3, v = (axis + 2) % 3;
-                core::vec3 low = box.low;
-                low[u] = (corner & 1) ? box.high[u] : box.low[u];
-                low[v] = (corner & 2) ? box.high[v] : box.low[v];
-                core::vec3 high = low;
-                high[axis] = box.high[axis];
-                ends.push_back(low), ends.push_back(high);
-            }
+        for (size_t corner = 0; corner < 8; ++corner)
+            for (size_t bit = 1; bit < 8; bit <<= 1)
+                if (!(corner & bit)) ends.push_back(box.corners[corner]), ends.push_back(box.corners[corner | bit]);
         break;
     }
     case ZN3DScene::Kind::ReferencePoint: {

@@ -209,8 +209,10 @@ TEST(Engine, ABoxIsLabelledOnItsOutermostEdgesAwayFromItsCentre)
     ZN3DViewerEngine engine;
     engine.setViewport(400, 400);
     ZN3DBoxItem box;
-    box.box.include({0, 0, 0});
-    box.box.include({1270, 500, 1270});
+    geom::Box3 extent;
+    extent.include({0, 0, 0});
+    extent.include({1270, 500, 1270});
+    box.setBox(extent);
     box.axes[0] = {"Inline", 1, 128};
     box.axes[2] = {"Crossline", 10, 137};  // y has no name: no label
     engine.scene().setItem(1, box);

@@ -384,8 +384,10 @@ TEST_F(ViewerPictures, WireframeAndPointModesDrawLessThanTheFilledSurface)
 TEST_F(ViewerPictures, TheReferenceCrossAndTheLabelledBoxAreDrawn)
 {
     ZN3DBoxItem box;
-    box.box.include({0, 0, 0});
-    box.box.include({1000, 1000, 1000});
+    geom::Box3 extent;
+    extent.include({0, 0, 0});
+    extent.include({1000, 1000, 1000});
+    box.setBox(extent);
     box.colour = Qt::white;
     box.axes[0] = {"Inline", 1, 128};
     box.axes[1] = {"Time", 0, 2000};
