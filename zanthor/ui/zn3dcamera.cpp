@@ -12,12 +12,22 @@ namespace {
 constexpr double kDegToRad = M_PI / 180.0;
 constexpr double kTinyRadius = 1e-9;  // radius of a box of one point
 
-// The column-major array OpenGL and GLU read.
-void columnMajor(const core::mat4& m, GLdouble out[16])
-{
-    for (int r = 0; r < 4; ++r)
-        for (int c = 0; c < 4; ++c) out[4 * c + r] = m(r, c);
-}
+// The matrices and viewport as GLU reads them: column-major arrays.
+struct GluView {
+    GLdouble model[16];
+    GLdouble projection[16];
+    GLint viewport[4];
+
+    GluView(const core::mat4& modelView, const core::mat4& projectionMatrix, int width, int height)
+        : viewport{0, 0, width, height}
+    {
+        for (int r = 0; r < 4; ++r)
+            for (int c = 0; c < 4; ++c) {
+                model[4 * c + r] = modelView(r, c);
+                projection[4 * c + r] = projectionMatrix(r, c);
+            }
+    }
+};
 
 } // namespace
 
@@ -239,24 +249,19 @@ core::mat4 ZN3DCamera::projectionMatrix() const
 
 bool ZN3DCamera::project(const core::vec3& world, core::vec3& window) const
 {
-    GLdouble model[16], projection[16];
-    columnMajor(viewMatrix(), model);
-    columnMajor(projectionMatrix(), projection);
-    const GLint viewport[4] = {0, 0, m_width, m_height};
+    const GluView glu(viewMatrix(), projectionMatrix(), m_width, m_height);
     GLdouble x = 0.0, y = 0.0, z = 0.0;
-    if (gluProject(world.x, world.y, world.z, model, projection, viewport, &x, &y, &z) != GL_TRUE) return false;
+    if (gluProject(world.x, world.y, world.z, glu.model, glu.projection, glu.viewport, &x, &y, &z) != GL_TRUE)
+        return false;
     window = {x, y, z};
     return true;
 }
 
 bool ZN3DCamera::unproject(const core::vec3& window, core::vec3& world) const
 {
-    GLdouble model[16], projection[16];
-    columnMajor(viewMatrix(), model);
-    columnMajor(projectionMatrix(), projection);
-    const GLint viewport[4] = {0, 0, m_width, m_height};
+    const GluView glu(viewMatrix(), projectionMatrix(), m_width, m_height);
     GLdouble x = 0.0, y = 0.0, z = 0.0;
-    if (gluUnProject(window.x, window.y, window.z, model, projection, viewport, &x, &y, &z) != GL_TRUE)
+    if (gluUnProject(window.x, window.y, window.z, glu.model, glu.projection, glu.viewport, &x, &y, &z) != GL_TRUE)
         return false;
     world = {x, y, z};
     return true;

@@ -42,12 +42,13 @@ struct ZN3DRenderer::GpuItem {
 };
 
 // A program and the locations of its uniforms (-1 for those it lacks).
+struct ZN3DRenderer::Program {
+    std::unique_ptr<QOpenGLShaderProgram> program;
+    int modelView = -1, projection = -1, colour = -1, pointSize = -1, lighting = -1, roundPoints = -1,
+        perspective = -1, ambient = -1, viewport = -1, width = -1, image = -1, opacity = -1, picking = -1;
+};
+
 struct ZN3DRenderer::Programs {
-    struct Program {
-        std::unique_ptr<QOpenGLShaderProgram> program;
-        int modelView = -1, projection = -1, colour = -1, pointSize = -1, lighting = -1, roundPoints = -1,
-            perspective = -1, ambient = -1, viewport = -1, width = -1, image = -1, opacity = -1, picking = -1;
-    };
     Program mesh, line, section;
 };
 
@@ -87,7 +88,7 @@ bool ZN3DRenderer::initialize()
 bool ZN3DRenderer::buildPrograms()
 {
     m_programs = std::make_unique<Programs>();
-    auto build = [this](Programs::Program& p, const char* vertex, const char* geometry, const char* fragment) {
+    auto build = [this](Program& p, const char* vertex, const char* geometry, const char* fragment) {
         p.program = std::make_unique<QOpenGLShaderProgram>();
         bool ok = p.program->addShaderFromSourceCode(QOpenGLShader::Vertex, vertex) &&
                   (!geometry || p.program->addShaderFromSourceCode(QOpenGLShader::Geometry, geometry)) &&
@@ -96,20 +97,15 @@ bool ZN3DRenderer::buildPrograms()
             m_error = QStringLiteral("A shader of the 3D view failed: ") + p.program->log();
             return false;
         }
-        QOpenGLShaderProgram& s = *p.program;
-        p.modelView = s.uniformLocation("modelView");
-        p.projection = s.uniformLocation("projection");
-        p.colour = s.uniformLocation("colour");
-        p.pointSize = s.uniformLocation("pointSize");
-        p.lighting = s.uniformLocation("lighting");
-        p.roundPoints = s.uniformLocation("roundPoints");
-        p.perspective = s.uniformLocation("perspective");
-        p.ambient = s.uniformLocation("ambient");
-        p.viewport = s.uniformLocation("viewport");
-        p.width = s.uniformLocation("width");
-        p.image = s.uniformLocation("image");
-        p.opacity = s.uniformLocation("opacity");
-        p.picking = s.uniformLocation("picking");
+        static const std::pair<int Program::*, const char*> uniforms[] = {
+            {&Program::modelView, "modelView"},     {&Program::projection, "projection"},
+            {&Program::colour, "colour"},           {&Program::pointSize, "pointSize"},
+            {&Program::lighting, "lighting"},       {&Program::roundPoints, "roundPoints"},
+            {&Program::perspective, "perspective"}, {&Program::ambient, "ambient"},
+            {&Program::viewport, "viewport"},       {&Program::width, "width"},
+            {&Program::image, "image"},             {&Program::opacity, "opacity"},
+            {&Program::picking, "picking"}};
+        for (const auto& [member, name] : uniforms) p.*member = p.program->uniformLocation(name);
         return true;
     };
     using namespace zn3dshaders;
@@ -363,11 +359,7 @@ void ZN3DRenderer::draw(const ZN3DViewerEngine& engine, const ZN3DScene::Item& i
             drawPoints(gpu, modelView, projection, colour, surface.pointSize + widening);
             break;
         }
-        const Programs::Program& p = m_programs->mesh;
-        p.program->bind();
-        m_gl->glUniformMatrix4fv(p.modelView, 1, GL_FALSE, modelView);
-        m_gl->glUniformMatrix4fv(p.projection, 1, GL_FALSE, projection);
-        m_gl->glUniform4f(p.colour, colour.redF(), colour.greenF(), colour.blueF(), colour.alphaF());
+        const Program& p = use(m_programs->mesh, modelView, projection, colour);
         m_gl->glUniform1i(p.roundPoints, 0);
         m_gl->glUniform1f(p.pointSize, 1.0f);
         m_gl->glUniform1i(p.perspective, camera.projection() == ZN3DCamera::Projection::Perspective);
@@ -404,14 +396,10 @@ void ZN3DRenderer::draw(const ZN3DViewerEngine& engine, const ZN3DScene::Item& i
     }
     case ZN3DScene::Kind::Section: {
         const auto& section = std::get<ZN3DSectionItem>(item.content);
-        const Programs::Program& p = m_programs->section;
-        p.program->bind();
-        m_gl->glUniformMatrix4fv(p.modelView, 1, GL_FALSE, modelView);
-        m_gl->glUniformMatrix4fv(p.projection, 1, GL_FALSE, projection);
+        const Program& p = use(m_programs->section, modelView, projection, pickColour);
         m_gl->glUniform1i(p.image, 0);
         m_gl->glUniform1f(p.opacity, std::clamp(section.opacity, 0.0f, 1.0f));
         m_gl->glUniform1i(p.picking, picking);
-        m_gl->glUniform4f(p.colour, pickColour.redF(), pickColour.greenF(), pickColour.blueF(), 1.0f);
         m_gl->glActiveTexture(GL_TEXTURE0);
         m_gl->glBindTexture(GL_TEXTURE_2D, gpu.texture);
         m_gl->glBindVertexArray(gpu.vertexArray);
@@ -424,17 +412,23 @@ void ZN3DRenderer::draw(const ZN3DViewerEngine& engine, const ZN3DScene::Item& i
     }
 }
 
+const ZN3DRenderer::Program& ZN3DRenderer::use(const Program& p, const float* modelView,
+                                                         const float* projection, const QColor& colour)
+{
+    p.program->bind();
+    m_gl->glUniformMatrix4fv(p.modelView, 1, GL_FALSE, modelView);
+    m_gl->glUniformMatrix4fv(p.projection, 1, GL_FALSE, projection);
+    m_gl->glUniform4f(p.colour, colour.redF(), colour.greenF(), colour.blueF(), colour.alphaF());
+    return p;
+}
+
 void ZN3DRenderer::drawLines(const GpuItem& gpu, const float* modelView, const float* projection,
                              const QColor& colour, float width)
 {
     if (gpu.indexCount == 0) return;
-    const Programs::Program& p = m_programs->line;
-    p.program->bind();
+    const Program& p = use(m_programs->line, modelView, projection, colour);
     GLint viewport[4] = {0, 0, 1, 1};
     m_gl->glGetIntegerv(GL_VIEWPORT, viewport);
-    m_gl->glUniformMatrix4fv(p.modelView, 1, GL_FALSE, modelView);
-    m_gl->glUniformMatrix4fv(p.projection, 1, GL_FALSE, projection);
-    m_gl->glUniform4f(p.colour, colour.redF(), colour.greenF(), colour.blueF(), colour.alphaF());
     m_gl->glUniform2f(p.viewport, float(viewport[2]), float(viewport[3]));
     m_gl->glUniform1f(p.width, std::max(width, 1.0f));
     m_gl->glBindVertexArray(gpu.vertexArray);
@@ -445,11 +439,7 @@ void ZN3DRenderer::drawPoints(const GpuItem& gpu, const float* modelView, const 
                               const QColor& colour, float size)
 {
     if (gpu.pointCount == 0 || size <= 0.0f) return;
-    const Programs::Program& p = m_programs->mesh;
-    p.program->bind();
-    m_gl->glUniformMatrix4fv(p.modelView, 1, GL_FALSE, modelView);
-    m_gl->glUniformMatrix4fv(p.projection, 1, GL_FALSE, projection);
-    m_gl->glUniform4f(p.colour, colour.redF(), colour.greenF(), colour.blueF(), colour.alphaF());
+    const Program& p = use(m_programs->mesh, modelView, projection, colour);
     m_gl->glUniform1i(p.lighting, 0);
     m_gl->glUniform1i(p.roundPoints, 1);
     m_gl->glUniform1f(p.pointSize, size);

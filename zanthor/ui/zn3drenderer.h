@@ -86,6 +86,7 @@ public:
 
 private:
     struct GpuItem;
+    struct Program;
     struct Programs;
     enum class Pass { Opaque, Transparent, Pick };
 
@@ -99,6 +100,9 @@ private:
     void freeItem(GpuItem& gpu);
     void draw(const ZN3DViewerEngine& engine, const ZN3DScene::Item& item, const GpuItem& gpu, Pass pass,
               const QColor& pickColour);
+    // Binds program `p` with its matrices and colour (the program may lack the colour).
+    const Program& use(const Program& p, const float* modelView, const float* projection,
+                                 const QColor& colour);
     void drawLines(const GpuItem& gpu, const float* modelView, const float* projection, const QColor& colour,
                    float width);
     void drawPoints(const GpuItem& gpu, const float* modelView, const float* projection, const QColor& colour,

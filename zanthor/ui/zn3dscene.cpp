@@ -103,18 +103,24 @@ bool ZN3DScene::setItem(int id, Content content, bool pickable)
     return true;
 }
 
-bool ZN3DScene::updateItem(int id)
+ZN3DScene::Item* ZN3DScene::find(int id)
 {
     const auto found = m_index.find(id);
-    if (found == m_index.end()) return false;
-    refresh(m_items[found->second]);
+    return found == m_index.end() ? nullptr : &m_items[found->second];
+}
+
+bool ZN3DScene::updateItem(int id)
+{
+    Item* item = find(id);
+    if (!item) return false;
+    refresh(*item);
     changed();
     return true;
 }
 
 bool ZN3DScene::displayChanged(int id)
 {
-    if (!m_index.count(id)) return false;
+    if (!find(id)) return false;
     changed();
     return true;
 }
@@ -139,27 +145,23 @@ void ZN3DScene::clear()
 
 bool ZN3DScene::setVisible(int id, bool visible)
 {
-    const auto found = m_index.find(id);
-    if (found == m_index.end()) return false;
-    m_items[found->second].visible = visible;
+    Item* item = find(id);
+    if (!item) return false;
+    item->visible = visible;
     changed();
     return true;
 }
 
 bool ZN3DScene::setPickable(int id, bool pickable)
 {
-    const auto found = m_index.find(id);
-    if (found == m_index.end()) return false;
-    m_items[found->second].pickable = pickable;
+    Item* item = find(id);
+    if (!item) return false;
+    item->pickable = pickable;
     changed();
     return true;
 }
 
-const ZN3DScene::Item* ZN3DScene::item(int id) const
-{
-    const auto found = m_index.find(id);
-    return found == m_index.end() ? nullptr : &m_items[found->second];
-}
+const ZN3DScene::Item* ZN3DScene::item(int id) const { return const_cast<ZN3DScene*>(this)->find(id); }
 
 geom::Box3 ZN3DScene::boundingBox() const
 {

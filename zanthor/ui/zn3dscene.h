@@ -88,6 +88,8 @@ public:
 private:
     // Gives `item` a new revision, box and origin from its content.
     void refresh(Item& item);
+    // The item of `id`; null for an unknown id.
+    Item* find(int id);
     void changed();
 
     std::vector<Item> m_items;

@@ -69,6 +69,12 @@ void ZN3DViewerEngine::setStandardView(ZN3DCamera::StandardView view)
     changed();  // centre and distance are kept: a fitted view stays fitted
 }
 
+void ZN3DViewerEngine::setOrientation(double azimuth, double elevation)
+{
+    m_camera.setOrientation(azimuth, elevation);
+    changed();  // as for the standard views
+}
+
 bool ZN3DViewerEngine::setVerticalExaggeration(double exaggeration)
 {
     if (!m_camera.setVerticalExaggeration(exaggeration)) return false;

@@ -93,6 +93,8 @@ public:
     bool fit(const geom::Box3& box);
     // The orientation of a standard view; centre and distance kept.
     void setStandardView(ZN3DCamera::StandardView view);
+    // Any orientation (see ZN3DCamera); centre and distance kept.
+    void setOrientation(double azimuth, double elevation);
     // False, nothing changed, for a value that is not a positive number.
     bool setVerticalExaggeration(double exaggeration);
     void setProjection(ZN3DCamera::Projection projection);

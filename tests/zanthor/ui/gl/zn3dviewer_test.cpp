@@ -142,12 +142,8 @@ TEST_F(ViewerPictures, SurfacesAreLitOnBothSides)
     const int ambientOnly = int(ZN3DRenderer::kAmbient * 255);
     for (int side = 0; side < 2; ++side) {
         for (ZN3DCamera::Projection projection : {ZN3DCamera::Projection::Perspective, ZN3DCamera::Projection::Orthographic}) {
-            engine().setCamera([&] {
-                ZN3DCamera camera = engine().camera();
-                camera.setOrientation(20, side == 0 ? 60 : -60);  // from above, from below
-                camera.setProjection(projection);
-                return camera;
-            }());
+            engine().setOrientation(20, side == 0 ? 60 : -60);  // from above, from below
+            engine().setProjection(projection);
             engine().fitAll();
             const QImage image = picture(QStringLiteral("lit_side%1_%2").arg(side).arg(int(projection)));
             const QColor c = image.pixelColor(screenOf(middle).toPoint());
@@ -209,12 +205,8 @@ TEST_F(ViewerPictures, PickingAtAFaultGivesItsIdAndAPointOnItsPlane)
     scene().setItem(8, ZN3DSurfaceItem{other.get()});
     const double extent = 600.0;
     for (double exaggeration : {1.0, 3.0}) {
-        engine().setCamera([&] {
-            ZN3DCamera camera = engine().camera();
-            camera.setOrientation(300, 35);
-            camera.setVerticalExaggeration(exaggeration);
-            return camera;
-        }());
+        engine().setOrientation(300, 35);
+        engine().setVerticalExaggeration(exaggeration);
         engine().fitAll();
         picture(QStringLiteral("picking_exaggerated_%1").arg(exaggeration));
         for (double a : {0.2, 0.5, 0.8})
@@ -418,11 +410,7 @@ TEST_F(ViewerPictures, ASticksLyingOnItsFaultIsPickedBeforeTheFault)
     ZN3DPolylineItem stick;
     stick.points = {{300, 500, 500}, {700, 500, 500}};
     scene().setItem(2, stick);
-    engine().setCamera([&] {
-        ZN3DCamera camera = engine().camera();
-        camera.setOrientation(20, 50);
-        return camera;
-    }());
+    engine().setOrientation(20, 50);
     engine().fitAll();
     picture("stick_on_fault");
     for (double x : {350.0, 500.0, 650.0}) {
