@@ -63,7 +63,7 @@ ZNSectionView* StudioViews::openSectionView(ZNVolume* volume, Kind kind)
                                                                      : img::ColourScale::Map::Seismic);
     engine->setSection(kind, engine->sectionCount(kind) / 2);
     auto* view = new ZNSectionView(std::move(engine));
-    m_sections.append({view, volume, {}});
+    m_sections.append({view, view, volume, {}});
     for (FaultSetDocument* document : m_project->faultSets()) addFaultSetTo(m_sections.last(), document);
     if (m_hasReference) view->engine().setReferencePoint(m_reference);
     connect(view->viewer(), &ZNSectionViewer::referencePointPicked, this, [this, view](const core::vec3& world) {
@@ -83,9 +83,11 @@ ZNSectionView* StudioViews::openSectionView(ZNVolume* volume, Kind kind)
             }
         }
     });
-    connect(view, &QObject::destroyed, this, [this] {
+    // Compared as a plain object: while it is destroyed the view is no longer a view.
+    const QObject* identity = view;
+    connect(view, &QObject::destroyed, this, [this, identity] {
         for (int i = m_sections.size() - 1; i >= 0; --i)
-            if (!m_sections[i].view) m_sections.removeAt(i);
+            if (m_sections[i].identity == identity) m_sections.removeAt(i);
     });
     m_frame->addSubWindow(view, QStringLiteral("%1 \u2014 %2").arg(volume->name(), kindName(kind)));
     return view;

@@ -52,6 +52,7 @@ signals:
 private:
     struct SectionEntry {
         QPointer<ZNSectionView> view;
+        const QObject* identity = nullptr;  // the view, for comparisons while it is destroyed
         ZNVolume* volume = nullptr;
         std::map<const FaultSetDocument*, std::shared_ptr<ZNFaultSectionDrawable>> faults;
     };
