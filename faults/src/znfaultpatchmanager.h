@@ -169,8 +169,8 @@ public:
     int getNumberOfPatch() const { return m_patches.size(); }
     // True for a patch that may hold picks: 1 to getNumberOfPatch() - 1.
     bool isValidPatchId(int id) const { return id >= 1 && id < m_patches.size(); }
-    // Appends an empty patch (its own father) and returns its id; -9999 when memory ran
-    // out (nothing changed).
+    // Appends an empty patch (its own father, with the fault set's units) and returns its
+    // id; -9999 when memory ran out (nothing changed).
     int addPatch();
     // The record of patch `id` (0 included), owned by the fault set; null for a bad id.
     ZNFaultPatch* getFaultPatch(int id) { return m_patches.at(id); }
