@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 
+#include <zn3dfaultpatch.h>
+
 #include "faultsetdocument.h"
 
 namespace {
@@ -10,6 +12,30 @@ QString tr(const char* text)
     return QCoreApplication::translate("FaultCommands", text);
 }
 } // namespace
+
+FaultSetHistoryCommand::FaultSetHistoryCommand(FaultSetDocument* document, const QString& action, int steps)
+    : m_document(document), m_steps(steps)
+{
+    setText(action);
+}
+
+void FaultSetHistoryCommand::redo()
+{
+    if (m_made) {
+        m_made = false;
+        return;
+    }
+    core::vec3 focus;
+    for (int k = 0; k < m_steps; ++k) m_document->faultSet()->redoWithLastConfiguration(focus);
+    m_document->refreshFromFaultSet();
+}
+
+void FaultSetHistoryCommand::undo()
+{
+    core::vec3 focus;
+    for (int k = 0; k < m_steps; ++k) m_document->faultSet()->undoWithLastConfiguration(focus);
+    m_document->refreshFromFaultSet();
+}
 
 RenameFaultCommand::RenameFaultCommand(FaultSetDocument* document, int faultId, const QString& name)
     : m_document(document), m_faultId(faultId), m_name(name), m_previous(document->faultName(faultId))
@@ -42,6 +68,31 @@ void DeleteFaultCommand::undo()
 {
     if (m_done) m_document->restoreFault(m_removed);
     m_done = false;
+}
+
+SetFaultPropertyCommand::SetFaultPropertyCommand(FaultSetDocument* document, int faultId, const QString& id,
+                                                 const QVariant& value, const QVariant& previous,
+                                                 const QString& label)
+    : m_document(document), m_faultId(faultId), m_id(id), m_value(value), m_previous(previous)
+{
+    setText(tr("Set %1 of Fault \"%2\"").arg(label, document->faultName(faultId)));
+}
+
+bool SetFaultPropertyCommand::apply(const QVariant& value)
+{
+    ZN3DFaultPatch* surface = m_document->surface(m_faultId);
+    return surface && surface->updateProperty(m_id, value, nullptr) != ZN3DFaultPatch::PropertyUnchanged;
+}
+
+void SetFaultPropertyCommand::redo()
+{
+    // A value the surface refuses makes no step of the history.
+    if (!apply(m_value)) setObsolete(true);
+}
+
+void SetFaultPropertyCommand::undo()
+{
+    apply(m_previous);
 }
 
 SetFaultVisibilityCommand::SetFaultVisibilityCommand(FaultSetDocument* document,

@@ -21,8 +21,21 @@
 #include <znobjecttree.h>
 #include <znprogresspanel.h>
 #include <znguiprogressbarmgr.h>
+#include <znpropertybrowser.h>
 #include <znsectionview.h>
+#include <zn3dfaultpatch.h>
+#include <property/znpropertysheet.h>
 
+#include <QDir>
+#include <QFileInfo>
+
+#include <znfaulteraser.h>
+#include <znfaultpatchtools.h>
+#include <znfaultpickingsession.h>
+#include <znfaultpickingtool.h>
+#include <znsettings.h>
+
+#include "faultcommands.h"
 #include "faultsetdocument.h"
 #include "studioproject.h"
 #include "studioservices.h"
@@ -71,8 +84,33 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
         if (m_currentVolume == volume) m_currentVolume = nullptr;
     });
     connect(this, &StudioWindow::currentFaultChanged, m_views, &StudioViews::setCurrentFault);
+    connect(m_project, &StudioProject::faultSetAdded, this, [this](FaultSetDocument* document) {
+        // A fault the picking makes current is the current fault everywhere; every pick
+        // counts towards the emergency save.
+        connect(document->pickingSession(), &ZNFaultPickingSession::currentFaultChanged, this,
+                [this, document](int faultId) { m_studioTree->selectFault(document, faultId); });
+        connect(document, &FaultSetDocument::picked, this, [document] {
+            ZNFaultPatchManager* set = document->faultSet();
+            QDir().mkpath(workingFolder());
+            set->autoSave(workingFolder(), false, set->GetUnitObject().isTime());
+        });
+    });
     connect(m_views, &StudioViews::faultClicked, this,
             [this](FaultSetDocument* document, int faultId) { m_studioTree->selectFault(document, faultId); });
+    connect(m_studioTree, &StudioTree::propertiesRequested, this, [this] {
+        if (auto* dock = findChild<QDockWidget*>(QStringLiteral("propertyDock"))) {
+            dock->show();
+            dock->raise();
+        }
+    });
+    connect(m_project, &StudioProject::faultSetAdded, this, [this](FaultSetDocument* document) {
+        // The sheet follows the current fault's changes, whoever made them.
+        const auto follow = [this, document](int faultId) {
+            if (document == m_currentDocument && faultId == m_currentFaultId) refreshProperties();
+        };
+        connect(document, &FaultSetDocument::faultAppearanceChanged, this, follow);
+        connect(document, &FaultSetDocument::faultGeometryChanged, this, follow);
+    });
     connect(m_studioTree, &StudioTree::centreRequested, this, [this](FaultSetDocument* document, int faultId) {
         core::vec3 centre;
         if (document->faultCentre(faultId, centre)) m_views->centreOn(centre);
@@ -103,6 +141,11 @@ void StudioWindow::buildDocks()
     m_tree = new ZNObjectTree;
     m_studioTree = new StudioTree(m_tree, m_project, this);
     addDock(QStringLiteral("objectTreeDock"), tr("Objects"), m_tree, Qt::LeftDockWidgetArea);
+
+    m_properties = new ZNPropertyBrowser;
+    m_properties->setObjectName(QStringLiteral("propertyBrowser"));
+    addDock(QStringLiteral("propertyDock"), tr("Properties"), m_properties, Qt::LeftDockWidgetArea);
+    connect(m_properties, &ZNPropertyBrowser::propertyEdited, this, &StudioWindow::onPropertyEdited);
 
     m_log = new ZNMessageLog(this);
     auto* logView = new QTableView;
@@ -161,6 +204,31 @@ void StudioWindow::buildMenus()
     QMenu* faults = new QMenu(tr("Fa&ults"), this);
     faults->setObjectName(QStringLiteral("faultsMenu"));
     faults->addAction(tr("&Extract from Likelihood Volume..."), this, [this] { chooseAndExtract(); });
+    faults->addSeparator();
+    m_interactionGroup = new QActionGroup(this);
+    const std::tuple<QString, Interaction, QKeySequence> modes[] = {
+        {tr("&Navigate"), Interaction::Navigate, QKeySequence(Qt::Key_Escape)},
+        {tr("&Pick Faults"), Interaction::Pick, QKeySequence(Qt::CTRL | Qt::Key_P)},
+        {tr("E&rase Points"), Interaction::Erase, QKeySequence(Qt::CTRL | Qt::Key_E)}};
+    for (const auto& mode : modes) {
+        QAction* a = faults->addAction(std::get<0>(mode));
+        a->setCheckable(true);
+        a->setChecked(std::get<1>(mode) == m_interaction);
+        a->setShortcut(std::get<2>(mode));
+        a->setActionGroup(m_interactionGroup);
+        a->setData(static_cast<int>(std::get<1>(mode)));
+        const Interaction interaction = std::get<1>(mode);
+        connect(a, &QAction::triggered, this, [this, interaction] { setInteraction(interaction); });
+    }
+    faults->addSeparator();
+    faults->addAction(tr("New Fault &Set"), this, [this] { newFaultSet(); });
+    faults->addAction(tr("New &Fault"), this, [this] {
+        if (FaultSetDocument* d = targetDocument() ? targetDocument() : newFaultSet()) d->pickingSession()->newFault();
+    });
+    faults->addAction(tr("&Clean Picking of Current Fault"), this, [this] {
+        if (m_currentDocument && !m_currentDocument->pickingSession()->cleanCurrentFault())
+            ZNEventBus::sendMessage(ZNEventBus::Information, tr("Nothing to clean in the current fault"));
+    });
 
     QMenu* newView = new QMenu(tr("New &Section View"), this);
     newView->setObjectName(QStringLiteral("newSectionViewMenu"));
@@ -221,11 +289,111 @@ void StudioWindow::setCurrentFault(FaultSetDocument* document, int faultId)
     m_currentDocument = document;
     m_currentFaultId = document ? faultId : core::kNoValue;
     if (document) {
-        document->faultSet()->setCurrentPickedFaultId(m_currentFaultId);
+        document->pickingSession()->setCurrentFault(m_currentFaultId);
         m_undoGroup->setActiveStack(document->undoStack());
         m_studioTree->selectFault(document, m_currentFaultId);
     }
+    refreshProperties();
     emit currentFaultChanged(document, m_currentFaultId);
+}
+
+void StudioWindow::refreshProperties()
+{
+    const ZN3DFaultPatch* surface = m_currentDocument ? m_currentDocument->surface(m_currentFaultId) : nullptr;
+    if (!surface) {
+        m_properties->clear();
+        return;
+    }
+    ZNPropertySheet sheet;
+    surface->createProperty(sheet);
+    surface->createGlobalProperty(sheet);
+    m_properties->setSheet(sheet);
+}
+
+void StudioWindow::onPropertyEdited(const QString& id, const QVariant& value)
+{
+    FaultSetDocument* document = m_currentDocument;
+    const int faultId = m_currentFaultId;
+    ZN3DFaultPatch* surface = document ? document->surface(faultId) : nullptr;
+    if (!surface) return;
+    if (id == QLatin1String("Name")) {
+        const QString name = value.toString().trimmed();
+        if (!name.isEmpty() && name != document->faultName(faultId))
+            document->undoStack()->push(new RenameFaultCommand(document, faultId, name));
+        refreshProperties();
+        return;
+    }
+    ZNPropertySheet sheet;
+    surface->createProperty(sheet);
+    surface->createGlobalProperty(sheet);
+    const ZNProperty* row = sheet.property(id);
+    if (!row) return;
+    // The command applies the edit (its first redo), which posts the surface's action
+    // once; an edit the surface refuses leaves no step to undo.
+    if (row->value == value) return;
+    document->undoStack()->push(new SetFaultPropertyCommand(document, faultId, id, value, row->value, row->label));
+    refreshProperties();
+}
+
+void StudioWindow::setInteraction(Interaction interaction)
+{
+    FaultSetDocument* document = interaction == Interaction::Navigate ? m_currentDocument : targetDocument();
+    if (interaction != Interaction::Navigate && !document) document = newFaultSet();
+    if (interaction != Interaction::Navigate && !document) {
+        reportFailure(tr("Open a volume first: faults are picked on its sections"));
+        interaction = Interaction::Navigate;
+    }
+    m_interaction = interaction;
+    for (QAction* a : m_interactionGroup->actions()) a->setChecked(a->data().toInt() == static_cast<int>(interaction));
+    if (document && document != m_currentDocument) m_studioTree->selectFault(document, -9999);
+    const QString mode = interaction == Interaction::Pick    ? ZNFaultPickingTool::modeName()
+                         : interaction == Interaction::Erase ? ZNFaultEraser::modeName()
+                                                             : QString();
+    m_views->setInteraction(mode, document ? document->pickingSession() : nullptr);
+}
+
+FaultSetDocument* StudioWindow::newFaultSet(ZNVolume* volume)
+{
+    if (!volume) volume = m_currentVolume ? m_currentVolume : (m_project->volumes().isEmpty() ? nullptr : m_project->volumes().first());
+    if (!volume) return nullptr;
+    auto set = std::make_unique<ZNFaultPatchManager>();
+    set->setBlocSpace(volume->blocSpace());
+    set->SetUnitObject(volume->units());
+    const QString name = m_project->uniqueName(tr("Picks"));
+    set->setObjectName(name);
+    FaultSetDocument* document = m_project->addFaultSet(std::make_unique<FaultSetDocument>(
+        std::move(set), std::map<int, std::unique_ptr<ZN3DFaultPatch>>(), QString(), name));
+    m_studioTree->selectFault(document, -9999);
+    return document;
+}
+
+QString StudioWindow::workingFolder()
+{
+    const QString chosen = ZNSettings::value(QStringLiteral("Studio"), QStringLiteral("StudioWorkingFolder")).toString();
+    return chosen.isEmpty() ? ZNSettings::userSettingsFile(QStringLiteral("work")) : chosen;
+}
+
+int StudioWindow::offerEmergencyRestore(const std::function<bool(const QStringList&)>& ask)
+{
+    QStringList found;
+    for (const QString& name : {ZNFaultPatchTools::getAutoSaveFileNameTime(), ZNFaultPatchTools::getAutoSaveFileNameDepth()})
+        if (QFileInfo(QDir(workingFolder()).filePath(name)).isFile()) found << QDir(workingFolder()).filePath(name);
+    if (found.isEmpty() || !ask(found)) return 0;
+    for (const QString& path : found) {
+        // Opened as a new fault set: saving asks where, and the emergency file stays until
+        // the session ends cleanly.
+        auto loaded = std::make_shared<LoadedFaultSet>();
+        runTask(tr("Restore %1").arg(QFileInfo(path).fileName()), [path, loaded] { *loaded = readFaultSetFile(path); },
+                [this, loaded, path] {
+                    if (!loaded->ok()) {
+                        reportFailure(loaded->error);
+                        return false;
+                    }
+                    addLoadedFaultSet(*loaded, QString(), tr("Recovered %1").arg(QFileInfo(path).fileName()));
+                    return true;
+                });
+    }
+    return found.size();
 }
 
 FaultSetDocument* StudioWindow::targetDocument() const
@@ -262,5 +430,8 @@ void StudioWindow::closeEvent(QCloseEvent* event)
             return;
         }
     }
+    // A session that ends here leaves nothing to restore.
+    for (const QString& name : {ZNFaultPatchTools::getAutoSaveFileNameTime(), ZNFaultPatchTools::getAutoSaveFileNameDepth()})
+        QFile::remove(QDir(workingFolder()).filePath(name));
     ZNFrame::closeEvent(event);
 }

@@ -13,6 +13,7 @@
 #include "studioloading.h"
 
 class FaultSetDocument;
+class QActionGroup;
 class QLabel;
 class QUndoGroup;
 class StudioProject;
@@ -24,6 +25,7 @@ class ZNMessageLog;
 class ZNNotificationArea;
 class ZNObjectTree;
 class ZNProgressPanel;
+class ZNPropertyBrowser;
 class ZNVolume;
 
 // The main window of kfaults-studio: the multiple-document frame with the object tree,
@@ -59,6 +61,7 @@ public:
     ZNMessageLog* messageLog() const { return m_log; }
     ZNProgressPanel* progressPanel() const { return m_progressPanel; }
     ZNNotificationArea* notifications() const { return m_notifications; }
+    ZNPropertyBrowser* propertyBrowser() const { return m_properties; }
     QUndoGroup* undoGroup() const { return m_undoGroup; }
     StudioViews* views() const { return m_views; }
     ZNRecentFiles& recentFiles() { return m_recent; }
@@ -89,6 +92,26 @@ public:
     // The built-in synthetic volume (`size` voxels a side) and its extracted faults.
     void openDemo(int size = 128, quint64 seed = 1);
 
+    // ----- picking -----
+
+    // What the mouse does in the section views: navigate, pick faults or erase points,
+    // for the current fault set (a new one, "Picks", is made over the current volume when
+    // there is none).
+    enum class Interaction { Navigate, Pick, Erase };
+    void setInteraction(Interaction interaction);
+    Interaction interaction() const { return m_interaction; }
+    // A new empty picked fault set over `volume`'s survey (the current volume when null),
+    // made current.
+    FaultSetDocument* newFaultSet(ZNVolume* volume = nullptr);
+    // The folder of the emergency-save files: the user settings' "StudioWorkingFolder"
+    // (group "Studio"), else "work" in the user settings directory.
+    static QString workingFolder();
+    // Emergency-save files left in the working folder by a session that ended without
+    // saving (a crash): offered for restoring at start-up, opened as new fault sets when
+    // the user accepts. `ask` answers for the user (true: restore). Returns how many were
+    // opened.
+    int offerEmergencyRestore(const std::function<bool(const QStringList&)>& ask);
+
     // Number of background tasks still running.
     int runningTaskCount() const { return m_runningTasks; }
 
@@ -114,6 +137,10 @@ private:
     void installActionHandlers();
     void updateRecentMenu();
     void setCurrentFault(FaultSetDocument* document, int faultId);
+    // Shows the property sheet of the current fault (nothing without one).
+    void refreshProperties();
+    // An edit of the sheet: an undoable change of the current fault.
+    void onPropertyEdited(const QString& id, const QVariant& value);
 
     // Runs `work` in the background, then `done` on the GUI thread; `what` names the task
     // in the messages.
@@ -141,6 +168,7 @@ private:
     ZNMessageLog* m_log = nullptr;
     ZNProgressPanel* m_progressPanel = nullptr;
     ZNNotificationArea* m_notifications = nullptr;
+    ZNPropertyBrowser* m_properties = nullptr;
     QUndoGroup* m_undoGroup;
     std::unique_ptr<StudioServices> m_services;
     ZNRecentFiles m_recent;
@@ -152,5 +180,7 @@ private:
     FaultSetDocument* m_currentDocument = nullptr;
     int m_currentFaultId = -9999;
     int m_runningTasks = 0;
+    Interaction m_interaction = Interaction::Navigate;
+    QActionGroup* m_interactionGroup = nullptr;
     int m_untitled = 0;
 };

@@ -145,6 +145,9 @@ int ZNFaultPatchManager::addPatch()
     }
     ZNFaultPatch record;
     record.setFather(id);
+    // Every patch carries the units; the set's are read from its middle patch, which a
+    // new patch may become.
+    if (id > 0) record.SetUnitObject(GetUnitObject());
     m_patches.add(record);
     m_visitStamps.add(m_currentStamp);
     m_nextInFault.add(kEndOfList);

@@ -169,8 +169,8 @@ public:
     int getNumberOfPatch() const { return m_patches.size(); }
     // True for a patch that may hold picks: 1 to getNumberOfPatch() - 1.
     bool isValidPatchId(int id) const { return id >= 1 && id < m_patches.size(); }
-    // Appends an empty patch (its own father) and returns its id; -9999 when memory ran
-    // out (nothing changed).
+    // Appends an empty patch (its own father, with the fault set's units) and returns its
+    // id; -9999 when memory ran out (nothing changed).
     int addPatch();
     // The record of patch `id` (0 included), owned by the fault set; null for a bad id.
     ZNFaultPatch* getFaultPatch(int id) { return m_patches.at(id); }
@@ -396,6 +396,22 @@ public:
     // moved to the same entry's new position, or -9999 when that entry was removed.
     // Returns the number of entries removed.
     int removeAutomaticPickedPoints(int patchId, int* currentIndex);
+
+    // ----- erasing (_picking.cpp) -----
+
+    // The eraser of the picking front end: removes the entries (hand-picked or automatic)
+    // of patch `patchId` whose screen position in `viewer` lies inside or on the ellipse
+    // of centre `centre` and half-axes radiusX, radiusY (pixels); then separators left
+    // next to each other, or at the start of the list, are removed too, so that the
+    // remaining points keep their sticks. The moving point cursor follows its entry, or is
+    // unset when it was erased; a cursor that pointed outside the list is unset with the
+    // message "pb with currentMovingPointId" (kind 4). Returns the number of entries
+    // removed; 0 for a bad id, a null viewer or a half-axis that is not positive.
+    int removePickedPointInsideEllipseForOnePatch(int patchId, const core::vec2& centre, double radiusX,
+                                                  double radiusY, const ZNPickingViewer* viewer);
+    // The same for every patch of the fault of `faultId`.
+    int removePickedPointInsideEllipseForOneFault(int faultId, const core::vec2& centre, double radiusX,
+                                                  double radiusY, const ZNPickingViewer* viewer);
 
     // ----- section resampling (_resample.cpp) -----
 

@@ -264,6 +264,16 @@ TEST(FaultSetModel, AnAddedPatchIsAnEmptyFaultOfItsOwn)
     EXPECT_TRUE(set.isValid());
 }
 
+TEST(FaultSetModel, AddedPatchesTakeTheUnitsOfTheSetWhichSoStaysInItsDomain)
+{
+    ZNFaultPatchManager set;
+    const georef::UnitObject time(georef::UnitObject::SpatialMetre, georef::UnitObject::VerticalMillisecond);
+    set.SetUnitObject(time);
+    for (int k = 0; k < 10; ++k) set.addPatch();  // the middle patch, read for the set's units, is a new one
+    EXPECT_EQ(set.getUnitObject(set.getNumberOfPatch() - 1), time);
+    EXPECT_TRUE(set.GetUnitObject().isTime());
+}
+
 TEST(FaultSetModel, TheValidityCheckNamesStaleLinkedLists)
 {
     ZNFaultPatchManager set(6);
