@@ -10,15 +10,9 @@
 #include <zn3dfaultpatchlight.h>
 #include <znfaultsticksfromvoxels.h>
 
-namespace kfaults {
+#include "volumeinput.h"
 
-// Where the likelihood volume of an extraction comes from.
-enum class InputKind {
-    Synthetic,  // the built-in scene (defaultScene), generated in memory
-    Segy,       // a 3D post-stack SEG-Y file
-    Raw,        // raw float32 samples, layout given
-    Bloc,       // a block file of the library
-};
+namespace kfaults {
 
 // Everything `kfaults extract` needs. Defaults: the built-in 128^3 scene, seed 1, the
 // library's extraction and stick defaults, surfaces by "Minimum Envelop", outputs with

@@ -122,6 +122,7 @@ private:
         SemblanceReference reference;
         if (!reference.compute(numerator, denominator, r.factorFirst, m_nz, m_settings.referenceSigma))
             return outOfMemory();
+        reference.balance(numerator, denominator, r.factorFirst);
 
         SlabArray<std::uint32_t> keys;
         if (!keys.allocate(nx, ny, r.keyedEnd - r.keyedFirst)) return outOfMemory();
@@ -180,25 +181,6 @@ QString reported(const QString& error)
     return error;
 }
 
-// The seismic of an image held in memory.
-class ImageSlices : public SeismicSlices {
-public:
-    explicit ImageSlices(const ZN3DImage<float>& image) : m_image(image) {}
-    const georef::BlocSpace& blocSpace() const override { return m_image.blocSpace(); }
-    bool read(int z, int count, ZN3DImage<float>& out) override
-    {
-        if (z < 0 || count <= 0 || z + count > m_image.nz()) return false;
-        ZN3DImage<float> slab(georef::BlocSpace(m_image.nx(), m_image.ny(), count));
-        if (slab.isNull()) return false;
-        std::copy(m_image.slice(z), m_image.slice(z) + m_image.sliceSize() * count, slab.data());
-        out = std::move(slab);
-        return true;
-    }
-
-private:
-    const ZN3DImage<float>& m_image;
-};
-
 // Outputs gathered into images covering the whole volume.
 class ImageOutputs : public AttributeSlices {
 public:
@@ -223,20 +205,6 @@ private:
 
     FaultAttributeVolumes& m_volumes;
     bool m_orientation;
-};
-
-// The seismic of an open block file.
-class BlocSlices : public SeismicSlices {
-public:
-    explicit BlocSlices(ZNBloc& bloc) : m_bloc(bloc) {}
-    const georef::BlocSpace& blocSpace() const override { return m_bloc.blocSpace(); }
-    bool read(int z, int count, ZN3DImage<float>& out) override
-    {
-        return m_bloc.readBox(0, 0, z, m_bloc.nx(), m_bloc.ny(), count, out);
-    }
-
-private:
-    ZNBloc& m_bloc;
 };
 
 // Outputs written into created block files.
@@ -298,7 +266,7 @@ FaultAttributeVolumes computeFaultAttribute(const ZN3DImage<float>& seismic,
         volumes.error = reported(QStringLiteral("not enough memory for the fault likelihood"));
         return volumes;
     }
-    ImageSlices source(seismic);
+    ImageSeismicSlices source(seismic);
     ImageOutputs outputs(volumes, withOrientation);
     const auto cap = static_cast<long long>(kInMemoryWorkingShare * static_cast<double>(seismic.voxelCount()) *
                                             sizeof(float));
@@ -310,23 +278,20 @@ FaultAttributeVolumes computeFaultAttribute(const ZN3DImage<float>& seismic,
     return volumes;
 }
 
-QString computeFaultAttributeLargeFile(ZNBloc& seismic, const FaultAttributeFiles& files,
-                                       const FaultAttributeSettings& settings, int progressParent)
+QString computeFaultAttributeFiles(SeismicSlices& seismic, const FaultAttributeFiles& files,
+                                   const georef::UnitObject& units,
+                                   const FaultAttributeSettings& settings, int progressParent)
 {
-    if (!seismic.isOpen() || seismic.isWritable())
-        return reported(QStringLiteral("the seismic block file is not open for reading"));
     if (files.likelihood.isEmpty()) return reported(QStringLiteral("no file given for the likelihood"));
     const georef::BlocSpace& space = seismic.blocSpace();
     ZNBloc likelihood, strike, dip;
     auto create = [&](ZNBloc& bloc, const QString& path) {
-        return bloc.create(path, space, 0, space.nz(), ZNBloc::Float32, seismic.unitObject());
+        return path.isEmpty() || bloc.create(path, space, 0, space.nz(), ZNBloc::Float32, units);
     };
-    if (!create(likelihood, files.likelihood) || (!files.strike.isEmpty() && !create(strike, files.strike)) ||
-        (!files.dip.isEmpty() && !create(dip, files.dip)))
+    if (!create(likelihood, files.likelihood) || !create(strike, files.strike) || !create(dip, files.dip))
         return reported(QStringLiteral("the fault likelihood files cannot be created"));
-    BlocSlices source(seismic);
     BlocOutputs outputs(likelihood, files.strike.isEmpty() ? nullptr : &strike, files.dip.isEmpty() ? nullptr : &dip);
-    const QString error = computeFaultAttribute(source, outputs, settings, progressParent);
+    const QString error = computeFaultAttribute(seismic, outputs, settings, progressParent);
     if (!error.isEmpty()) return error;   // the created blocks are dropped: targets untouched
     if (!likelihood.close() || (!files.strike.isEmpty() && !strike.close()) || (!files.dip.isEmpty() && !dip.close()))
         return reported(QStringLiteral("the fault likelihood files cannot be completed"));

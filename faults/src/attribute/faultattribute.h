@@ -2,9 +2,11 @@
 #include <QString>
 
 #include <georef/blocspace.h>
+#include <georef/unitobject.h>
 #include <zn3dimage.h>
 
 #include "attribute/faultattributesettings.h"
+#include "attribute/seismicslices.h"
 
 class ZNBloc;
 
@@ -15,13 +17,15 @@ class ZNBloc;
 // 1. reflector slopes from the smoothed products of the amplitude's gradient
 //    (reflectorslopes.h), so that the comparison of neighbouring traces follows their
 //    layers and dipping or folded layers stay coherent;
-// 2. the numerator and denominator of semblance over 3 x 3 traces along those layers
-//    (semblancefactors.h);
+// 2. the numerator and denominator of semblance over 5 x 5 traces along those layers
+//    (semblancefactors.h), balanced by the energy of their neighbourhood
+//    (semblancereference.h);
 // 3. a scan over fault strikes and dips that sums both over a window lying in each
 //    candidate fault plane and keeps, at each voxel, the plane of smallest semblance s
 //    (faultscanner.h);
-// 4. likelihood = 1 - s^p, thinned to its ridge across the fault, with that plane's
-//    strike and dip (faultattributefinisher.h).
+// 4. likelihood = 1 - (s / r)^p, r the semblance of the neighbourhood over a window of
+//    no particular orientation, thinned to its ridge across the fault, with that
+//    plane's strike and dip (faultattributefinisher.h).
 //
 // The volume is processed slab by slab (stacks of z slices, as ZNSlabPlanner plans them)
 // with the halo the windows need, so that a volume larger than memory can be read from
@@ -30,17 +34,6 @@ class ZNBloc;
 // titled "Fault likelihood" (one bar, moved about a hundred times) and stops when that
 // bar is cancelled.
 namespace fault::attribute {
-
-// Where the attribute reads the seismic: z slices on demand.
-class SeismicSlices {
-public:
-    virtual ~SeismicSlices() = default;
-    // The volume's geometry; its sizes are the volume's.
-    virtual const georef::BlocSpace& blocSpace() const = 0;
-    // Slices [z, z + count) into `out` (a new image of nx x ny x count samples); false
-    // when they cannot be read.
-    virtual bool read(int z, int count, ZN3DImage<float>& out) = 0;
-};
 
 // Where the attribute goes: slices in increasing order, each exactly once.
 class AttributeSlices {
@@ -95,12 +88,13 @@ struct FaultAttributeFiles {
     QString dip;
 };
 
-// The attribute of the seismic in an open block file, written slab by slab to new block
-// files of float samples on the seismic's block space and units (each through a
-// temporary file that replaces its target only when complete, so a failure leaves the
-// targets as they were). Only one slab is held in memory at a time, within the slab
-// planner's budget. Empty on success; otherwise a one-line reason as above.
-QString computeFaultAttributeLargeFile(ZNBloc& seismic, const FaultAttributeFiles& files,
-                                       const FaultAttributeSettings& settings, int progressParent);
+// The attribute of `seismic` written slab by slab to new block files of float samples
+// on the seismic's block space with `units` (each through a temporary file that
+// replaces its target only when complete, so a failure leaves the targets as they
+// were). Besides what the source holds, only one slab is in memory at a time, within the
+// slab planner's budget. Empty on success; otherwise a one-line reason as above.
+QString computeFaultAttributeFiles(SeismicSlices& seismic, const FaultAttributeFiles& files,
+                                   const georef::UnitObject& units,
+                                   const FaultAttributeSettings& settings, int progressParent);
 
 } // namespace fault::attribute

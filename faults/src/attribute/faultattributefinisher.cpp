@@ -38,6 +38,11 @@ double faceWeight(int distance, double reach)
     return std::min(1.0, (distance + 1.0) / (reach + 1.0));
 }
 
+// Samples on either side along the normal that a ridge voxel must not be below: more
+// than one, so that the weaker copies a window crossing a strong fault leaves a few
+// samples beside it do not survive as ridges of their own.
+constexpr int kRidgeReach = 3;
+
 // A sample position within 0..n-1 along an axis of n samples.
 bool inside(float v, int n) { return v >= 0.0F && v <= static_cast<float>(n - 1); }
 
@@ -99,8 +104,12 @@ void FaultAttributeFinisher::finish(const std::uint32_t* keys, int nx, int ny, i
                     const float uy = m_normalY[static_cast<std::size_t>(scan)];
                     const float fx = static_cast<float>(x), fy = static_cast<float>(y);
                     ridge = inside(fx + ux, nx) && inside(fy + uy, ny) && inside(fx - ux, nx) &&
-                            inside(fy - uy, ny) && v >= bilinear(unthinned, nx, ny, fx + ux, fy + uy) &&
-                            v > bilinear(unthinned, nx, ny, fx - ux, fy - uy);
+                            inside(fy - uy, ny);
+                    for (int k = 1; ridge && k <= kRidgeReach; ++k) {
+                        const float dx = ux * static_cast<float>(k), dy = uy * static_cast<float>(k);
+                        ridge = v >= bilinear(unthinned, nx, ny, fx + dx, fy + dy) &&
+                                v > bilinear(unthinned, nx, ny, fx - dx, fy - dy);
+                    }
                 }
                 likelihood[i] = ridge ? v : 0.0F;
             }

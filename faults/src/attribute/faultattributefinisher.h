@@ -18,8 +18,9 @@ namespace fault::attribute {
 // orientation that gave it, in world degrees (strikedip.h) through the volume's block
 // space.
 //
-// Thinning keeps a voxel whose likelihood is not below that of its neighbours one
-// sample away on either side along its fault's horizontal normal (bilinear reads,
+// Thinning smooths the likelihood of the slice slightly (a Gaussian of one sample),
+// then keeps a voxel whose likelihood is not below that of its neighbours up to three
+// samples away on either side along its fault's horizontal normal (bilinear reads,
 // strictly above on one side so that a flat top of two voxels keeps one) and sets the
 // others to 0, as well as the voxels whose neighbours fall outside the slice: a ridge
 // cannot be told from the volume's side there (J. Canny, "A computational approach to edge detection", IEEE PAMI 8,

@@ -45,6 +45,27 @@ bool SemblanceReference::compute(const SlabArray<float>& numerator, const SlabAr
     return true;
 }
 
+void SemblanceReference::balance(SlabArray<float>& numerator, SlabArray<float>& denominator, int first) const
+{
+    const int nx = numerator.na(), ny = numerator.nb();
+    const SlabArray<float>& energy = m_cells.field(1);
+    float largest = 0.0F;
+    for (std::size_t i = 0; i < energy.sliceSize() * static_cast<std::size_t>(energy.nz()); ++i)
+        largest = std::max(largest, energy.data()[i]);
+    const float floor = std::max(largest * 1e-9F, 1e-30F);   // no amplitude: left as it is
+#pragma omp parallel for collapse(2) schedule(static)
+    for (int k = 0; k < numerator.nz(); ++k)
+        for (int y = 0; y < ny; ++y) {
+            float* n = numerator.slice(k) + static_cast<std::size_t>(y) * nx;
+            float* d = denominator.slice(k) + static_cast<std::size_t>(y) * nx;
+            for (int x = 0; x < nx; ++x) {
+                const float e = std::max(m_cells.at(1, x, y, first + k), floor);
+                n[x] /= e;
+                d[x] /= e;
+            }
+        }
+}
+
 float SemblanceReference::at(int x, int y, int z) const { return m_cells.at(0, x, y, z); }
 
 } // namespace fault::attribute

@@ -21,6 +21,13 @@ public:
     // in [0, 1]; 1 where the window holds no amplitude.
     float at(int x, int y, int z) const;
 
+    // Divides both factors by the smoothed energy of their neighbourhood (the
+    // reference's denominator), so that the scan's windows weigh every part of them
+    // alike instead of letting the strongest reflections decide their semblance (the
+    // energy balance of automatic gain control). Ratios of window sums, and the
+    // reference itself, are otherwise unchanged.
+    void balance(SlabArray<float>& numerator, SlabArray<float>& denominator, int first) const;
+
     bool isEmpty() const { return m_cells.isEmpty(); }
     void release() { m_cells.release(); }
 
