@@ -62,7 +62,9 @@ QImage renderAttributePicture(const Section& seismicInline, const Section& likel
     // One scale for the whole picture, so that both rows keep their sizes' ratio.
     const int longest = std::max({seismicInline.values.nx(), seismicInline.values.ny(), seismicSlice.values.nx(),
                                   seismicSlice.values.ny()});
-    const int scale = std::max(1, (minPanelPixels + longest - 1) / longest);
+    const int narrowest = std::min(seismicInline.values.nx(), seismicSlice.values.nx());
+    const int scale = std::max({1, (minPanelPixels + longest - 1) / longest,
+                                (minPanelPixels / 2 + narrowest - 1) / narrowest});
     const picture::PictureStyle style(QSize(4 * longest * scale, 4 * longest * scale));
     const int title = style.labelPixels + 2 * style.margin;
     const int gap = style.margin;

@@ -18,7 +18,8 @@ struct Section {
 // black to white over -c..c with c the 99th percentile of the section's absolute
 // amplitude (so that a few spikes do not wash it out); likelihood goes from white at 0
 // to dark red at 1. Panels keep the sections' proportions, scaled up to at least
-// `minPanelPixels` along their longer side. A null image for empty sections.
+// `minPanelPixels` along their longer side and half that across the narrowest panel. A
+// null image for empty sections.
 QImage renderAttributePicture(const Section& seismicInline, const Section& likelihoodInline,
                               const Section& seismicSlice, const Section& likelihoodSlice,
                               int minPanelPixels = 320);

@@ -14,7 +14,7 @@ namespace fault::attribute {
 namespace {
 constexpr int kChunkSlices = 32;   // seismic slices read at once
 constexpr int kBytesPerFloat = 4;
-constexpr double kCellShare = 0.375;   // three cell products, an eighth of a slice each
+constexpr double kCellShare = 0.75;    // six cell products, an eighth of a slice each
 } // namespace
 
 double AttributeSlabPlan::workingBytes(int nx, int ny, int c) const

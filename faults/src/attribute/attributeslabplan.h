@@ -22,8 +22,8 @@ struct AttributeSlabPlan {
 };
 
 // Floats held per sample of a slab's keyed slices: semblance numerator and denominator,
-// key, and the reflector slopes' three cell products (an eighth each).
-constexpr double kFloatsPerKeyedSample = 3.375;
+// key, and the reflector slopes' six cell products (an eighth each).
+constexpr double kFloatsPerKeyedSample = 3.75;
 
 // Slices finished and written together.
 constexpr int kOutputChunkSlices = 8;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include <geom/symmetriceigen.h>
+
 
 namespace fault::attribute {
 namespace {
@@ -22,7 +24,7 @@ inline float centralDifference(const float* line, std::ptrdiff_t stride, int i, 
 
 bool ReflectorSlopes::begin(int nx, int ny, int nz, int first, int end)
 {
-    return m_cells.allocate(nx, ny, nz, first, end, 3);
+    return m_cells.allocate(nx, ny, nz, first, end, kFields);
 }
 
 void ReflectorSlopes::accumulate(const ZN3DImage<float>& seismic, int seismicFirst, int from, int to)
@@ -38,6 +40,9 @@ void ReflectorSlopes::accumulate(const ZN3DImage<float>& seismic, int seismicFir
         float* xz = m_cells.field(kXZ).slice(c);
         float* yz = m_cells.field(kYZ).slice(c);
         float* zz = m_cells.field(kZZ).slice(c);
+        float* xx = m_cells.field(kXX).slice(c);
+        float* yy = m_cells.field(kYY).slice(c);
+        float* xy = m_cells.field(kXY).slice(c);
         const int cellFirst = std::max(from, m_cells.firstSliceOf(c));
         const int cellEnd = std::min(to, m_cells.firstSliceOf(c + 1));
         for (int z = cellFirst; z < cellEnd; ++z) {
@@ -54,6 +59,9 @@ void ReflectorSlopes::accumulate(const ZN3DImage<float>& seismic, int seismicFir
                     xz[k] += gx * gz;
                     yz[k] += gy * gz;
                     zz[k] += gz * gz;
+                    xx[k] += gx * gx;
+                    yy[k] += gy * gy;
+                    xy[k] += gx * gy;
                 }
             }
         }
@@ -64,20 +72,22 @@ void ReflectorSlopes::finish(double sigma, double maxSlope)
 {
     if (isEmpty()) return;
     m_cells.smooth(sigma);
-    SlabArray<float>& zz = m_cells.field(kZZ);
+    const SlabArray<float>& zz = m_cells.field(kZZ);
     const std::size_t count = zz.sliceSize() * static_cast<std::size_t>(zz.nz());
     float largest = 0.0F;
     for (std::size_t i = 0; i < count; ++i) largest = std::max(largest, zz.data()[i]);
     const float floor = largest * 1e-6F;   // below it the window sees no layering
     const auto limit = static_cast<float>(maxSlope);
-    float* p = m_cells.field(kXZ).data();
-    float* q = m_cells.field(kYZ).data();
-    const float* d = zz.data();
+    float* t[kFields];
+    for (int f = 0; f < kFields; ++f) t[f] = m_cells.field(f).data();
 #pragma omp parallel for schedule(static)
     for (std::ptrdiff_t i = 0; i < static_cast<std::ptrdiff_t>(count); ++i) {
-        const bool layered = d[i] > floor;
-        p[i] = layered ? std::clamp(-p[i] / d[i], -limit, limit) : 0.0F;
-        q[i] = layered ? std::clamp(-q[i] / d[i], -limit, limit) : 0.0F;
+        const double m[9] = {t[kXX][i], t[kXY][i], t[kXZ][i], t[kXY][i], t[kYY][i],
+                             t[kYZ][i], t[kXZ][i], t[kYZ][i], t[kZZ][i]};
+        const core::vec3 u = geom::symmetricEigenPairs(m)[0].vector;
+        const bool layered = t[kZZ][i] > floor && std::isfinite(u.z) && std::fabs(u.z) > 1e-6;
+        t[kXZ][i] = layered ? std::clamp(static_cast<float>(-u.x / u.z), -limit, limit) : 0.0F;
+        t[kYZ][i] = layered ? std::clamp(static_cast<float>(-u.y / u.z), -limit, limit) : 0.0F;
     }
 }
 

@@ -10,15 +10,16 @@ namespace fault::attribute {
 // that the attribute can compare neighbouring traces along their layers and dipping
 // layers do not read as faults.
 //
-// The slopes are the least-squares solution of the plane-wave equations
-// f_x + p f_z = 0 and f_y + q f_z = 0 over a Gaussian window: p = -<f_x f_z> / <f_z f_z>,
-// q = -<f_y f_z> / <f_z f_z>, the gradient-product form of the structure tensor's
-// estimate (J. Bigun, G. H. Granlund and J. Wiklund, "Multidimensional orientation
-// estimation with applications to texture analysis and optical flow", IEEE PAMI 13,
-// 1991; S. Fomel, "Applications of plane-wave destruction filters", Geophysics 67,
-// 2002, for the plane-wave reading). Gradients are central differences (one-sided at
-// the volume's ends); their products are summed and smoothed on cells of 2 x 2 x 2
-// samples (cellgrid.h).
+// The slopes come from the structure tensor, the Gaussian-weighted sum of the outer
+// products of the amplitude's gradient: its eigenvector of largest eigenvalue is the
+// reflectors' normal u, and p = -u_x / u_z, q = -u_y / u_z (J. Bigun, G. H. Granlund and
+// J. Wiklund, "Multidimensional orientation estimation with applications to texture
+// analysis and optical flow", IEEE PAMI 13, 1991; D. Hale, "Structure-oriented
+// smoothing and semblance", CWP report 635, 2009). Unlike the least-squares slope
+// -<f_x f_z> / <f_z f_z>, the eigenvector is not drawn towards flat by noise of no
+// particular direction, which adds alike to every diagonal term. Gradients are central
+// differences (one-sided at the volume's ends); their products are summed and smoothed
+// on cells of 2 x 2 x 2 samples (cellgrid.h).
 //
 // Use: begin() over the slices wanted, accumulate() the seismic in any number of
 // pieces that together cover them, finish(), then read slopesAt().
@@ -48,7 +49,8 @@ public:
     void release() { m_cells.release(); }
 
 private:
-    enum Field { kXZ, kYZ, kZZ };   // <f_x f_z> then dz/dx, <f_y f_z> then dz/dy, <f_z f_z>
+    // Tensor products; the first two hold dz/dx and dz/dy once finished.
+    enum Field { kXZ, kYZ, kZZ, kXX, kYY, kXY, kFields };
     CellGrid m_cells;
 };
 
