@@ -45,6 +45,9 @@ void addExtractCommand(CLI::App& tool, CommandIo& io)
         "report.json into the output folder. Each fault's surface is meshed from its sticks "
         "by the 3D fault patch (--surface-method). Prints the files written.");
     addVolumeOptions(*c, *arguments, "Likelihood volume: SEG-Y, raw float32 or block file");
+    c->add_flag("--from-seismic", options->fromSeismic,
+                "The input is seismic amplitude (without --input: the built-in synthetic seismic): "
+                "its fault likelihood is computed first, as kfaults likelihood does");
     c->add_option("--synthetic-size", options->syntheticSize, "Built-in volume: voxels along each axis")
         ->check(CLI::Range(16, 1024))->capture_default_str();
     c->add_option("--seed", options->seed, "Built-in volume: seed of the noise")->capture_default_str();

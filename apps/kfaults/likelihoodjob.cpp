@@ -9,7 +9,7 @@
 
 #include <attribute/faultattribute.h>
 #include <synthetic/syntheticseismic.h>
-#include <volumeio/segyreader.h>
+#include <volumeio/volumesource.h>
 #include <znbloc.h>
 
 #include "attributepicture.h"
@@ -41,17 +41,12 @@ void loadInput(const LikelihoodOptions& o, SeismicInput& in)
         in.image = std::move(s.amplitude);
         break;
     }
-    case InputKind::Segy: {
-        volumeio::SegyReadResult r = volumeio::readSegyVolume(o.inputPath);
-        in.error = r.error;
-        in.image = std::move(r.image);
-        in.units = georef::UnitObject(georef::UnitObject::SpatialMetre, georef::UnitObject::VerticalMillisecond);
-        break;
-    }
+    case InputKind::Segy:
     case InputKind::Raw: {
-        volumeio::VolumeReadResult r = volumeio::readRawFloat32Volume(o.inputPath, o.raw);
+        volumeio::VolumeReadResult r = volumeio::readVolume(volumeSource(o.input, o.inputPath, o.raw));
         in.error = r.error;
         in.image = std::move(r.image);
+        in.units = r.units;
         break;
     }
     case InputKind::Bloc:

@@ -3,7 +3,6 @@
 #include <map>
 
 #include <CLI/CLI.hpp>
-#include <QFileInfo>
 
 namespace kfaults {
 
@@ -28,10 +27,8 @@ bool inputKindOf(const VolumeArguments& a, InputKind& kind, QString& problem)
         return true;
     }
     std::string format = a.format;
-    if (format == "auto") {
-        const QString suffix = QFileInfo(QString::fromStdString(a.input)).suffix().toLower();
-        format = suffix == "sgy" || suffix == "segy" ? "segy" : suffix == "bloc" ? "bloc" : "raw";
-    }
+    if (format == "auto")
+        format = volumeio::formatName(volumeio::formatOfFileName(QString::fromStdString(a.input))).toStdString();
     static const std::map<std::string, InputKind> kKinds{
         {"segy", InputKind::Segy}, {"raw", InputKind::Raw}, {"bloc", InputKind::Bloc}};
     const auto it = kKinds.find(format);
@@ -41,6 +38,17 @@ bool inputKindOf(const VolumeArguments& a, InputKind& kind, QString& problem)
     }
     kind = it->second;
     return true;
+}
+
+volumeio::VolumeSource volumeSource(InputKind kind, const QString& path, const volumeio::RawVolumeLayout& raw)
+{
+    volumeio::VolumeSource source;
+    source.path = path;
+    source.raw = raw;
+    source.format = kind == InputKind::Segy   ? volumeio::VolumeFormat::Segy
+                    : kind == InputKind::Bloc ? volumeio::VolumeFormat::Bloc
+                                              : volumeio::VolumeFormat::Raw;
+    return source;
 }
 
 bool rawLayoutOf(const VolumeArguments& a, volumeio::RawVolumeLayout& layout, QString& problem)

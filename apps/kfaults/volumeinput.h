@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <volumeio/rawvolume.h>
+#include <volumeio/volumesource.h>
 
 namespace CLI {
 class App;
@@ -42,5 +43,9 @@ bool inputKindOf(const VolumeArguments& a, InputKind& kind, QString& problem);
 // The raw layout the options give; false with `problem` set when --size is missing or
 // the axis order unreadable.
 bool rawLayoutOf(const VolumeArguments& a, volumeio::RawVolumeLayout& layout, QString& problem);
+
+// The file an input other than a built-in one is read from, as the framework's volume
+// readers take it.
+volumeio::VolumeSource volumeSource(InputKind kind, const QString& path, const volumeio::RawVolumeLayout& raw);
 
 } // namespace kfaults

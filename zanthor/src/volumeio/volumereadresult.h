@@ -1,6 +1,8 @@
 #pragma once
 #include <QString>
 
+#include <georef/linenumbering.h>
+#include <georef/unitobject.h>
 #include <zn3dimage.h>
 
 // Readers of seismic volumes into 3D images. Every reader returns a result object; on
@@ -14,6 +16,8 @@ namespace volumeio {
 struct VolumeReadResult {
     ZN3DImage<float> image;   // x inline, y crossline, z sample; with its block space
     QString error;            // empty on success
+    georef::UnitObject units; // of the image's world coordinates (see each reader)
+    georef::LineNumbering lines;  // survey numbers of the inlines and crosslines (SEG-Y)
 
     bool ok() const { return error.isEmpty(); }
 };
