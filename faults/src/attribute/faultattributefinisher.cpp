@@ -31,6 +31,11 @@ float bilinear(const float* slice, int nx, int ny, float x, float y)
 // found, so that each fault gives one ridge across and not several close ones.
 constexpr double kRidgeSmoothing = 1.0;
 
+// Share of a volume's size along an axis that the scaling down towards its faces may
+// take at most: in a volume not much larger than the windows, every window is cut short,
+// and scaling most of it down would leave nothing to find.
+constexpr double kLargestFaceShare = 0.25;
+
 // Weight of a voxel `distance` samples from a face of the volume: rising linearly from
 // 1 / (reach + 1) on the face to 1 at `reach` samples and beyond.
 double faceWeight(int distance, double reach)
@@ -51,7 +56,8 @@ bool inside(float v, int n) { return v >= 0.0F && v <= static_cast<float>(n - 1)
 FaultAttributeFinisher::FaultAttributeFinisher(const ScanPlan& plan, const FaultAttributeSettings& settings,
                                                const georef::BlocSpace& space)
     : m_power(settings.semblancePower), m_thin(settings.thin), m_nz(space.nz()),
-      m_lateralReach(2.0 * settings.strikeSigma), m_verticalReach(settings.dipHalfLength)
+      m_lateralReach(std::min(2.0 * settings.strikeSigma, kLargestFaceShare * std::min(space.nx(), space.ny()))),
+      m_verticalReach(std::min(settings.dipHalfLength, kLargestFaceShare * space.nz()))
 {
     for (const FaultScan& scan : plan.scans) {
         const synthetic::StrikeDip world =

@@ -30,7 +30,8 @@ namespace fault::attribute {
 // so their semblance rests on fewer samples and its smallest value over all
 // orientations runs lower than elsewhere by chance alone: the likelihood is scaled down
 // linearly towards the volume's faces over the windows' reach (2 strikeSigma laterally,
-// dipHalfLength vertically), so that shortened windows do not outvote whole ones.
+// dipHalfLength vertically, but no more than a quarter of the volume's size), so that
+// shortened windows do not outvote whole ones.
 class FaultAttributeFinisher {
 public:
     FaultAttributeFinisher(const ScanPlan& plan, const FaultAttributeSettings& settings,
