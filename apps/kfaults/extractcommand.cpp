@@ -1,7 +1,6 @@
 #include <memory>
 
 #include <CLI/CLI.hpp>
-#include <QFileInfo>
 
 #include "commandline.h"
 #include "commands.h"
@@ -19,13 +18,8 @@ struct ExtractArguments : VolumeArguments {
 void runExtractCommand(const ExtractArguments& a, ExtractOptions options, CommandIo& io)
 {
     QString problem;
-    if (!inputKindOf(a, options.input, problem)) return io.fail(problem, kExitFailure);
-    options.inputPath = QString::fromStdString(a.input);
+    if (!resolveInput(a, options.input, options.inputPath, options.raw, problem)) return io.fail(problem, kExitFailure);
     options.outputDir = QString::fromStdString(a.out);
-    if (options.input == InputKind::Raw && !rawLayoutOf(a, options.raw, problem))
-        return io.fail(problem, kExitFailure);
-    if (options.input != InputKind::Synthetic && !QFileInfo::exists(options.inputPath))
-        return io.fail(QStringLiteral("%1: no such file").arg(options.inputPath), kExitFailure);
     const ExtractResult result = runExtract(options);
     if (!result.ok())
         return io.fail(result.error, result.cancelled ? kExitCancelled : kExitFailure);

@@ -21,6 +21,7 @@
 #include "lasterror.h"
 #include "plantedtruth.h"
 #include "processmemory.h"
+#include "stagedfiles.h"
 
 namespace kfaults {
 namespace {
@@ -143,13 +144,8 @@ ExtractResult runExtract(const ExtractOptions& o)
     const QString outputError = writeExtractionOutputs(products, staging.path(), clock.timings(),
                                                        clock.peaks(), counts, total, staged, result.report);
     if (!outputError.isEmpty() || InterruptibleProgress::interrupted()) return failure(outputError);
-    for (const QString& file : staged) {
-        const QString target = QDir(o.outputDir).absoluteFilePath(QFileInfo(file).fileName());
-        QFile::remove(target);
-        if (!QFile::rename(file, target))
-            return failure(QStringLiteral("%1: cannot be written").arg(target));
-        result.files << target;
-    }
+    const QString moveError = moveIntoPlace(staged, o.outputDir, result.files);
+    if (!moveError.isEmpty()) return failure(moveError);
     return result;
 }
 

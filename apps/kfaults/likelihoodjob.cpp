@@ -3,7 +3,6 @@
 #include <memory>
 
 #include <QDir>
-#include <QFileInfo>
 #include <QSaveFile>
 #include <QTemporaryDir>
 
@@ -16,6 +15,7 @@
 #include "interruptibleprogress.h"
 #include "lasterror.h"
 #include "picturefile.h"
+#include "stagedfiles.h"
 
 namespace kfaults {
 namespace {
@@ -174,12 +174,8 @@ LikelihoodResult runLikelihood(const LikelihoodOptions& o)
         if (!rawError.isEmpty()) return failure(rawError);
     }
     LikelihoodResult result;
-    for (const QString& file : staged) {
-        const QString target = QDir(o.outputDir).absoluteFilePath(QFileInfo(file).fileName());
-        QFile::remove(target);
-        if (!QFile::rename(file, target)) return failure(QStringLiteral("%1: cannot be written").arg(target));
-        result.files << target;
-    }
+    const QString moveError = moveIntoPlace(staged, o.outputDir, result.files);
+    if (!moveError.isEmpty()) return failure(moveError);
     return result;
 }
 

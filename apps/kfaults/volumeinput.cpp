@@ -3,6 +3,7 @@
 #include <map>
 
 #include <CLI/CLI.hpp>
+#include <QFileInfo>
 
 namespace kfaults {
 
@@ -37,6 +38,19 @@ bool inputKindOf(const VolumeArguments& a, InputKind& kind, QString& problem)
         return false;
     }
     kind = it->second;
+    return true;
+}
+
+bool resolveInput(const VolumeArguments& a, InputKind& kind, QString& path, volumeio::RawVolumeLayout& raw,
+                  QString& problem)
+{
+    if (!inputKindOf(a, kind, problem)) return false;
+    path = QString::fromStdString(a.input);
+    if (kind == InputKind::Raw && !rawLayoutOf(a, raw, problem)) return false;
+    if (kind != InputKind::Synthetic && !QFileInfo::exists(path)) {
+        problem = QStringLiteral("%1: no such file").arg(path);
+        return false;
+    }
     return true;
 }
 

@@ -44,6 +44,12 @@ bool inputKindOf(const VolumeArguments& a, InputKind& kind, QString& problem);
 // the axis order unreadable.
 bool rawLayoutOf(const VolumeArguments& a, volumeio::RawVolumeLayout& layout, QString& problem);
 
+// The input the options name: its kind, path and, for a raw file, layout. False with
+// `problem` set for an unknown format, a raw file without its size, or a file that does
+// not exist.
+bool resolveInput(const VolumeArguments& a, InputKind& kind, QString& path, volumeio::RawVolumeLayout& raw,
+                  QString& problem);
+
 // The file an input other than a built-in one is read from, as the framework's volume
 // readers take it.
 volumeio::VolumeSource volumeSource(InputKind kind, const QString& path, const volumeio::RawVolumeLayout& raw);

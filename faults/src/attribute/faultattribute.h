@@ -14,8 +14,7 @@ class ZNBloc;
 // likely a fault passes there (0..1) and the strike and dip of that fault.
 //
 // Method (references in the files that implement each step):
-// 1. reflector slopes from the smoothed products of the amplitude's gradient
-//    (reflectorslopes.h), so that the comparison of neighbouring traces follows their
+// 1. reflector slopes from the structure tensor of the amplitude (reflectorslopes.h), so that the comparison of neighbouring traces follows their
 //    layers and dipping or folded layers stay coherent;
 // 2. the numerator and denominator of semblance over 5 x 5 traces along those layers
 //    (semblancefactors.h), balanced by the energy of their neighbourhood
@@ -29,8 +28,9 @@ class ZNBloc;
 //
 // The volume is processed slab by slab (stacks of z slices, as ZNSlabPlanner plans them)
 // with the halo the windows need, so that a volume larger than memory can be read from
-// a block file and written to block files; the results do not depend on the slabs
-// beyond float rounding. The work runs on the OpenMP threads, reports progress on a bar
+// a block file and written to block files. Slabs change the result only near their
+// borders, where the wide windows of the slopes and of the reference are cut (a few
+// voxels in a thousand by more than 0.05 with slabs of a few slices). The work runs on the OpenMP threads, reports progress on a bar
 // titled "Fault likelihood" (one bar, moved about a hundred times) and stops when that
 // bar is cancelled.
 namespace fault::attribute {

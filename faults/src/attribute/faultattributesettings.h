@@ -9,7 +9,7 @@ namespace fault::attribute {
 //
 // The defaults recover the faults of the built-in synthetic seismic (throws of 3 to 5
 // samples, signal-to-noise ratio 2) and keep its unfaulted layers below a likelihood of
-// 0.5; the scan tries 60 strikes x 6 dips (345 orientations once the duplicated
+// 0.5; the scan tries 60 strikes x 6 dips (330 orientations once the duplicated
 // vertical ones are left out).
 struct FaultAttributeSettings {
     double strikeStep = 6.0;        // degrees between two scanned strikes, over 0..360

@@ -6,9 +6,10 @@
 namespace fault::attribute {
 
 // The two factors of semblance along the layers, at every sample of a seismic slab:
-// with g the amplitudes of the 3 x 3 traces around the sample read along the reflector
+// with g the amplitudes of the 5 x 5 traces around the sample read along the reflector
 // through it (linear interpolation down each trace, traces clamped at the slab's
-// sides) and w the weights (1, 2, 1) / 4 along x times (1, 2, 1) / 4 along y,
+// sides) and w the binomial weights (1, 4, 6, 4, 1) / 16 along x times the same along y
+// (wide enough that a fault between two traces splits the weights nearly evenly),
 //
 //   numerator   = (sum w g)^2,      denominator = sum w g^2,
 //
