@@ -29,7 +29,7 @@ float bilinear(const float* slice, int nx, int ny, float x, float y)
 
 // Samples, the Gaussian that smooths the likelihood of a slice before its ridges are
 // found, so that each fault gives one ridge across and not several close ones.
-constexpr double kRidgeSmoothing = 1.0;
+constexpr double kRidgeSmoothing = 1.25;
 
 // Share of a volume's size along an axis that the scaling down towards its faces may
 // take at most: in a volume not much larger than the windows, every window is cut short,

@@ -16,10 +16,10 @@ struct FaultAttributeSettings {
     double minDip = 50.0;           // degrees, the shallowest fault scanned, > 20
     double maxDip = 90.0;           // degrees, the steepest, <= 90
     double dipStep = 8.0;           // degrees between two scanned dips
-    double strikeSigma = 6.0;       // samples, Gaussian smoothing along the fault's strike
+    double strikeSigma = 6.5;       // samples, Gaussian smoothing along the fault's strike
     double dipHalfLength = 20.0;    // samples, half-length of the window down the fault
-    double slopeSigma = 4.0;        // samples, smoothing that gives the reflector slopes
-    double referenceSigma = 8.0;    // samples, the neighbourhood whose semblance is the
+    double slopeSigma = 4.5;        // samples, smoothing that gives the reflector slopes
+    double referenceSigma = 9.0;    // samples, the neighbourhood whose semblance is the
                                     // reference of the likelihood
     double maxReflectorSlope = 2.0; // samples per trace, steepest reflector followed
     double semblancePower = 4.0;    // p of likelihood = 1 - (semblance / reference)^p, >= 1

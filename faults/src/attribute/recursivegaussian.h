@@ -15,10 +15,10 @@ enum class LineEnds {
 // The third-order recursive approximation of a Gaussian of standard deviation sigma
 // (samples): a causal pass w[n] = b x[n] + a1 w[n-1] + a2 w[n-2] + a3 w[n-3] followed by
 // the same recursion run backwards (I. T. Young and L. J. van Vliet, "Recursive
-// implementation of the Gaussian filter", Signal Processing 44, 1995, 139-151). The
-// cost per sample does not depend on sigma. Its impulse response sums to 1 and has a
-// variance within a few per cent of sigma^2 for sigma >= 1; the coefficients are not
-// defined below 0.5, where the filter is the identity.
+// implementation of the Gaussian filter", Signal Processing 44, 1995, 139-151), its
+// parameter chosen so that the impulse response has exactly the variance sigma^2. The
+// cost per sample does not depend on sigma. Its impulse response sums to 1; below a
+// sigma of 0.5 the filter is the identity.
 //
 // Lines are filtered many at a time: `count` interleaved lines of `length` samples,
 // sample k of line j at data[k * stride + j], so that the inner loop runs over
