@@ -70,8 +70,10 @@ struct FaultAttributeVolumes {
 };
 
 // Working memory of computeFaultAttribute for a volume in memory, as a share of the
-// volume's size: with the seismic and the likelihood, the run stays within
-// (2 + kInMemoryWorkingShare) volumes (4 more with the strike and dip).
+// volume's size, unless slabs that small would be thinner than four halos (then they
+// get four halos' worth of slices, about 1.9 volumes on 256^3 with the default settings:
+// 3.9 volumes in all with the seismic and the likelihood; 2 more with the strike and
+// dip).
 constexpr double kInMemoryWorkingShare = 1.5;
 
 // The attribute of `seismic`, with the strike and dip when withOrientation is set.
