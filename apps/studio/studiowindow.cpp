@@ -21,11 +21,17 @@
 #include <znobjecttree.h>
 #include <znprogresspanel.h>
 #include <znguiprogressbarmgr.h>
+#include <znpropertybrowser.h>
+#include <znsectionview.h>
+#include <zn3dfaultpatch.h>
+#include <property/znpropertysheet.h>
 
+#include "faultcommands.h"
 #include "faultsetdocument.h"
 #include "studioproject.h"
 #include "studioservices.h"
 #include "studiotree.h"
+#include "studioviews.h"
 
 namespace {
 const QString kSettingsGroup = QStringLiteral("StudioWindow");
@@ -43,6 +49,7 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
     resize(kInitialWidth, kInitialHeight);
     buildDocks();
     m_services = std::make_unique<StudioServices>(this, m_log, m_notifications, m_progressPanel, options.dialogs);
+    m_views = new StudioViews(this, m_project, this);
     buildMenus();
     installActionHandlers();
     restoreLayout();
@@ -59,6 +66,35 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
         if (m_currentDocument == document) setCurrentFault(nullptr, core::kNoValue);
     });
     connect(m_studioTree, &StudioTree::faultSelected, this, &StudioWindow::setCurrentFault);
+    connect(m_studioTree, &StudioTree::volumeSelected, this, [this](ZNVolume* volume) { m_currentVolume = volume; });
+    // A volume opened shows at once.
+    connect(m_project, &StudioProject::volumeAdded, this, [this](ZNVolume* volume) {
+        m_views->openSectionView(volume, ZNBlocViewerEngine::SectionKind::Inline);
+    });
+    connect(m_project, &StudioProject::volumeRemoved, this, [this](ZNVolume* volume) {
+        if (m_currentVolume == volume) m_currentVolume = nullptr;
+    });
+    connect(this, &StudioWindow::currentFaultChanged, m_views, &StudioViews::setCurrentFault);
+    connect(m_views, &StudioViews::faultClicked, this,
+            [this](FaultSetDocument* document, int faultId) { m_studioTree->selectFault(document, faultId); });
+    connect(m_studioTree, &StudioTree::propertiesRequested, this, [this] {
+        if (auto* dock = findChild<QDockWidget*>(QStringLiteral("propertyDock"))) {
+            dock->show();
+            dock->raise();
+        }
+    });
+    connect(m_project, &StudioProject::faultSetAdded, this, [this](FaultSetDocument* document) {
+        // The sheet follows the current fault's changes, whoever made them.
+        const auto follow = [this, document](int faultId) {
+            if (document == m_currentDocument && faultId == m_currentFaultId) refreshProperties();
+        };
+        connect(document, &FaultSetDocument::faultAppearanceChanged, this, follow);
+        connect(document, &FaultSetDocument::faultGeometryChanged, this, follow);
+    });
+    connect(m_studioTree, &StudioTree::centreRequested, this, [this](FaultSetDocument* document, int faultId) {
+        core::vec3 centre;
+        if (document->faultCentre(faultId, centre)) m_views->centreOn(centre);
+    });
     m_askUnsaved = [this](FaultSetDocument* document) {
         return QMessageBox::question(this, tr("Unsaved changes"),
                                      tr("The fault set \"%1\" has unsaved changes. Save them?").arg(document->name()),
@@ -74,6 +110,8 @@ StudioWindow::~StudioWindow()
         if (bar.second.parent < 0) m_services->progress()->cancel(bar.first);
     for (ZNBackgroundTask* task : findChildren<ZNBackgroundTask*>()) task->wait();
     qDeleteAll(findChildren<ZNBackgroundTask*>());
+    delete m_views;  // it leaves the frame's handlers, which go with the frame
+    m_views = nullptr;
     delete m_project;  // before the services, which the documents may still use
     m_project = nullptr;
 }
@@ -83,6 +121,11 @@ void StudioWindow::buildDocks()
     m_tree = new ZNObjectTree;
     m_studioTree = new StudioTree(m_tree, m_project, this);
     addDock(QStringLiteral("objectTreeDock"), tr("Objects"), m_tree, Qt::LeftDockWidgetArea);
+
+    m_properties = new ZNPropertyBrowser;
+    m_properties->setObjectName(QStringLiteral("propertyBrowser"));
+    addDock(QStringLiteral("propertyDock"), tr("Properties"), m_properties, Qt::LeftDockWidgetArea);
+    connect(m_properties, &ZNPropertyBrowser::propertyEdited, this, &StudioWindow::onPropertyEdited);
 
     m_log = new ZNMessageLog(this);
     auto* logView = new QTableView;
@@ -142,6 +185,23 @@ void StudioWindow::buildMenus()
     faults->setObjectName(QStringLiteral("faultsMenu"));
     faults->addAction(tr("&Extract from Likelihood Volume..."), this, [this] { chooseAndExtract(); });
 
+    QMenu* newView = new QMenu(tr("New &Section View"), this);
+    newView->setObjectName(QStringLiteral("newSectionViewMenu"));
+    const std::pair<QString, ZNBlocViewerEngine::SectionKind> kinds[] = {
+        {tr("&Inline"), ZNBlocViewerEngine::SectionKind::Inline},
+        {tr("&Crossline"), ZNBlocViewerEngine::SectionKind::Crossline},
+        {tr("&Time Slice"), ZNBlocViewerEngine::SectionKind::Slice}};
+    for (const auto& kind : kinds) {
+        const ZNBlocViewerEngine::SectionKind k = kind.second;
+        newView->addAction(kind.first, this, [this, k] {
+            ZNVolume* volume = m_currentVolume ? m_currentVolume
+                                               : (m_project->volumes().isEmpty() ? nullptr : m_project->volumes().first());
+            if (!volume) reportFailure(tr("Open a volume first (File > Open Volume)"));
+            else m_views->openSectionView(volume, k);
+        });
+    }
+    windowMenu()->insertMenu(windowMenu()->actions().value(0), newView);
+
     QAction* before = windowMenu()->menuAction();
     for (QMenu* menu : {file, edit, faults}) menuBar()->insertMenu(before, menu);
     menuBar()->addMenu(tr("&Help"))->addAction(tr("&About"), this, [this] {
@@ -188,7 +248,46 @@ void StudioWindow::setCurrentFault(FaultSetDocument* document, int faultId)
         m_undoGroup->setActiveStack(document->undoStack());
         m_studioTree->selectFault(document, m_currentFaultId);
     }
+    refreshProperties();
     emit currentFaultChanged(document, m_currentFaultId);
+}
+
+void StudioWindow::refreshProperties()
+{
+    const ZN3DFaultPatch* surface = m_currentDocument ? m_currentDocument->surface(m_currentFaultId) : nullptr;
+    if (!surface) {
+        m_properties->clear();
+        return;
+    }
+    ZNPropertySheet sheet;
+    surface->createProperty(sheet);
+    surface->createGlobalProperty(sheet);
+    m_properties->setSheet(sheet);
+}
+
+void StudioWindow::onPropertyEdited(const QString& id, const QVariant& value)
+{
+    FaultSetDocument* document = m_currentDocument;
+    const int faultId = m_currentFaultId;
+    ZN3DFaultPatch* surface = document ? document->surface(faultId) : nullptr;
+    if (!surface) return;
+    if (id == QLatin1String("Name")) {
+        const QString name = value.toString().trimmed();
+        if (!name.isEmpty() && name != document->faultName(faultId))
+            document->undoStack()->push(new RenameFaultCommand(document, faultId, name));
+        refreshProperties();
+        return;
+    }
+    ZNPropertySheet sheet;
+    surface->createProperty(sheet);
+    surface->createGlobalProperty(sheet);
+    const ZNProperty* row = sheet.property(id);
+    if (!row) return;
+    // The command applies the edit (its first redo), which posts the surface's action
+    // once; an edit the surface refuses leaves no step to undo.
+    if (row->value == value) return;
+    document->undoStack()->push(new SetFaultPropertyCommand(document, faultId, id, value, row->value, row->label));
+    refreshProperties();
 }
 
 FaultSetDocument* StudioWindow::targetDocument() const

@@ -156,7 +156,7 @@ std::vector<ZNFaultSectionDrawable::FaultLines> ZNFaultSectionDrawable::linesOn(
 void ZNFaultSectionDrawable::draw(QPainter& painter, const ZNBlocViewerEngine& engine) const
 {
     for (const FaultLines& f : linesOn(engine)) {
-        painter.setPen(QPen(f.colour, kTraceWidth, Qt::DashLine));
+        painter.setPen(QPen(f.colour, kTraceWidth));
         for (const QLineF& l : f.trace) painter.drawLine(l);
         for (std::size_t k = 0; k < f.sticks.size(); ++k) {
             QColor c = f.colour;

@@ -64,7 +64,7 @@ bool ZNBlocViewerEngine::setSection(SectionKind kind, int index)
     const bool newShape = kind != m_kind;
     m_kind = kind;
     m_index = clamped;
-    if (newShape) fit();
+    if (newShape || m_fitted) fit();
     sectionIsNew();
     return true;
 }
@@ -189,9 +189,8 @@ bool ZNBlocViewerEngine::blocToImage(const core::vec3& b, QPointF& image, double
 
 void ZNBlocViewerEngine::setViewportSize(const QSize& size)
 {
-    const bool first = m_viewport == QSize(1, 1);
     m_viewport = size.expandedTo(QSize(1, 1));
-    if (first) fit();
+    if (m_fitted) fit();
     changed();
 }
 
@@ -204,6 +203,7 @@ void ZNBlocViewerEngine::fit()
     m_scaleY = std::clamp(double(area.height()) / image.height(), kMinScale, kMaxScale);
     // Pixel (0, 0) spans -0.5..0.5: its edge lands on the area's corner.
     m_offset = QPointF(area.left() + 0.5 * m_scaleX, area.top() + 0.5 * m_scaleY);
+    m_fitted = true;
     changed();
 }
 
@@ -214,12 +214,14 @@ void ZNBlocViewerEngine::zoomAt(const QPointF& anchor, double factor)
     m_scaleX = std::clamp(m_scaleX * factor, kMinScale, kMaxScale);
     m_scaleY = std::clamp(m_scaleY * factor, kMinScale, kMaxScale);
     m_offset = anchor - QPointF(under.x() * m_scaleX, under.y() * m_scaleY);
+    m_fitted = false;
     changed();
 }
 
 void ZNBlocViewerEngine::pan(const QPointF& delta)
 {
     m_offset += delta;
+    m_fitted = false;
     changed();
 }
 

@@ -95,8 +95,11 @@ public:
     // Room kept for the axes around the image when it is fitted.
     void setMargins(const QMargins& margins) { m_margins = margins; }
     const QMargins& margins() const { return m_margins; }
-    // Shows the whole image inside the viewport's margins.
+    // Shows the whole image inside the viewport's margins. Until the user zooms or pans,
+    // the view stays fitted: a new viewport size or a new section of another shape fits
+    // again.
     void fit();
+    bool isFitted() const { return m_fitted; }
     // Multiplies the scale by `factor` (kept within kMinScale..kMaxScale) around the
     // viewport point `anchor`, whose image point stays under it.
     void zoomAt(const QPointF& anchor, double factor);
@@ -176,6 +179,7 @@ private:
     double m_scaleX = 1.0;               // viewport pixels per image pixel, across
     double m_scaleY = 1.0;               // and down
     QPointF m_offset;                    // viewport position of image point (0, 0)
+    bool m_fitted = true;                // fitted, not zoomed or panned since
     std::vector<std::shared_ptr<ZNSectionDrawable>> m_drawables;
     QString m_mouseMode;
     bool m_hasReference = false;

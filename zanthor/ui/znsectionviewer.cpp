@@ -28,6 +28,7 @@ bool ZNSectionTool::keyPress(ZNSectionViewer&, QKeyEvent*) { return false; }
 ZNSectionViewer::ZNSectionViewer(std::unique_ptr<ZNSeismicViewerAbstractEngine> engine, QWidget* parent)
     : QWidget(parent), m_engine(std::move(engine))
 {
+    qRegisterMetaType<core::vec3>("core::vec3");
     setObjectName(QStringLiteral("sectionViewer"));
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
@@ -84,9 +85,7 @@ void ZNSectionViewer::step(int steps)
 
 void ZNSectionViewer::resizeEvent(QResizeEvent*)
 {
-    const bool first = m_engine->viewportSize() == QSize(1, 1);
     m_engine->setViewportSize(size());
-    if (first) m_engine->fit();
 }
 
 void ZNSectionViewer::paintEvent(QPaintEvent*)
@@ -133,8 +132,10 @@ void ZNSectionViewer::paintAxes(QPainter& painter)
     painter.setPen(palette().windowText().color());
     painter.drawRect(inner.adjusted(0, 0, -1, -1));
     const QFontMetrics metrics(font());
-    painter.drawText(QRect(kLeftMargin, 2, width() - kLeftMargin - kRightMargin, metrics.height()),
-                     Qt::AlignLeft | Qt::AlignVCenter, m_engine->sectionTitle());
+    // The title line: the section on the left, what runs across on the right.
+    const QRect titleLine(kLeftMargin, 2, inner.width(), metrics.height());
+    painter.drawText(titleLine, Qt::AlignLeft | Qt::AlignVCenter, m_engine->sectionTitle());
+    painter.drawText(titleLine, Qt::AlignRight | Qt::AlignVCenter, m_engine->acrossTitle() + QStringLiteral(" \u2192"));
     const int axisY = inner.top();
     for (const auto& tick : m_engine->acrossTicks(kTickSpacing)) {
         const double x = m_engine->imageToViewport(QPointF(tick.position, 0.0)).x();
@@ -147,17 +148,17 @@ void ZNSectionViewer::paintAxes(QPainter& painter)
         const double y = m_engine->imageToViewport(QPointF(0.0, tick.position)).y();
         if (y < area.top() - 0.5 || y > area.bottom() + 0.5) continue;
         painter.drawLine(QPointF(inner.left(), y), QPointF(inner.left() - kTickLength, y));
-        painter.drawText(QRectF(0, y - metrics.height() / 2.0, inner.left() - kTickLength - 2, metrics.height()),
+        const double labelLeft = metrics.height() + 4;  // right of the rotated title
+        painter.drawText(QRectF(labelLeft, y - metrics.height() / 2.0, inner.left() - kTickLength - 2 - labelLeft,
+                                metrics.height()),
                          Qt::AlignRight | Qt::AlignVCenter, tick.label);
     }
     painter.save();
-    painter.translate(12, inner.center().y());
+    painter.translate(2, inner.center().y());
     painter.rotate(-90);
-    painter.drawText(QRect(-inner.height() / 2, -metrics.height(), inner.height(), metrics.height() + 4),
-                     Qt::AlignCenter, m_engine->downTitle());
+    painter.drawText(QRect(-inner.height() / 2, 0, inner.height(), metrics.height()), Qt::AlignCenter,
+                     m_engine->downTitle());
     painter.restore();
-    painter.drawText(QRect(kLeftMargin, metrics.height() + 2, inner.width(), metrics.height()), Qt::AlignRight,
-                     m_engine->acrossTitle());
 }
 
 void ZNSectionViewer::paintColourBar(QPainter& painter)
@@ -190,7 +191,9 @@ void ZNSectionViewer::mousePressEvent(QMouseEvent* event)
         return;
     }
     m_dragFrom = event->pos();
+    m_pressedAt = event->pos();
     m_panning = true;
+    m_dragged = false;
 }
 
 void ZNSectionViewer::mouseMoveEvent(QMouseEvent* event)
@@ -198,6 +201,9 @@ void ZNSectionViewer::mouseMoveEvent(QMouseEvent* event)
     emit cursorMoved(m_engine->viewportToWorld(event->localPos()), m_engine->sampleAtViewport(event->localPos()));
     if (ZNSectionTool* t = currentTool(); t && t->mouseMove(*this, event)) return;
     if (!m_panning) return;
+    constexpr int kDragThreshold = 3;  // pixels before a press becomes a drag
+    if (!m_dragged && (event->pos() - m_pressedAt).manhattanLength() < kDragThreshold) return;
+    m_dragged = true;
     m_engine->pan(QPointF(event->pos() - m_dragFrom));
     m_dragFrom = event->pos();
 }
@@ -205,7 +211,9 @@ void ZNSectionViewer::mouseMoveEvent(QMouseEvent* event)
 void ZNSectionViewer::mouseReleaseEvent(QMouseEvent* event)
 {
     if (ZNSectionTool* t = currentTool(); t && t->mouseRelease(*this, event)) return;
+    const bool click = m_panning && !m_dragged && event->button() == Qt::LeftButton;
     m_panning = false;
+    if (click) emit clicked(event->localPos());
 }
 
 void ZNSectionViewer::mouseDoubleClickEvent(QMouseEvent* event)

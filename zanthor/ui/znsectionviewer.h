@@ -11,6 +11,9 @@
 
 class ZNSectionDrawable;
 
+// World points travel in signals, also between threads.
+Q_DECLARE_METATYPE(core::vec3)
+
 // The widget of a section viewer: paints what its engine shows (the section through its
 // colour scale, the drawables, the reference point, the annotated axes, the colour bar
 // and the section's title) and forwards the user's gestures, first to the tool of the
@@ -23,7 +26,7 @@ class ZNSectionDrawable;
 class ZNSectionViewer : public QWidget {
     Q_OBJECT
 public:
-    static constexpr int kLeftMargin = 64;    // pixels for the vertical axis
+    static constexpr int kLeftMargin = 84;    // pixels for the vertical axis and its title
     static constexpr int kTopMargin = 44;     // the title and the horizontal axis
     static constexpr int kRightMargin = 76;   // the colour bar
     static constexpr int kBottomMargin = 12;
@@ -51,6 +54,9 @@ signals:
     // The section shown changed (stepped, chosen, or another block).
     void sectionChanged();
     void referencePointPicked(const core::vec3& world);
+    // A left click without drag nor modifier, at a viewport point (what was clicked is for
+    // the host to find: ZNBlocViewerEngine::drawableAt).
+    void clicked(const QPointF& viewport);
     // The cursor moved over the section: where, and the sample under it (-9999 outside).
     void cursorMoved(const core::vec3& world, float sample);
 
@@ -74,6 +80,8 @@ private:
     std::unique_ptr<ZNSeismicViewerAbstractEngine> m_engine;
     std::map<QString, std::unique_ptr<ZNSectionTool>> m_tools;
     QPoint m_dragFrom;
+    QPoint m_pressedAt;
     bool m_panning = false;
+    bool m_dragged = false;  // the mouse moved while the button was down
     quint64 m_shownVersion = 0;
 };

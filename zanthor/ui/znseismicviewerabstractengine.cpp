@@ -101,11 +101,8 @@ const QImage& ZNSeismicViewerAbstractEngine::sectionImage()
     if (!samples) return m_picture;
     QImage picture(samples->width(), samples->height(), QImage::Format_ARGB32);
     if (picture.isNull()) return m_picture;
-    for (int r = 0; r < samples->height(); ++r) {
-        const float* row = samples->row(r);
-        QRgb* line = reinterpret_cast<QRgb*>(picture.scanLine(r));
-        for (int c = 0; c < samples->width(); ++c) line[c] = m_scale.colourOf(row[c]);
-    }
+    for (int r = 0; r < samples->height(); ++r)
+        m_scale.colourRow(samples->row(r), samples->width(), reinterpret_cast<QRgb*>(picture.scanLine(r)));
     m_picture = std::move(picture);
     return m_picture;
 }
