@@ -55,8 +55,8 @@ CLI::Option* addSurfaceMethodOption(CLI::App& c, int& method)
 int runKfaults(const std::vector<std::string>& args, std::ostream& out, std::ostream& err)
 {
     CommandIo io{out, err};
-    CLI::App tool("kfaults: extract faults from seismic fault-likelihood volumes, and read, "
-                  "convert and mesh fault sets.",
+    CLI::App tool("kfaults: extract faults from seismic fault-likelihood volumes, compute fault "
+                  "likelihood from seismic amplitude, and read, convert and mesh fault sets.",
                   "kfaults");
     tool.require_subcommand(1);
     addExtractCommand(tool, io);
@@ -65,6 +65,7 @@ int runKfaults(const std::vector<std::string>& args, std::ostream& out, std::ost
     addMeshCommand(tool, io);
     addSynthCommand(tool, io);
     addDedupeCommand(tool, io);
+    addLikelihoodCommand(tool, io);
 
     std::vector<const char*> argv;
     for (const std::string& a : args) argv.push_back(a.c_str());

@@ -44,5 +44,6 @@ void addSticksCommand(CLI::App& tool, CommandIo& io);
 void addMeshCommand(CLI::App& tool, CommandIo& io);
 void addSynthCommand(CLI::App& tool, CommandIo& io);
 void addDedupeCommand(CLI::App& tool, CommandIo& io);
+void addLikelihoodCommand(CLI::App& tool, CommandIo& io);
 
 } // namespace kfaults

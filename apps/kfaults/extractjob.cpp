@@ -10,7 +10,9 @@
 #include <QJsonArray>
 #include <QTemporaryDir>
 
+#include <faultextractionfromseismic.h>
 #include <faultextractionpipeline.h>
+#include <synthetic/syntheticseismic.h>
 #include <synthetic/syntheticvolume.h>
 #include <volumeio/volumesource.h>
 
@@ -19,6 +21,7 @@
 #include "lasterror.h"
 #include "plantedtruth.h"
 #include "processmemory.h"
+#include "stagedfiles.h"
 
 namespace kfaults {
 namespace {
@@ -35,6 +38,18 @@ struct LoadedInput {
 LoadedInput loadInput(const ExtractOptions& o)
 {
     LoadedInput in;
+    if (o.input == InputKind::Synthetic && o.fromSeismic) {
+        const int n = o.syntheticSize;
+        fault::synthetic::SyntheticSeismic seismic =
+            fault::synthetic::generateSyntheticSeismic(fault::synthetic::defaultSeismicScene(n, n, n, o.seed));
+        if (!seismic.ok()) {
+            in.error = seismic.error;
+            return in;
+        }
+        in.truth = std::make_unique<PlantedTruth>(seismic.faults, seismic.plantedIds);
+        in.likelihood = std::move(seismic.amplitude);   // seismic amplitude until the attribute
+        return in;
+    }
     if (o.input == InputKind::Synthetic) {
         const int n = o.syntheticSize;
         fault::synthetic::SyntheticVolume volume =
@@ -87,13 +102,7 @@ ExtractResult failure(const QString& what)
 
 volumeio::VolumeSource volumeSourceOf(const ExtractOptions& o)
 {
-    volumeio::VolumeSource source;
-    source.path = o.inputPath;
-    source.raw = o.raw;
-    source.format = o.input == InputKind::Segy ? volumeio::VolumeFormat::Segy
-                    : o.input == InputKind::Bloc ? volumeio::VolumeFormat::Bloc
-                                                 : volumeio::VolumeFormat::Raw;
-    return source;
+    return volumeSource(o.input, o.inputPath, o.raw);
 }
 
 ExtractResult runExtract(const ExtractOptions& o)
@@ -114,8 +123,10 @@ ExtractResult runExtract(const ExtractOptions& o)
     clock.stop("input");
 
     fault::FaultExtractionSettings settings{o.extraction, o.sticks, o.surfaceMethod, true};
-    fault::FaultExtraction x = fault::extractFaults(in.likelihood, in.units, settings, -1,
-                                                    [&clock](const char* step) { clock.stop(step); });
+    const auto observer = [&clock](const char* step) { clock.stop(step); };
+    fault::FaultExtraction x =
+        o.fromSeismic ? fault::extractFaultsFromSeismic(in.likelihood, in.units, o.attribute, settings, -1, observer)
+                      : fault::extractFaults(in.likelihood, in.units, settings, -1, observer);
     if (!x.ok()) return failure(LastError::withDetail(x.error));
 
     const ExtractionProducts products{o, *x.automatic, *x.picked, x.faults, x.surfaceSettings,
@@ -133,13 +144,8 @@ ExtractResult runExtract(const ExtractOptions& o)
     const QString outputError = writeExtractionOutputs(products, staging.path(), clock.timings(),
                                                        clock.peaks(), counts, total, staged, result.report);
     if (!outputError.isEmpty() || InterruptibleProgress::interrupted()) return failure(outputError);
-    for (const QString& file : staged) {
-        const QString target = QDir(o.outputDir).absoluteFilePath(QFileInfo(file).fileName());
-        QFile::remove(target);
-        if (!QFile::rename(file, target))
-            return failure(QStringLiteral("%1: cannot be written").arg(target));
-        result.files << target;
-    }
+    const QString moveError = moveIntoPlace(staged, o.outputDir, result.files);
+    if (!moveError.isEmpty()) return failure(moveError);
     return result;
 }
 

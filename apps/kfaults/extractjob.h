@@ -5,27 +5,26 @@
 #include <QString>
 #include <QStringList>
 
+#include <attribute/faultattributesettings.h>
 #include <automaticfaultextraction.h>
 #include <volumeio/rawvolume.h>
 #include <volumeio/volumesource.h>
 #include <zn3dfaultpatchlight.h>
 #include <znfaultsticksfromvoxels.h>
 
-namespace kfaults {
+#include "volumeinput.h"
 
-// Where the likelihood volume of an extraction comes from.
-enum class InputKind {
-    Synthetic,  // the built-in scene (defaultScene), generated in memory
-    Segy,       // a 3D post-stack SEG-Y file
-    Raw,        // raw float32 samples, layout given
-    Bloc,       // a block file of the library
-};
+namespace kfaults {
 
 // Everything `kfaults extract` needs. Defaults: the built-in 128^3 scene, seed 1, the
 // library's extraction and stick defaults, surfaces by "Minimum Envelop", outputs with
 // pictures in "kfaults-out".
 struct ExtractOptions {
     InputKind input = InputKind::Synthetic;
+    bool fromSeismic = false;                 // the input is seismic amplitude (built in:
+                                              // the synthetic seismic), whose fault
+                                              // likelihood is computed first
+    fault::attribute::FaultAttributeSettings attribute;   // for fromSeismic
     QString inputPath;                        // for every kind but Synthetic
     volumeio::RawVolumeLayout raw;            // for Raw
     int syntheticSize = 128;                  // voxels along each axis of the built-in scene

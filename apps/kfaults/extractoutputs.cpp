@@ -128,6 +128,7 @@ QJsonObject inputJson(const ExtractOptions& o, const georef::BlocSpace& space)
                    {"size", QJsonArray{space.nx(), space.ny(), space.nz()}}};
     if (o.input == InputKind::Synthetic) in.insert("seed", QString::number(o.seed));
     else in.insert("path", QDir().absoluteFilePath(o.inputPath));
+    in.insert("seismic", o.fromSeismic);
     return in;
 }
 
