@@ -147,9 +147,7 @@ int ZNFaultPatchManager::addPatch()
     record.setFather(id);
     m_patches.add(record);
     m_visitStamps.add(m_currentStamp);
-    m_nextInFault.add(kEndOfList);
-    // The former last patch may now be linked: the lists depend on which patch is last.
-    initElementListBis();
+    m_nextInFault.add(kEndOfList);  // a new patch is a fault of its own
     return id;
 }
 
@@ -220,9 +218,9 @@ void ZNFaultPatchManager::initElementListBis()
     m_nextInFault.fill(n, kEndOfList);
     // Walking down and inserting each patch right after its root leaves every list in
     // increasing id order behind the root.
-    for (int i = n - 2; i >= 1; --i) {
+    for (int i = n - 1; i >= 1; --i) {
         const int root = getFather(i);
-        if (root == i || root < 1 || root >= n - 1) continue;
+        if (root == i || root < 1 || root >= n) continue;
         m_nextInFault[i] = m_nextInFault[root];
         m_nextInFault[root] = i;
     }
@@ -235,7 +233,7 @@ void ZNFaultPatchManager::getPatchListWithLinkedList(int id, core::Array<int>& l
     const int n = getNumberOfPatch();
     if (id < 0 || id >= n) return;
     const int root = getFather(id);
-    if (id == 0 || id == n - 1 || root < 1 || root >= n - 1) {
+    if (id == 0 || root < 1 || root >= n) {
         list.add(id);
         return;
     }

@@ -207,12 +207,11 @@ public:
     // well-formed tree; bounded by the patch count like getFather.
     int getInitialFather(int id) const;
     // Rebuilds the linked list of every tree from the fathers: root first, then the other
-    // patches in increasing id order. Patch 0 and the last patch are never linked.
+    // patches in increasing id order. Patch 0 is never linked.
     void initElementListBis();
     // Every patch of the fault that contains `id`, appended to `list` (emptied first with
-    // `clearFirst`). An id outside the array adds nothing; patch 0 and the last patch add
-    // themselves only, and so does a patch whose root is one of them or lies outside the
-    // array. A linked list that does not end within the patch count sends "Loop in
+    // `clearFirst`). An id outside the array adds nothing; patch 0 adds itself only, and
+    // so does a patch whose root is patch 0 or lies outside the array. A linked list that does not end within the patch count sends "Loop in
     // getPatchListWithLinkedList" (kind 1) and the walk stops.
     void getPatchListWithLinkedList(int id, core::Array<int>& list, bool clearFirst) const;
     // The patches of every fault that contains one of `patches`, each fault once, in the
@@ -682,7 +681,7 @@ public:
     // Joins the faults of a and b: root(a)'s father becomes root(b) and the fault's list
     // is b's patches followed by a's. Father chains met on the way may be shortened
     // (every patch keeps its root). False, nothing changed, when both have one root or
-    // either id is not 1..n-2 (patch 0 and the spare last patch are never linked).
+    // either id or root is not 1..n-1 (patch 0 is never linked).
     bool mergePatch(int a, int b);
     // Every (patch of fault A, patch of fault B) pair in contact, in A's list order then
     // contact order; `contacts` is replaced. Empty when the faults are one.
