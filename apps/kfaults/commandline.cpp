@@ -6,8 +6,10 @@
 #include <CLI/CLI.hpp>
 #include <QFileInfo>
 
+#include <storedfaultnames.h>
 #include <zn3dfaultpatch.h>
 #include <znfaultpatchmanager.h>
+#include <znfilename.h>
 
 #include "commands.h"
 #include "interruptibleprogress.h"
@@ -17,8 +19,18 @@ namespace kfaults {
 
 void CommandIo::fail(const QString& problem, int code)
 {
-    err << "kfaults: " << problem.toStdString() << '\n';
+    warn(problem);
     exitCode = code;
+}
+
+void CommandIo::warn(const QString& note) { err << "kfaults: " << note.toStdString() << '\n'; }
+
+void keepFaultNamesApart(ZNFaultPatchManager& set, CommandIo& io)
+{
+    for (const fault::RenamedFault& r : fault::makeStoredFaultNamesUnique(set))
+        io.warn(QStringLiteral("fault \"%1\" is saved as \"%2\": a fault set keeps \"%3\" as \"%4\" "
+                               "(names lose their folder and extension)")
+                    .arg(r.from, r.storedAs, r.firstName, ZNFileName::completeBaseName(r.firstName)));
 }
 
 bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io)

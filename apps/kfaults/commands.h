@@ -22,11 +22,18 @@ struct CommandIo {
 
     // Prints "kfaults: <problem>" on err and keeps `code` as the exit code.
     void fail(const QString& problem, int code);
+    // Prints "kfaults: <note>" on err; the exit code stays.
+    void warn(const QString& note);
 };
 
 // Reads the fault set file at `path` into `set` (3D form, no progress bar). On failure
 // prints the one-line error, keeps exit code 1 and returns false.
 bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io);
+
+// Renames the faults of `set` whose names a fault set file would store alike, so that
+// no save or stick file joins two of them (fault::makeStoredFaultNamesUnique), and says
+// so on err, one line per renamed fault.
+void keepFaultNamesApart(ZNFaultPatchManager& set, CommandIo& io);
 
 // What the Z of the fault set's points measures, for the exchange writers: Time when its
 // units are in time, Depth otherwise.

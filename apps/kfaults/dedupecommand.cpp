@@ -54,6 +54,7 @@ void runDedupe(const DedupeArguments& a, CommandIo& io)
     if (a.removeInto.empty()) return;
     std::unique_ptr<ZNFaultPatchManager> kept(set.extractSubFaultPatchManager(patchesKept(set, dropped)));
     const QString out = QString::fromStdString(a.removeInto);
+    if (kept) keepFaultNamesApart(*kept, io);
     if (!kept || !kept->writePickedFault(out, false, nullptr, false))
         return io.fail(LastError::withDetail(QStringLiteral("%1: cannot be written").arg(out)), kExitFailure);
     io.out << "written: " << out.toStdString() << " (" << dropped.size() << " faults removed)\n";

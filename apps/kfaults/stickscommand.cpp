@@ -63,6 +63,7 @@ void runImport(const SticksArguments& a, CommandIo& io)
     ZNFaultPatchManager set(rows, units);
     for (int r = 0; r < names.size(); ++r)
         if (ZN3DFaultPatchLight* light = set.findFaultLight(r + 1)) light->SetFaultName(names[r]);
+    keepFaultNamesApart(set, io);
     if (!set.writePickedFault(out, false, nullptr, false))
         return io.fail(LastError::withDetail(QStringLiteral("%1: cannot be written").arg(out)), kExitFailure);
     io.out << out.toStdString() << '\n';
@@ -80,6 +81,7 @@ void runExport(const SticksArguments& a, CommandIo& io)
                        kExitFailure);
     ZNFaultPatchManager set;
     if (!readFaultSetOrFail(set, in, io)) return;
+    keepFaultNamesApart(set, io);  // a stick file joins faults of one name
     const QList<ZN3DFaultPatchLight*>& lights = set.getFaultLightList();
     core::MultiArray<core::vec3> rows;
     if (!rows.init(lights.size())) return io.fail(QStringLiteral("out of memory"), kExitFailure);
