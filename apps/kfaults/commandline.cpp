@@ -16,7 +16,6 @@
 #include "lasterror.h"
 
 namespace kfaults {
-
 void CommandIo::fail(const QString& problem, int code)
 {
     warn(problem);
@@ -33,13 +32,21 @@ void keepFaultNamesApart(ZNFaultPatchManager& set, CommandIo& io)
                     .arg(r.from, r.storedAs, r.firstName, ZNFileName::completeBaseName(r.firstName)));
 }
 
+bool stopIfInterrupted(CommandIo& io)
+{
+    if (!InterruptibleProgress::interrupted()) return false;
+    io.fail(QStringLiteral("cancelled"), kExitCancelled);
+    return true;
+}
+
 bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io)
 {
     if (!QFileInfo::exists(path)) {
         io.fail(QStringLiteral("%1: no such file").arg(path), kExitFailure);
         return false;
     }
-    if (set.readPickedFault(path, false, ZNFaultPatchManager::kNoProgressBar)) return true;
+    if (set.readPickedFault(path, false, kTopLevelBar) && !stopIfInterrupted(io)) return true;
+    if (io.exitCode == kExitCancelled || stopIfInterrupted(io)) return false;
     io.fail(LastError::withDetail(QStringLiteral("%1: not a readable fault set file").arg(path)), kExitFailure);
     return false;
 }

@@ -26,8 +26,18 @@ struct CommandIo {
     void warn(const QString& note);
 };
 
-// Reads the fault set file at `path` into `set` (3D form, no progress bar). On failure
-// prints the one-line error, keeps exit code 1 and returns false.
+// The progress parent that gives a library operation its own top-level bar, which
+// Ctrl-C cancels.
+constexpr int kTopLevelBar = -1;
+
+// True once Ctrl-C was pressed; then prints "cancelled" and keeps exit code 130. A
+// command asks between its steps and before it writes, so that a cancelled command
+// leaves its target as it was.
+bool stopIfInterrupted(CommandIo& io);
+
+// Reads the fault set file at `path` into `set` (3D form, with the "Load Data" bar that
+// Ctrl-C cancels). On failure prints the one-line error, keeps exit code 1 (130 when
+// cancelled) and returns false.
 bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io);
 
 // Renames the faults of `set` whose names a fault set file would store alike, so that

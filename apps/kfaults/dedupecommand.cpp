@@ -55,8 +55,11 @@ void runDedupe(const DedupeArguments& a, CommandIo& io)
     std::unique_ptr<ZNFaultPatchManager> kept(set.extractSubFaultPatchManager(patchesKept(set, dropped)));
     const QString out = QString::fromStdString(a.removeInto);
     if (kept) keepFaultNamesApart(*kept, io);
-    if (!kept || !kept->writePickedFault(out, false, nullptr, false))
+    if (stopIfInterrupted(io)) return;
+    if (!kept || !kept->writePickedFault(out, false, nullptr, true)) {
+        if (stopIfInterrupted(io)) return;
         return io.fail(LastError::withDetail(QStringLiteral("%1: cannot be written").arg(out)), kExitFailure);
+    }
     io.out << "written: " << out.toStdString() << " (" << dropped.size() << " faults removed)\n";
 }
 

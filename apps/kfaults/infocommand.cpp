@@ -45,7 +45,9 @@ void runInfo(const std::string& file, CommandIo& io)
     const QString path = QString::fromStdString(file);
     if (!QFileInfo::exists(path)) return io.fail(QStringLiteral("%1: no such file").arg(path), kExitFailure);
     ZNFaultPatchManager set;
-    if (!set.readPickedFault(path, false, ZNFaultPatchManager::kNoProgressBar)) {
+    const bool read = set.readPickedFault(path, false, kTopLevelBar);
+    if (stopIfInterrupted(io)) return;
+    if (!read) {
         const QString why = LastError::withDetail(QStringLiteral("%1: neither a fault set file nor a block file").arg(path));
         ZNBloc bloc;
         if (bloc.open(path)) return describeBloc(path, bloc, io.out);

@@ -51,6 +51,7 @@ void runImport(const SticksArguments& a, CommandIo& io)
     if (!formatOf(a.format, in, format, problem)) return io.fail(problem, kExitFailure);
     fault::exchange::StickSet sticks;
     const fault::exchange::ExchangeStatus status = fault::exchange::readSticks(in, format, sticks);
+    if (stopIfInterrupted(io)) return;
     if (!status) return io.fail(status.message, kExitFailure);
     core::MultiArray<core::vec3> rows;
     QStringList names;
@@ -64,8 +65,12 @@ void runImport(const SticksArguments& a, CommandIo& io)
     for (int r = 0; r < names.size(); ++r)
         if (ZN3DFaultPatchLight* light = set.findFaultLight(r + 1)) light->SetFaultName(names[r]);
     keepFaultNamesApart(set, io);
-    if (!set.writePickedFault(out, false, nullptr, false))
+    if (stopIfInterrupted(io)) return;
+    // The save's bar lets Ctrl-C stop it before the target is replaced.
+    if (!set.writePickedFault(out, false, nullptr, true)) {
+        if (stopIfInterrupted(io)) return;
         return io.fail(LastError::withDetail(QStringLiteral("%1: cannot be written").arg(out)), kExitFailure);
+    }
     io.out << out.toStdString() << '\n';
 }
 
@@ -95,6 +100,7 @@ void runExport(const SticksArguments& a, CommandIo& io)
     }
     fault::exchange::StickSet sticks = fault::exchange::fromStickRows(rows, names);
     sticks.domain = verticalDomainOf(set);
+    if (stopIfInterrupted(io)) return;
     const fault::exchange::ExchangeStatus status = fault::exchange::writeSticks(out, format, sticks);
     if (!status) return io.fail(status.message, kExitFailure);
     io.out << out.toStdString() << '\n';

@@ -13,7 +13,6 @@
 
 #include "commandline.h"
 #include "commands.h"
-#include "interruptibleprogress.h"
 #include "lasterror.h"
 
 namespace kfaults {
@@ -58,13 +57,12 @@ QJsonArray plantedJson(const std::vector<fault::synthetic::PlantedFault>& faults
 void runSynth(const SynthArguments& a, CommandIo& io)
 {
     const QString folder = QString::fromStdString(a.out);
-    if (!QDir().mkpath(folder))
-        return io.fail(QStringLiteral("%1: cannot create the output folder").arg(folder), kExitFailure);
     const fault::synthetic::SyntheticVolume v =
         fault::synthetic::generateSyntheticVolume(fault::synthetic::defaultScene(a.size, a.size, a.size, a.seed));
-    if (!v.ok())
-        return io.fail(InterruptibleProgress::interrupted() ? QStringLiteral("cancelled") : v.error,
-                       InterruptibleProgress::interrupted() ? kExitCancelled : kExitFailure);
+    if (stopIfInterrupted(io)) return;  // before the folder is touched
+    if (!v.ok()) return io.fail(v.error, kExitFailure);
+    if (!QDir().mkpath(folder))
+        return io.fail(QStringLiteral("%1: cannot create the output folder").arg(folder), kExitFailure);
     const QDir dir(folder);
     const QString likelihood = dir.filePath("likelihood.bloc");
     const QString raw = dir.filePath("likelihood.float32.raw");
