@@ -369,7 +369,7 @@ bool ZNFaultPatchManager::readFathers(ZNByteSource& file)
     const int n = getNumberOfPatch();
     core::Array<uchar> raw;
     core::Array<int> fathers;
-    if (!file.mayHold(qint64(n) * kIntBytes) || !raw.resize(n * kIntBytes) ||
+    if (n > INT_MAX / kIntBytes || !file.mayHold(qint64(n) * kIntBytes) || !raw.resize(n * kIntBytes) ||
         !file.read(raw.data(), raw.size()) || !fathers.resize(n))
         return refuse(QStringLiteral("the fathers of the %1 patches are cut short").arg(n));
     for (int i = 0; i < n; ++i) {
