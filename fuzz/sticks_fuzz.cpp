@@ -1,0 +1,103 @@
+// Fuzz target of the stick file readers and of what the tool makes of their result:
+// every input is read as a Charisma, IESX, OpendTect and GOCAD PLine file. A read may
+// fail; it must not crash, leak or read out of bounds. What a reader accepts is
+//   - written back in its format: when the writer accepts it, the reader must read the
+//     file again with the same faults, sticks and points, or the target aborts;
+//   - turned into a fault set as `kfaults sticks import` does (names kept apart): when
+//     the fault set writer accepts it, the fault set reader must read it again with the
+//     same faults and point counts, or the target aborts.
+#include <cstdint>
+#include <cstdlib>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <core/multiarray.h>
+#include <exchange/stickformat.h>
+#include <exchange/stickrows.h>
+#include <exchange/stickset.h>
+#include <storedfaultnames.h>
+#include <zn3dfaultpatchlight.h>
+#include <zneventbus.h>
+#include <znfaultpatchmanager.h>
+
+namespace {
+// Messages of refused files are expected by the thousand: they are dropped.
+class SilentBus : public ZNEventBus {
+protected:
+    void message(int, const QString&) override {}
+};
+
+QTemporaryDir* g_scratch = nullptr;
+
+using fault::exchange::StickSet;
+
+// Fault names with the stick and point counts of each fault.
+QStringList shapeOf(const StickSet& set)
+{
+    QStringList shape;
+    for (const fault::exchange::FaultSticks& f : set.faults) {
+        QString line = f.name;
+        for (const fault::exchange::Stick& s : f.sticks) line += QStringLiteral(" %1").arg(s.size());
+        shape << line;
+    }
+    return shape;
+}
+
+void writeBackAndReadAgain(const StickSet& sticks, fault::exchange::StickFormat format)
+{
+    const QString path = g_scratch->filePath(QStringLiteral("again.txt"));
+    if (!fault::exchange::writeSticks(path, format, sticks)) return;
+    StickSet again;
+    if (!fault::exchange::readSticks(path, format, again) || shapeOf(again) != shapeOf(sticks)) std::abort();
+}
+
+void importAndReadAgain(const StickSet& sticks)
+{
+    core::MultiArray<core::vec3> rows;
+    QStringList names;
+    if (!fault::exchange::toStickRows(sticks, rows, names)) return;
+    ZNFaultPatchManager set(rows, georef::UnitObject());
+    for (int r = 0; r < names.size(); ++r)
+        if (ZN3DFaultPatchLight* light = set.findFaultLight(r + 1)) light->SetFaultName(names[r]);
+    fault::makeStoredFaultNamesUnique(set);
+    const QString path = g_scratch->filePath(QStringLiteral("imported.faultset"));
+    if (!set.writePickedFault(path, false, nullptr, false)) return;
+    ZNFaultPatchManager again;
+    if (!again.readPickedFault(path, false, ZNFaultPatchManager::kNoProgressBar) ||
+        again.getNumberOfPatch() != set.getNumberOfPatch() ||
+        again.getFaultLightList().size() != set.getFaultLightList().size())
+        std::abort();
+    for (int i = 0; i < set.getNumberOfPatch(); ++i)
+        if (again.getPickedPoints().getCount(i) != set.getPickedPoints().getCount(i)) std::abort();
+}
+} // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***)
+{
+    static SilentBus bus;
+    ZNEventBus::install(&bus);
+    static QTemporaryDir settings;
+    qputenv("KORVALITH_SETTINGS_DIR", settings.path().toUtf8());
+    static QTemporaryDir scratch;
+    g_scratch = &scratch;
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const QString input = g_scratch->filePath(QStringLiteral("input.txt"));
+    QFile file(input);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) std::abort();
+    file.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size));
+    file.close();
+    using fault::exchange::StickFormat;
+    for (const StickFormat format :
+         {StickFormat::Charisma, StickFormat::Iesx, StickFormat::OpendTect, StickFormat::GocadPLine}) {
+        StickSet sticks;
+        if (!fault::exchange::readSticks(input, format, sticks)) continue;
+        writeBackAndReadAgain(sticks, format);
+        importAndReadAgain(sticks);
+    }
+    return 0;
+}
