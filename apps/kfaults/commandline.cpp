@@ -22,7 +22,20 @@ void CommandIo::fail(const QString& problem, int code)
     exitCode = code;
 }
 
-void CommandIo::warn(const QString& note) { err << "kfaults: " << note.toStdString() << '\n'; }
+QString printable(const QString& text)
+{
+    QString out;
+    out.reserve(text.size());
+    for (const QChar c : text) {
+        if (c.category() == QChar::Other_Control)
+            out += QStringLiteral("\\x%1").arg(c.unicode(), 2, 16, QLatin1Char('0'));
+        else
+            out += c;
+    }
+    return out;
+}
+
+void CommandIo::warn(const QString& note) { err << "kfaults: " << printable(note).toStdString() << '\n'; }
 
 void keepFaultNamesApart(ZNFaultPatchManager& set, CommandIo& io)
 {

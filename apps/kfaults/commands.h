@@ -14,6 +14,11 @@ class Option;
 // The commands of kfaults, each added to the tool's command line by its own function.
 namespace kfaults {
 
+// `text` with every control character (below 32, 127, and 128 to 159) written as
+// "\xHH": names and messages read from files reach the terminal as text, never as
+// commands (a crafted name could set the terminal's title and colours).
+QString printable(const QString& text);
+
 // Where a command writes and what it answers.
 struct CommandIo {
     std::ostream& out;   // results only

@@ -36,8 +36,7 @@ ZNFaultPatchManager::~ZNFaultPatchManager()
 {
     ZNProcess::removeProcessObject(this);
     clearUndoConfigurationList();
-    qDeleteAll(m_faultLights);
-    m_faultLights.clear();
+    deleteFaultLights();
 }
 
 void ZNFaultPatchManager::initMembers()
@@ -62,7 +61,7 @@ void ZNFaultPatchManager::copyModelFrom(const ZNFaultPatchManager& other)
     m_minimumPatchSize = other.m_minimumPatchSize;
     m_pickedPoints = other.m_pickedPoints;
     for (const ZN3DFaultPatchLight* light : other.m_faultLights)
-        m_faultLights.append(new ZN3DFaultPatchLight(*light));
+        appendFaultLight(new ZN3DFaultPatchLight(*light));
     m_locked = other.m_locked;
     m_storedId = other.m_storedId;
     m_version = other.m_version;
@@ -106,13 +105,13 @@ void ZNFaultPatchManager::init(int numberOfPatch, bool resetDescriptors)
     if (resetDescriptors) {
         m_templateFaultLight.init();
         m_secondFaultLight.init();
-        qDeleteAll(m_faultLights);
-        m_faultLights.clear();
+        deleteFaultLights();
     } else {
         for (int i = m_faultLights.size() - 1; i >= 0; --i) {
             if (isValidPatchId(m_faultLights[i]->getFaultId())) continue;
             delete m_faultLights.takeAt(i);
         }
+        m_lightIndexCurrent = false;
     }
 }
 

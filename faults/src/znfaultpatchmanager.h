@@ -268,7 +268,9 @@ public:
     // is not a patch id 1..n-1 is deleted and false returned.
     bool insertNewFaultLight(ZN3DFaultPatchLight* light);
     // The first descriptor in list order whose id is `faultId`; null when there is none
-    // or the id is not 1..n-1. Owned by the fault set.
+    // or the id is not 1..n-1. Owned by the fault set. Found through an index of the
+    // descriptors by id, so a descriptor's id must not be changed while the fault set
+    // holds it (remove it and insert a new one instead).
     ZN3DFaultPatchLight* findFaultLight(int faultId) const;
     // Deletes the descriptor found by findFaultLight(faultId), if any.
     void removeFaultLight(int faultId);
@@ -830,6 +832,10 @@ private:
     core::MultiArray<core::ByteTriplet> m_patchVoxels;    // voxels of each patch
     core::MultiArray<core::PointWithBool> m_pickedPoints; // picked points of each patch
     QList<ZN3DFaultPatchLight*> m_faultLights;            // owned, one per fault
+    // Position in m_faultLights of the first descriptor of each fault id (-1: none), so
+    // that finding a descriptor costs no walk through the list; valid while current.
+    mutable std::vector<int> m_lightPosition;
+    mutable bool m_lightIndexCurrent = false;
     bool m_locked = false;                                // must not be edited
     int m_currentPickedFaultId = -9999;                   // patch receiving picks
     int m_currentMovingPointId = -9999;                   // entry being dragged
@@ -863,6 +869,12 @@ private:
     bool initFromLabels(ZNLabelSlabReader& labels);
     // Empty contact lists for every patch unless the lists already cover them.
     bool ensureContactLists();
+    // Appends `light` (owned from now on) to the descriptors, keeping the index current.
+    void appendFaultLight(ZN3DFaultPatchLight* light);
+    // Deletes every descriptor.
+    void deleteFaultLights();
+    // Rebuilds the index of the descriptors by fault id.
+    void indexFaultLights() const;
     // Root of `id`, pointing every patch met on the way straight at it.
     int findRootCompressing(int id);
     // Joins two roots (b's list then a's); `tails` (may be null) holds the last patch of

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 
 #include <QDir>
@@ -98,13 +99,19 @@ TEST_P(KfaultsNames, FaultsStoredUnderOneNameAreRenamedApartAndSaySo)
 
 TEST_P(KfaultsNames, ANameWithAControlCharacterAnywhereIsRefusedAndNothingIsWritten)
 {
-    for (const QString& name : {QString("A\x1f\\B"), QString("A\x1f/B"), QString("A\x1f" "B")}) {
+    for (const QString& name : {QString("A\x1f\\B"), QString("A\x1f/B"), QString("A\x1f" "B"),
+                                QString("\x1b]0;title\x07\x1b[31m"), QString("csi\u009b" "2J")}) {
         const std::string sticks = writeStickFile({"Good", name});
         const Outcome im = run({"sticks", "import", sticks, path("set.faultset"), "--format", GetParam()});
         EXPECT_EQ(im.code, kfaults::kExitFailure) << name.toStdString();
         EXPECT_TRUE(im.out.isEmpty());
         EXPECT_EQ(im.err.split('\n', Qt::SkipEmptyParts).size(), 1) << im.err.toStdString();
         EXPECT_TRUE(im.err.contains("control characters")) << im.err.toStdString();
+        // The name is shown with its control characters escaped, never sent as they are.
+        const QString line = im.err.trimmed();
+        EXPECT_TRUE(std::none_of(line.begin(), line.end(), [](QChar c) { return c.category() == QChar::Other_Control; }))
+            << im.err.toStdString();
+        EXPECT_TRUE(line.contains(QRegularExpression("\\\\x(1f|1b|9b)"))) << im.err.toStdString();
         EXPECT_FALSE(QFile::exists(QString::fromStdString(path("set.faultset"))));
     }
 }

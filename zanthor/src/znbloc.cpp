@@ -226,7 +226,7 @@ bool ZNBloc::open(const QString& path)
 {
     reset();
     ZNObjectFile::Header header;
-    if (!ZNObjectFile::readHeader(path, header) || header.type != kType ||
+    if (!ZNObjectFile::readHeader(path, header, kType) ||
         !getHeader(&header.objectHeader)) {
         ZNEventBus::sendMessage(ZNEventBus::FileError,
                                 QStringLiteral("Not a readable block file: ") + path);
