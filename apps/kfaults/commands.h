@@ -50,6 +50,12 @@ bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo
 // so on err, one line per renamed fault.
 void keepFaultNamesApart(ZNFaultPatchManager& set, CommandIo& io);
 
+// Saves `set` at `path` (3D form, with the save's bar that Ctrl-C cancels). On failure
+// prints "<path>: cannot be written (<reason>)", the reason being the system's when a
+// system call failed ("No space left on device"), else the library's last error, keeps
+// exit code 1 (130 when cancelled) and returns false; the previous file stays as it was.
+bool writeFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io);
+
 // What the Z of the fault set's points measures, for the exchange writers: Time when its
 // units are in time, Depth otherwise.
 fault::exchange::VerticalDomain verticalDomainOf(const ZNFaultPatchManager& set);

@@ -11,7 +11,6 @@
 #include "commandline.h"
 #include "commands.h"
 #include "interruptibleprogress.h"
-#include "lasterror.h"
 
 namespace kfaults {
 namespace {
@@ -64,10 +63,8 @@ void runDedupe(const DedupeArguments& a, CommandIo& io)
     const QString out = QString::fromStdString(a.removeInto);
     if (kept) keepFaultNamesApart(*kept, io);
     if (stopIfInterrupted(io)) return;
-    if (!kept || !kept->writePickedFault(out, false, nullptr, true)) {
-        if (stopIfInterrupted(io)) return;
-        return io.fail(LastError::withDetail(QStringLiteral("%1: cannot be written").arg(out)), kExitFailure);
-    }
+    if (!kept) return io.fail(QStringLiteral("out of memory"), kExitFailure);
+    if (!writeFaultSetOrFail(*kept, out, io)) return;
     io.out << "written: " << out.toStdString() << " (" << dropped.size() << " faults removed)\n";
 }
 

@@ -38,7 +38,7 @@ void runMesh(const MeshArguments& a, CommandIo& io)
     if (stopIfInterrupted(io)) return;
     const fault::exchange::ExchangeStatus status =
         fault::exchange::writeGocadTSurf(out, meshes, verticalDomainOf(set));
-    if (!status) return io.fail(status.message, kExitFailure);
+    if (!status) return io.fail(QStringLiteral("%1: %2").arg(out, status.detail), kExitFailure);
     io.out << out.toStdString() << '\n';
 }
 

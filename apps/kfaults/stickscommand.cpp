@@ -12,7 +12,6 @@
 
 #include "commandline.h"
 #include "commands.h"
-#include "lasterror.h"
 
 namespace kfaults {
 namespace {
@@ -52,7 +51,7 @@ void runImport(const SticksArguments& a, CommandIo& io)
     fault::exchange::StickSet sticks;
     const fault::exchange::ExchangeStatus status = fault::exchange::readSticks(in, format, sticks);
     if (stopIfInterrupted(io)) return;
-    if (!status) return io.fail(status.message, kExitFailure);
+    if (!status) return io.fail(QStringLiteral("%1: %2").arg(in, status.detail), kExitFailure);
     core::MultiArray<core::vec3> rows;
     QStringList names;
     if (!fault::exchange::toStickRows(sticks, rows, names))
@@ -67,10 +66,7 @@ void runImport(const SticksArguments& a, CommandIo& io)
     keepFaultNamesApart(set, io);
     if (stopIfInterrupted(io)) return;
     // The save's bar lets Ctrl-C stop it before the target is replaced.
-    if (!set.writePickedFault(out, false, nullptr, true)) {
-        if (stopIfInterrupted(io)) return;
-        return io.fail(LastError::withDetail(QStringLiteral("%1: cannot be written").arg(out)), kExitFailure);
-    }
+    if (!writeFaultSetOrFail(set, out, io)) return;
     io.out << out.toStdString() << '\n';
 }
 
@@ -102,7 +98,7 @@ void runExport(const SticksArguments& a, CommandIo& io)
     sticks.domain = verticalDomainOf(set);
     if (stopIfInterrupted(io)) return;
     const fault::exchange::ExchangeStatus status = fault::exchange::writeSticks(out, format, sticks);
-    if (!status) return io.fail(status.message, kExitFailure);
+    if (!status) return io.fail(QStringLiteral("%1: %2").arg(out, status.detail), kExitFailure);
     io.out << out.toStdString() << '\n';
 }
 

@@ -8,10 +8,12 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
+#include <core/multiarray.h>
 #include <exchange/stickformat.h>
 #include <exchange/stickset.h>
 
 #include <commandline.h>
+#include <znfaultpatchmanager.h>
 
 // Fault names through the command-line tool: names a fault set cannot store are refused
 // on every path, and faults that a fault set would store under one name are renamed
@@ -114,6 +116,23 @@ TEST_P(KfaultsNames, ANameWithAControlCharacterAnywhereIsRefusedAndNothingIsWrit
         EXPECT_TRUE(line.contains(QRegularExpression("\\\\x(1f|1b|9b)"))) << im.err.toStdString();
         EXPECT_FALSE(QFile::exists(QString::fromStdString(path("set.faultset"))));
     }
+}
+
+TEST(KfaultsNamesOfUnnamedFaults, ManyFaultsOfOneNameAreNumberedApartInOneLine)
+{
+    // Three faults of the default name: export numbers the second and third.
+    core::MultiArray<core::vec3> rows(3);
+    for (int f = 0; f < 3; ++f)
+        for (int p = 0; p < 2; ++p) rows.addElement(f, core::vec3(10.0 * f, 5.0 * p, 0.0), false);
+    QTemporaryDir dir;
+    ASSERT_TRUE(ZNFaultPatchManager(rows).writePickedFault(dir.filePath("set"), false, nullptr, false));
+    const std::string sticks = dir.filePath("sticks.txt").toStdString();
+    const Outcome ex = run({"sticks", "export", dir.filePath("set").toStdString(), sticks, "--format", "opendtect"});
+    ASSERT_EQ(ex.code, 0);
+    EXPECT_EQ(ex.err, "kfaults: 2 faults are saved as \"Unnamed (2)\" to \"Unnamed (3)\": a fault set keeps "
+                      "their names, like \"Unnamed\", as \"Unnamed\" (names lose their folder and extension)\n");
+    ASSERT_EQ(run({"sticks", "import", sticks, dir.filePath("back").toStdString()}).code, 0);
+    EXPECT_EQ(faultLines(dir.filePath("back").toStdString()).size(), 3);
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, KfaultsNames, ::testing::Values("charisma", "iesx", "opendtect", "gocad"));
