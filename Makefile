@@ -5,7 +5,7 @@ BUILD_DIR      ?= build
 ASAN_BUILD_DIR ?= build-asan
 JOBS           ?= $(shell nproc)
 
-.PHONY: deps configure build test test-asan bench demo clean
+.PHONY: deps configure build test test-asan bench demo studio clean
 
 deps:
 	bash scripts/install-deps.sh
@@ -32,6 +32,11 @@ demo: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target kfaults
 	$(BUILD_DIR)/apps/kfaults/kfaults extract --out $(DEMO_DIR)
 	@echo "kfaults demo: outputs in $(DEMO_DIR) (report: $(DEMO_DIR)/report.json)"
+
+# The desktop application on the built-in volume (needs a display).
+studio: configure
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target kfaults-studio
+	$(BUILD_DIR)/apps/studio/kfaults-studio --demo
 
 bench: build
 	cmake --build $(BUILD_DIR) -j $(JOBS) --target benchmarks

@@ -13,6 +13,10 @@ packages=(
   libsegyio-dev
   libcli11-dev        # the command line of kfaults
   fonts-dejavu-core   # the text of the report pictures
+  # The desktop application and its tests: OpenGL views, an X server for headless runs
+  # and Mesa's software rendering.
+  libqt5opengl5-dev libglu1-mesa-dev libgl1-mesa-dri
+  xvfb xauth
 )
 
 missing=()

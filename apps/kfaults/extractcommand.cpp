@@ -31,10 +31,8 @@ bool inputKindOf(const ExtractArguments& a, InputKind& kind, QString& problem)
         return true;
     }
     std::string format = a.format;
-    if (format == "auto") {
-        const QString suffix = QFileInfo(QString::fromStdString(a.input)).suffix().toLower();
-        format = suffix == "sgy" || suffix == "segy" ? "segy" : suffix == "bloc" ? "bloc" : "raw";
-    }
+    if (format == "auto")
+        format = volumeio::formatName(volumeio::formatOfFileName(QString::fromStdString(a.input))).toStdString();
     static const std::map<std::string, InputKind> kKinds{
         {"segy", InputKind::Segy}, {"raw", InputKind::Raw}, {"bloc", InputKind::Bloc}};
     const auto it = kKinds.find(format);

@@ -7,6 +7,7 @@
 
 #include <automaticfaultextraction.h>
 #include <volumeio/rawvolume.h>
+#include <volumeio/volumesource.h>
 #include <zn3dfaultpatchlight.h>
 #include <znfaultsticksfromvoxels.h>
 
@@ -47,9 +48,13 @@ struct ExtractResult {
     bool ok() const { return error.isEmpty(); }
 };
 
-// Runs the whole extraction: input, segmentation, fault set from the labels, merging,
-// sticks, duplicates, surfaces (every fault meshed by the 3D fault patch with settings
-// from surfaceSettingsFor), then the outputs. Each full-size volume is released as soon
+// The file an input other than the built-in scene is read from, as the framework's
+// volume readers take it.
+volumeio::VolumeSource volumeSourceOf(const ExtractOptions& options);
+
+// Runs the whole extraction: the input, the library's extraction sequence
+// (fault::extractFaults: segmentation, fault set from the labels, merging, sticks,
+// duplicates, surfaces), then the outputs. Each full-size volume is released as soon
 // as the next step no longer needs it, so that at most the likelihood and its labels
 // are held at once. Outputs are written into a temporary
 // folder inside the output folder and moved into place only once every one of them is

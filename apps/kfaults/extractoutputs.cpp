@@ -113,7 +113,7 @@ QJsonObject settingsJson(const ExtractOptions& o)
                        {"minVoxelsPerFault", s.minVoxelsPerFault}};
 }
 
-QJsonObject surfaceJson(const SurfaceSettings& s)
+QJsonObject surfaceJson(const fault::SurfaceSettings& s)
 {
     return QJsonObject{{"method", s.methodName()},
                        {"meshResolution", s.meshResolution},
@@ -197,8 +197,9 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
         return LastError::withDetail(QStringLiteral("%1: cannot be written").arg(setPath));
     written << setPath;
     const QString surfacePath = dir.filePath(OutputNames::surfaces);
-    const auto domain = p.options.input == InputKind::Segy ? fault::exchange::VerticalDomain::Time
-                                                           : fault::exchange::VerticalDomain::Unknown;
+    // A raw volume or the built-in scene says nothing of its vertical domain.
+    const auto domain = p.picked.GetUnitObject().isTime() ? fault::exchange::VerticalDomain::Time
+                                                          : fault::exchange::VerticalDomain::Unknown;
     const fault::exchange::ExchangeStatus status = fault::exchange::writeGocadTSurf(surfacePath, p.meshes, domain);
     if (!status) return status.message;
     written << surfacePath;

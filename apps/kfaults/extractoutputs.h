@@ -6,10 +6,10 @@
 #include <QStringList>
 
 #include <exchange/trianglemesh.h>
+#include <faultsurfacemeshing.h>
 #include <znfaultsticksfromvoxels.h>
 
 #include "extractjob.h"
-#include "faultsurfaces.h"
 
 class ZNFaultPatchManager;
 
@@ -23,7 +23,7 @@ struct ExtractionProducts {
     const ZNFaultPatchManager& automatic;          // merged automatic fault set
     ZNFaultPatchManager& picked;                   // its sticks, one fault per entry of faults
     const std::vector<fault::FaultSticks>& faults;
-    const SurfaceSettings& surfaceSettings;        // how the meshes were made
+    const fault::SurfaceSettings& surfaceSettings;        // how the meshes were made
     const std::vector<fault::exchange::TriangleMesh>& meshes;  // one per entry of faults
     const std::vector<double>& areas;              // of the meshes, squared world units
     const PlantedTruth* truth;                     // of the built-in volume; null for files

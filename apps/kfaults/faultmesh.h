@@ -4,6 +4,7 @@
 #include <QColor>
 
 #include <exchange/trianglemesh.h>
+#include <faultpalette.h>
 
 // Inputs of the report pictures: plain triangulated fault surfaces with a colour.
 namespace kfaults {
@@ -16,10 +17,8 @@ struct FaultMesh {
     QColor colour;
 };
 
-// The colour of the fault at `index` (from 0) in a qualitative palette chosen to keep
-// neighbouring indices apart and to read on white; it cycles after its twelve colours,
-// each cycle a little darker. A negative index gives grey.
-QColor faultColour(int index);
+// The pictures colour faults as every view of the toolkit does.
+using fault::faultColour;
 
 // World bounding box of every vertex used by a valid triangle of `faults`.
 struct MeshBounds {

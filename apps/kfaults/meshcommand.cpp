@@ -4,12 +4,12 @@
 #include <QFileInfo>
 
 #include <exchange/gocadtsurf.h>
+#include <faultsurfacemeshing.h>
 #include <zn3dfaultpatchlight.h>
 #include <znfaultpatchmanager.h>
 
 #include "commandline.h"
 #include "commands.h"
-#include "faultsurfaces.h"
 
 namespace kfaults {
 namespace {
@@ -27,13 +27,13 @@ void runMesh(const MeshArguments& a, CommandIo& io)
     ZNFaultPatchManager set;
     if (!readFaultSetOrFail(set, in, io)) return;
     // The sticks of a file are taken to be cut at the tool's own spacing.
-    const SurfaceSettings settings = surfaceSettingsFor(set.getBlocSpace(), {}, a.method);
+    const fault::SurfaceSettings settings = fault::surfaceSettingsFor(set.getBlocSpace(), {}, a.method);
     std::vector<int> faultIds;
     for (const ZN3DFaultPatchLight* light : set.getFaultLightList()) faultIds.push_back(light->getFaultId());
     std::vector<fault::exchange::TriangleMesh> meshes;
     for (int faultId : faultIds) {
         if (stopIfInterrupted(io)) return;
-        meshes.push_back(meshFault(set, faultId, settings).mesh);
+        meshes.push_back(fault::meshFault(set, faultId, settings).mesh);
     }
     if (stopIfInterrupted(io)) return;
     const fault::exchange::ExchangeStatus status =

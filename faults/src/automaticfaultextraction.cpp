@@ -8,16 +8,22 @@
 
 namespace fault {
 
+ZN3DImage<int>* segmentLikelihood(ZN3DImage<float>* likelihood,
+                                  const AutomaticExtractionSettings& settings, int progressParent)
+{
+    int sliceCount = 0;
+    int labelCounter = 0;
+    return segmentation::getFaultPatchLabelImage(
+        likelihood, settings.maxLabelCount, sliceCount, labelCounter, settings.maxPatchSize,
+        settings.maxPlaneDeviation, settings.growthIterations, settings.likelihoodThreshold,
+        progressParent);
+}
+
 ZNFaultPatchManager* extractAutomaticFaults(ZN3DImage<float>* likelihood,
                                             const AutomaticExtractionSettings& settings,
                                             int progressParent)
 {
-    int sliceCount = 0;
-    int labelCounter = 0;
-    std::unique_ptr<ZN3DImage<int>> labels(segmentation::getFaultPatchLabelImage(
-        likelihood, settings.maxLabelCount, sliceCount, labelCounter, settings.maxPatchSize,
-        settings.maxPlaneDeviation, settings.growthIterations, settings.likelihoodThreshold,
-        progressParent));
+    std::unique_ptr<ZN3DImage<int>> labels(segmentLikelihood(likelihood, settings, progressParent));
     if (!labels) return nullptr;
     std::unique_ptr<ZNFaultPatchManager> set(new (std::nothrow) ZNFaultPatchManager());
     if (!set || !set->init(labels.get())) return nullptr;

@@ -20,6 +20,11 @@ struct AutomaticExtractionSettings {
                                        // plane (patch pairs are queued below half of it)
 };
 
+// The segmentation alone: the label image of `likelihood` (caller owns it), labels from
+// 1, -9999 elsewhere. Null for a null or unusable volume, a lack of memory or a cancel.
+ZN3DImage<int>* segmentLikelihood(ZN3DImage<float>* likelihood,
+                                  const AutomaticExtractionSettings& settings, int progressParent);
+
 // Segments `likelihood` and builds from the labels an automatic fault set (label k is
 // patch k), then merges its patches by fastContactMerging. Returns the new fault set
 // (caller owns it); null for a null or unusable volume, a volume in which nothing was

@@ -283,6 +283,27 @@ public:
     const ZN3DFaultPatchLight& getTemplateFaultLight() const { return m_templateFaultLight; }
     // A second settings descriptor, reset together with the template.
     ZN3DFaultPatchLight& getSecondFaultLight() { return m_secondFaultLight; }
+    // What removePickedFault took out of the fault set, enough to put it back exactly.
+    struct RemovedFault {
+        int faultId = -9999;
+        int descriptorIndex = -1;             // its place in the descriptor list; -1: it had none
+        ZN3DFaultPatchLight descriptor;       // a copy, meaningful when descriptorIndex >= 0
+        std::vector<int> patchIds;            // the patches of its tree, in linked-list order
+        std::vector<std::vector<core::PointWithBool>> points;  // their entries, one list per patch
+    };
+    // Removes fault `faultId` (a root 1..n-1) as a user deletes a fault: its descriptor,
+    // and every entry of the patches of its tree, which stay, empty and linked as they
+    // were, so that patch ids elsewhere keep their meaning. The picking cursors are unset
+    // when they pointed into the fault. `removed` (may be null) receives what was taken.
+    // False, nothing changed, for an id that is not a root or a fault with neither points
+    // nor descriptor.
+    bool removePickedFault(int faultId, RemovedFault* removed);
+    // Puts back what removePickedFault took: the entries of each patch and the descriptor
+    // at its former place in the list (at the end when the list is shorter now). False,
+    // nothing changed, when a patch is out of range or holds entries, or a descriptor of
+    // that fault exists already.
+    bool restorePickedFault(const RemovedFault& removed);
+
     // Refills each descriptor's patch list with the patches of its fault.
     void fillFaultLightListPatchList();
     // Component-wise minimum of the listed patches' sampling vectors, ids outside the

@@ -109,6 +109,56 @@ void ZNFaultPatchManager::removeFaultLight(ZN3DFaultPatchLight* light)
     delete light;
 }
 
+bool ZNFaultPatchManager::removePickedFault(int faultId, RemovedFault* removed)
+{
+    if (!isValidPatchId(faultId) || getFather(faultId) != faultId) return false;
+    RemovedFault taken;
+    taken.faultId = faultId;
+    core::Array<int> patches;
+    getPatchListWithLinkedList(faultId, patches, true);
+    bool hasPoints = false;
+    for (int id : patches) {
+        if (!isValidPatchId(id)) continue;
+        const core::PointWithBool* entries = m_pickedPoints.getArray(id);
+        const int count = m_pickedPoints.getCount(id);
+        taken.patchIds.push_back(id);
+        taken.points.emplace_back(entries, entries + (entries ? count : 0));
+        hasPoints = hasPoints || count > 0;
+    }
+    ZN3DFaultPatchLight* light = findFaultLight(faultId);
+    if (!hasPoints && !light) return false;
+    if (light) {
+        taken.descriptorIndex = m_faultLights.indexOf(light);
+        taken.descriptor = *light;
+    }
+    for (int id : taken.patchIds) {
+        m_pickedPoints.clearArray(id);
+        if (id == m_currentPickedFaultId) {
+            m_currentPickedFaultId = core::kNoValue;
+            m_currentMovingPointId = core::kNoValue;
+        }
+    }
+    removeFaultLight(light);
+    if (removed) *removed = std::move(taken);
+    return true;
+}
+
+bool ZNFaultPatchManager::restorePickedFault(const RemovedFault& removed)
+{
+    if (removed.patchIds.size() != removed.points.size()) return false;
+    for (int id : removed.patchIds)
+        if (!isValidPatchId(id) || m_pickedPoints.getCount(id) != 0) return false;
+    if (removed.descriptorIndex >= 0 && findFaultLight(removed.faultId)) return false;
+    for (std::size_t k = 0; k < removed.patchIds.size(); ++k)
+        for (const core::PointWithBool& p : removed.points[k])
+            m_pickedPoints.addElement(removed.patchIds[k], p, false);
+    if (removed.descriptorIndex >= 0) {
+        auto* light = new ZN3DFaultPatchLight(removed.descriptor);
+        m_faultLights.insert(std::min(removed.descriptorIndex, static_cast<int>(m_faultLights.size())), light);
+    }
+    return true;
+}
+
 void ZNFaultPatchManager::fillFaultLightListPatchList()
 {
     for (ZN3DFaultPatchLight* light : m_faultLights)

@@ -65,26 +65,4 @@ kfaults::FaultMesh discFault(const QString& name, const QColor& colour, double x
     return gridFault(name, colour, x, y, z, strike, dip, 2 * radius, 2 * radius, cells, radius);
 }
 
-int countPixels(const QImage& image, const QRect& area, const std::function<bool(QColor)>& match)
-{
-    int count = 0;
-    const QRect r = area.intersected(image.rect());
-    for (int y = r.top(); y <= r.bottom(); ++y)
-        for (int x = r.left(); x <= r.right(); ++x)
-            if (match(image.pixelColor(x, y))) ++count;
-    return count;
-}
-
-std::function<bool(QColor)> sameHue(const QColor& colour, int hueDegrees)
-{
-    const int hue = colour.hsvHue();
-    return [hue, hueDegrees](QColor c) {
-        if (c.hsvSaturation() < 80 || c.value() < 40) return false;
-        const int d = std::abs(c.hsvHue() - hue);
-        return std::min(d, 360 - d) <= hueDegrees;
-    };
-}
-
-QString keepFolder() { return qEnvironmentVariable("KORVALITH_KEEP_PICTURES"); }
-
 } // namespace picturetest

@@ -7,6 +7,7 @@
 #include <QRect>
 
 #include <faultmesh.h>
+#include <pictures.h>
 
 namespace picturetest {
 
@@ -21,15 +22,5 @@ kfaults::FaultMesh planarFault(const QString& name, const QColor& colour, double
 // the disc are left out).
 kfaults::FaultMesh discFault(const QString& name, const QColor& colour, double x, double y, double z,
                              double strike, double dip, double radius, int cells = 24);
-
-// Pixels of `image` inside `area` for which `match` is true.
-int countPixels(const QImage& image, const QRect& area, const std::function<bool(QColor)>& match);
-
-// Match of a colour of the same hue (within `hueDegrees`) and clearly coloured.
-std::function<bool(QColor)> sameHue(const QColor& colour, int hueDegrees = 8);
-
-// The folder named by KORVALITH_KEEP_PICTURES, where tests leave their pictures for a
-// person to look at; empty when unset.
-QString keepFolder();
 
 } // namespace picturetest

@@ -178,7 +178,9 @@ TEST(AutomaticFaultMerging, AQueuedPairIsMergedOnlyWhenTheWholeFaultsStayThin)
         addPlane(set, 2, {5, 0, 0}, X, Y, 5, 5, 0.49);
         addPlane(set, 3, {0, 0, 3}, X, Y, 10, 5);   // a parallel plane 3 steps away
         set.addContact(1, 2);
-        if (grown) ASSERT_TRUE(set.mergePatch(3, 1));
+        if (grown) {
+            ASSERT_TRUE(set.mergePatch(3, 1));
+        }
         EXPECT_LT(set.getMergeCost(*set.getFaultPatch(1), *set.getFaultPatch(2)), 0.5);
         EXPECT_TRUE(set.fastContactMerging(threshold, -1));
         EXPECT_EQ(set.getFather(2) == set.getFather(1), !grown) << grown;

@@ -108,6 +108,86 @@ TEST(FaultDescriptors, RemovingDeletesOnlyDescriptorsOfTheList)
     EXPECT_TRUE(set.getFaultLightList().isEmpty());
 }
 
+// ----- removing whole faults -----
+
+namespace {
+// Three faults: 1 (patches 1 and 2 merged, named "A"), 3 ("B"), 4 ("C"), each with points.
+void threeFaults(ZNFaultPatchManager& set)
+{
+    append(set, 1, {P(0, 0), P(0, 10), S, P(5, 0), P(5, 10)});
+    append(set, 2, {P(10, 0), P(10, 10, 0, true)});
+    append(set, 3, {P(50, 0), P(50, 10)});
+    append(set, 4, {P(90, 0), P(90, 10)});
+    linkPatches(set, 1, {2});
+    const char* names[] = {"A", "B", "C"};
+    int k = 0;
+    for (int fault : {1, 3, 4}) set.insertNewFaultLight(fault)->SetFaultName(names[k++]);
+}
+} // namespace
+
+TEST(RemovingFaults, AFaultGoesWithItsDescriptorAndTheEntriesOfEveryPatchOfItsTree)
+{
+    ZNFaultPatchManager set(5);
+    threeFaults(set);
+    const State before = State::of(set);
+    const QColor colour = set.findFaultLight(1)->getPen().color();
+    ZNFaultPatchManager::RemovedFault removed;
+    ASSERT_TRUE(set.removePickedFault(1, &removed));
+    EXPECT_TRUE(pointsOf(set, 1).empty());
+    EXPECT_TRUE(pointsOf(set, 2).empty());
+    EXPECT_EQ(pointsOf(set, 3).size(), 2u);
+    EXPECT_EQ(set.getFather(2), 1);  // the tree stays as it was
+    EXPECT_EQ(set.findFaultLight(1), nullptr);
+    EXPECT_EQ(State::of(set).faultNames, (std::vector<QString>{"B", "C"}));
+    EXPECT_EQ(removed.patchIds.size(), 2u);
+
+    ASSERT_TRUE(set.restorePickedFault(removed));
+    EXPECT_EQ(State::of(set), before);  // points (automatic flags too), order of the list
+    EXPECT_EQ(set.findFaultLight(1)->getPen().color(), colour);
+}
+
+TEST(RemovingFaults, TheDescriptorReturnsToItsPlaceAndTheCursorsLeaveTheRemovedFault)
+{
+    ZNFaultPatchManager set(5);
+    threeFaults(set);
+    set.setCurrentPickedFaultId(2);
+    set.setCurrentMovingPointId(0);
+    ZNFaultPatchManager::RemovedFault middle;
+    ASSERT_TRUE(set.removePickedFault(3, &middle));
+    EXPECT_EQ(set.getCurrentPickedFaultId(), 2);  // elsewhere: kept
+    ZNFaultPatchManager::RemovedFault first;
+    ASSERT_TRUE(set.removePickedFault(1, &first));
+    EXPECT_EQ(set.getCurrentPickedFaultId(), -9999);
+    EXPECT_EQ(set.getCurrentMovingPointId(), -9999);
+    ASSERT_TRUE(set.restorePickedFault(middle));  // its place (1) is past the list's end now
+    ASSERT_TRUE(set.restorePickedFault(first));
+    EXPECT_EQ(State::of(set).faultNames, (std::vector<QString>{"A", "C", "B"}));
+}
+
+TEST(RemovingFaults, RefusalsChangeNothing)
+{
+    ZNFaultPatchManager set(6);
+    threeFaults(set);
+    const State before = State::of(set);
+    for (int bad : {0, 2, 5, 6, -1, -9999})  // reserved, not a root, empty without descriptor, outside
+        EXPECT_FALSE(set.removePickedFault(bad, nullptr)) << bad;
+    EXPECT_EQ(State::of(set), before);
+
+    ZNFaultPatchManager::RemovedFault removed;
+    ASSERT_TRUE(set.removePickedFault(3, &removed));
+    const State without = State::of(set);
+    set.addPickedPoint(3, P(1, 1));  // the patch was picked again meanwhile
+    EXPECT_FALSE(set.restorePickedFault(removed));
+    set.removePickedPoint(3, 0);
+    set.insertNewFaultLight(3);      // or got a descriptor again
+    EXPECT_FALSE(set.restorePickedFault(removed));
+    set.removeFaultLight(3);
+    ZNFaultPatchManager::RemovedFault outside = removed;
+    outside.patchIds = {9};
+    EXPECT_FALSE(set.restorePickedFault(outside));
+    EXPECT_EQ(State::of(set), without);
+}
+
 // ----- conversions -----
 
 TEST(FaultSetConversions, EachRowOfPointsBecomesOneFault)

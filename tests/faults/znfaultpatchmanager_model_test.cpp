@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include <core/conventions.h>
 #include <znfaultpatchmanager.h>
 #include <znprocess.h>
@@ -41,15 +43,13 @@ TEST(FaultSetModel, ANewFaultSetHasTheReservedPatchAndOnePatchToPickIn)
 TEST(FaultSetModel, AFaultSetIsKnownToTheHostRegistryWhileItLives)
 {
     RecordingProcess process;
-    const ZNFaultPatchManager* gone = nullptr;
-    {
-        ZNFaultPatchManager set(4);
-        gone = &set;
-        EXPECT_TRUE(ZNProcess::exists(&set));
-        EXPECT_TRUE(ZNProcess::getObjectListWithType("ZNPickedFaultPatchManager").contains(&set));
-        set.init(3, true);  // registering again keeps one entry
-        EXPECT_EQ(ZNProcess::getObjectListWithType("ZNPickedFaultPatchManager").count(&set), 1);
-    }
+    auto set = std::make_unique<ZNFaultPatchManager>(4);
+    const ZNFaultPatchManager* gone = set.get();
+    EXPECT_TRUE(ZNProcess::exists(gone));
+    EXPECT_TRUE(ZNProcess::getObjectListWithType("ZNPickedFaultPatchManager").contains(set.get()));
+    set->init(3, true);  // registering again keeps one entry
+    EXPECT_EQ(ZNProcess::getObjectListWithType("ZNPickedFaultPatchManager").count(set.get()), 1);
+    set.reset();
     EXPECT_FALSE(ZNProcess::exists(gone));
 }
 

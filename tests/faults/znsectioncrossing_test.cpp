@@ -170,7 +170,9 @@ TEST(PatchResampling, AutomaticPointsFollowTheSticksWhenTheFaultHasNoMesh)
     EXPECT_TRUE(points[5].isSeparator());
     for (size_t k = 5; k < points.size(); ++k) {
         EXPECT_TRUE(points[k].flag);
-        if (!points[k].isSeparator()) EXPECT_NEAR(points[k].x, 5.0, 1e-12);
+        if (!points[k].isSeparator()) {
+            EXPECT_NEAR(points[k].x, 5.0, 1e-12);
+        }
     }
 }
 
@@ -190,7 +192,9 @@ TEST(PatchResampling, TheFaultsMeshIsUsedWhenItHasOneEvenForAnotherPatchOfTheFau
                   2, OrthographicViewer::sectionAlongX(5, -20, 20, -50, 50)),
               0);
     for (const core::PointWithBool& p : pointsOf(set, 2))
-        if (p.flag && !p.isSeparator()) EXPECT_NEAR(p.x, 3.0, 1e-12);
+        if (p.flag && !p.isSeparator()) {
+            EXPECT_NEAR(p.x, 3.0, 1e-12);
+        }
 }
 
 TEST(PatchResampling, ASectionShowingAPickedStickAddsNothing)

@@ -43,10 +43,24 @@ RecordingProgress::~RecordingProgress() { ZNProgressBarMgr::install(m_previous);
 
 void RecordingProgress::onCreated(int, const Bar& bar) { titles << bar.title; }
 
-void RecordingProgress::onIncremented(int id, const Bar&)
+void RecordingProgress::onIncremented(int id, const Bar& bar)
 {
     ++increments;
-    if (m_cancelAfter >= 0 && increments >= m_cancelAfter) cancel(id);
+    if ((m_cancelAfter >= 0 && increments >= m_cancelAfter) ||
+        (!cancelOnTitle.isEmpty() && bar.title == cancelOnTitle))
+        cancelTask(id, bar);
+}
+
+void RecordingProgress::cancelTask(int id, const Bar& bar)
+{
+    int root = id;
+    Bar current = bar;
+    while (current.parent >= 0) {
+        const int parent = current.parent;
+        if (!this->bar(parent, current)) break;
+        root = parent;
+    }
+    cancel(root);
 }
 
 void RecordingProgress::onClosed(int, const Bar&) { ++closed; }

@@ -44,8 +44,10 @@ private:
     ZNProcess* m_previous;
 };
 
-// Records bars and their increments, and can cancel every bar once a given number of
-// increments has been made in total (cancelAfter < 0: never).
+// Records bars and their increments, and can cancel, as a user would, the task of the
+// bar being advanced (its outermost bar, so every bar below it too) once a given number
+// of increments has been made in total (cancelAfter < 0: never), or when a bar titled
+// `cancelOnTitle` advances.
 class RecordingProgress : public ZNProgressBarMgr {
 public:
     explicit RecordingProgress(int cancelAfter = -1);
@@ -54,6 +56,7 @@ public:
     QStringList titles;      // of every bar created, in order
     int increments = 0;      // calls to increment over all bars
     int closed = 0;          // bars closed
+    QString cancelOnTitle;   // empty: no cancel by title
 
 protected:
     void onCreated(int id, const Bar& bar) override;
@@ -61,6 +64,8 @@ protected:
     void onClosed(int id, const Bar& bar) override;
 
 private:
+    void cancelTask(int id, const Bar& bar);
+
     int m_cancelAfter;
     ZNProgressBarMgr* m_previous;
 };

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include <QDir>
 #include <QTemporaryDir>
 
@@ -38,6 +40,25 @@ TEST(EventBus, InstalledBusReceivesEverythingAndIsRemovedWithItsScope)
     StderrCapture err;
     ZNEventBus::sendMessage(1, "after");
     EXPECT_EQ(err.text().toStdString(), "error: after\n");
+}
+
+TEST(EventBus, EachThreadKnowsTheLastErrorItSent)
+{
+    RecordingEventBus bus;
+    ZNEventBus::clearLastErrorOfThisThread();
+    ZNEventBus::sendMessage(ZNEventBus::FileError, "a.faultset: truncated");
+    ZNEventBus::sendMessage(ZNEventBus::Information, "reading");
+    EXPECT_EQ(ZNEventBus::lastErrorOfThisThread(), "a.faultset: truncated");
+    QString seenByOther = "untouched";
+    std::thread other([&seenByOther] {
+        seenByOther = ZNEventBus::lastErrorOfThisThread();
+        ZNEventBus::sendMessage(ZNEventBus::Error, "other thread");
+    });
+    other.join();
+    EXPECT_TRUE(seenByOther.isEmpty());
+    EXPECT_EQ(ZNEventBus::lastErrorOfThisThread(), "a.faultset: truncated");
+    ZNEventBus::clearLastErrorOfThisThread();
+    EXPECT_TRUE(ZNEventBus::lastErrorOfThisThread().isEmpty());
 }
 
 TEST(Process, ActionsReachListenersAndTheRecorder)

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
+#include <memory>
 #include <limits>
 #include <vector>
 
@@ -345,4 +347,72 @@ TEST_F(BlocTest, CorruptFilesAreRefusedWithoutChangingTheBlock)
     EXPECT_FALSE(bloc.open(path(QStringLiteral("junk.znb"))));
     EXPECT_FALSE(bloc.open(path(QStringLiteral("absent.znb"))));
     EXPECT_TRUE(bus.texts().last().contains(QStringLiteral("absent.znb")));
+}
+
+TEST_F(BlocTest, SectionsAndTracesReadTheSameSamplesFromAFileAndFromMemory)
+{
+    ASSERT_TRUE(write(ramp<float>(5, 4, 3), ZNBloc::Int16, surveyMatrix()));
+    ZNBloc file;
+    ASSERT_TRUE(file.open(path()));
+    ZNBloc memory;
+    ASSERT_TRUE(memory.openImage(std::make_shared<const ZN3DImage<float>>(ramp<float>(5, 4, 3))));
+    EXPECT_TRUE(memory.isInMemory());
+    EXPECT_EQ(memory.nx(), 5);
+    struct Case {
+        int axis, index, width, height;
+        std::function<float(int c, int r)> expected;
+    };
+    const Case cases[] = {
+        {ZNBloc::InlineSection, 3, 4, 3, [](int c, int r) { return sampleAt(3, c, r); }},
+        {ZNBloc::CrosslineSection, 1, 5, 3, [](int c, int r) { return sampleAt(c, 1, r); }},
+        {ZNBloc::TimeSlice, 2, 5, 4, [](int c, int r) { return sampleAt(c, r, 2); }},
+    };
+    for (ZNBloc* bloc : {&file, &memory})
+        for (const Case& k : cases) {
+            img::Image section;
+            ASSERT_TRUE(bloc->readSection(k.axis, k.index, section)) << k.axis;
+            ASSERT_EQ(section.width(), k.width);
+            ASSERT_EQ(section.height(), k.height);
+            for (int r = 0; r < k.height; ++r)
+                for (int c = 0; c < k.width; ++c) EXPECT_EQ(section(c, r), k.expected(c, r)) << k.axis << c << r;
+        }
+    for (ZNBloc* bloc : {&file, &memory}) {
+        float trace[3] = {};
+        ASSERT_TRUE(bloc->readTrace(4, 2, trace));
+        EXPECT_EQ(trace[2], sampleAt(4, 2, 2));
+        ZN3DImage<float> box;
+        ASSERT_TRUE(bloc->readBox(1, 1, 1, 2, 2, 2, box));
+        EXPECT_EQ(box(1, 0, 1), sampleAt(2, 1, 2));
+    }
+}
+
+TEST_F(BlocTest, SectionsOutsideTheBlockOrOfAClosedBlockAreRefusedAndLeaveTheImageAlone)
+{
+    ZNBloc memory;
+    EXPECT_FALSE(memory.openImage(nullptr));
+    ASSERT_TRUE(memory.openImage(std::make_shared<const ZN3DImage<float>>(ramp<float>(5, 4, 3))));
+    img::Image untouched(2, 2, 7.0f);
+    for (const std::pair<int, int>& bad : {std::pair<int, int>{ZNBloc::InlineSection, 5}, {ZNBloc::CrosslineSection, -1},
+                                           {ZNBloc::TimeSlice, 3}, {7, 0}})
+        EXPECT_FALSE(memory.readSection(bad.first, bad.second, untouched));
+    float trace[3] = {1, 1, 1};
+    EXPECT_FALSE(memory.readTrace(5, 0, trace));
+    EXPECT_FALSE(memory.readTrace(0, 0, nullptr));
+    EXPECT_EQ(untouched(1, 1), 7.0f);
+    EXPECT_EQ(trace[0], 1.0f);
+    memory.close();
+    EXPECT_FALSE(memory.readSection(ZNBloc::TimeSlice, 0, untouched));
+}
+
+TEST_F(BlocTest, ABlockInMemorySavesItsSamplesAsAnObjectFile)
+{
+    ZNBloc memory;
+    ASSERT_TRUE(memory.openImage(std::make_shared<const ZN3DImage<float>>(ramp<float>(4, 3, 2))));
+    const QString copy = path(QStringLiteral("copy.znb"));
+    ASSERT_TRUE(memory.writeObjectFile(copy, ZNBloc::kHeaderReserve));
+    ZNBloc back;
+    ASSERT_TRUE(back.open(copy));
+    ZN3DImage<float> all;
+    ASSERT_TRUE(back.readBox(0, 0, 0, 4, 3, 2, all));
+    EXPECT_EQ(all(3, 2, 1), sampleAt(3, 2, 1));
 }

@@ -164,7 +164,7 @@ int ZNBloc::sampleTypeFromName(const QString& name)
     return -1;
 }
 
-bool ZNBloc::isOpen() const { return m_reader.isOpen() || m_writer != nullptr; }
+bool ZNBloc::isOpen() const { return m_reader.isOpen() || m_writer != nullptr || m_memory != nullptr; }
 
 qint64 ZNBloc::sliceBytes() const
 {
@@ -176,6 +176,10 @@ qint64 ZNBloc::sliceBytes() const
 
 void ZNBloc::reset()
 {
+    if (m_mapped) m_reader.unmap(const_cast<uchar*>(m_mapped));
+    m_mapped = nullptr;
+    m_mappingTried = false;
+    m_memory.reset();
     m_reader.close();
     m_writer.reset();
     m_path.clear();
@@ -248,6 +252,38 @@ bool ZNBloc::open(const QString& path)
     m_path = path;
     m_dataOffset = header.dataOffset;
     return true;
+}
+
+bool ZNBloc::openImage(std::shared_ptr<const ZN3DImage<float>> image, const georef::UnitObject& units)
+{
+    reset();
+    if (!image || image->isEmpty()) return false;
+    m_memory = std::move(image);
+    m_space = m_memory->blocSpace();
+    m_type = Float32;
+    m_units = units;
+    return true;
+}
+
+float ZNBloc::sampleAt(qint64 i) const
+{
+    if (m_memory) return m_memory->data()[i];
+    float value = 0.0f;
+    decode(reinterpret_cast<const char*>(m_mapped) + i * bytesPerSample(m_type), m_type, 1, &value);
+    return value;
+}
+
+bool ZNBloc::mapSamples()
+{
+    if (m_mapped || m_memory) return true;
+    if (m_mappingTried || !m_reader.isOpen()) return false;
+    m_mappingTried = true;
+    const qint64 bytes = qint64(nz()) * sliceBytes();
+    // A mapping needs the address space to hold the whole block; a 32-bit process reads
+    // by slice instead.
+    if (bytes <= 0 || static_cast<quint64>(bytes) > std::numeric_limits<std::size_t>::max() / 2) return false;
+    m_mapped = m_reader.map(m_dataOffset, bytes);
+    return m_mapped != nullptr;
 }
 
 bool ZNBloc::create(const QString& path, const georef::BlocSpace& space, int firstSlice,
@@ -331,9 +367,16 @@ bool ZNBloc::readBoxAs(int x0, int y0, int z0, int cx, int cy, int cz, ZN3DImage
 {
     const bool inside = x0 >= 0 && y0 >= 0 && z0 >= 0 && cx > 0 && cy > 0 && cz > 0 &&
                         cx <= nx() - x0 && cy <= ny() - y0 && cz <= nz() - z0;
-    if (!m_reader.isOpen() || !inside) return false;
+    if ((!m_reader.isOpen() && !m_memory) || !inside) return false;
     ZN3DImage<T> box(boxSpace(m_space, x0, y0, z0, cx, cy, cz), T());
     if (box.isNull()) return false;
+    if (m_memory) {
+        for (int z = 0; z < cz; ++z)
+            for (int y = 0; y < cy; ++y)
+                for (int x = 0; x < cx; ++x) box(x, y, z) = convert<T>((*m_memory)(x0 + x, y0 + y, z0 + z));
+        out = std::move(box);
+        return true;
+    }
     // Whole rows follow each other in the file, so a box as wide as the block reads in
     // one run per slice; otherwise one run per row.
     const bool wholeRows = cx == nx();
@@ -411,6 +454,18 @@ bool ZNBloc::writeSlices(int z, const ZN3DImage<float>& image, int firstImageSli
 
 bool ZNBloc::writeData(QIODevice& file, qint64 offset) const
 {
+    if (m_memory) {
+        if (!file.seek(offset)) return false;
+        const std::size_t n = m_memory->voxelCount();
+        std::vector<char> raw(std::min<std::size_t>(n, kCopyChunk / 4) * 4);
+        for (std::size_t done = 0; done < n;) {
+            const std::size_t count = std::min(n - done, raw.size() / 4);
+            encode(m_memory->data() + done, Float32, count, raw.data());
+            if (file.write(raw.data(), qint64(count * 4)) != qint64(count * 4)) return false;
+            done += count;
+        }
+        return true;
+    }
     if (!m_reader.isOpen() || !file.seek(offset)) return false;
     qint64 remaining = qint64(nz()) * sliceBytes();
     if (!m_reader.seek(m_dataOffset)) return false;

@@ -19,8 +19,9 @@ class ZNObjectFileWriter;
 // and the units ("unitsObject"), and whose data are the nx * ny * nz samples,
 // little-endian, x fastest, then y, then z.
 //
-// A block is either opened for reading (open) and read by sub-box or by slice, or
-// created for writing (create) and written slice by slice. A created block goes to a
+// A block is either opened for reading (open) and read by sub-box, by slice or by
+// section, or created for writing (create) and written slice by slice, or made over
+// samples already in memory (openImage), which it then reads without copying them first. A created block goes to a
 // temporary file beside the target, which replaces the target on close(); a block
 // destroyed without close() leaves the target untouched. Files are treated as hostile:
 // open() refuses a header whose sizes, type or matrix are unusable and a file too short
@@ -47,6 +48,12 @@ public:
     // Opens the block file at `path` for reading (closing whatever was open). False, the
     // block closed, when the file cannot be read or is not a usable block file.
     bool open(const QString& path);
+    // Opens a read-only block over samples held in memory, shared, never modified (closing
+    // whatever was open): reads take them from there. False for a null or empty image.
+    bool openImage(std::shared_ptr<const ZN3DImage<float>> image,
+                   const georef::UnitObject& units = georef::UnitObject());
+    // True for a block opened over samples in memory.
+    bool isInMemory() const { return m_memory != nullptr; }
     // Creates a block file at `path` (closing whatever was open) over slices
     // firstSlice .. lastSlice - 1 of `space`: nx and ny of `space`, depth
     // lastSlice - firstSlice, and the matrix of `space` moved down by firstSlice slices so
@@ -80,6 +87,22 @@ public:
     // Reads slice z into `out` (width nx, height ny). False, `out` untouched, as readBox.
     bool readSlice(int z, img::Image& out);
 
+    // The three sections through the block, by the axis held fixed.
+    enum SectionAxis {
+        InlineSection = 0,     // x = index: width ny (crossline), height nz (sample)
+        CrosslineSection = 1,  // y = index: width nx (inline), height nz (sample)
+        TimeSlice = 2,         // z = index: width nx (inline), height ny (crossline)
+    };
+    // Reads one section into `out`, samples as reals. A section across the file's order
+    // (an inline or crossline of a block file) is gathered from a memory mapping of the
+    // file, so that only the pages holding it are touched; without a mapping it is read
+    // slice by slice. False, `out` untouched, for an index outside the block, an unknown
+    // axis, a block not open for reading, a read error or a lack of memory.
+    bool readSection(int axis, int index, img::Image& out);
+    // The nz samples of the trace (x, y) into `samples` (room for nz values). False,
+    // nothing written, as readSection.
+    bool readTrace(int x, int y, float* samples);
+
     // Writes `count` slices of `image`, from its slice `firstImageSlice`, at slices
     // z .. z + count - 1 of a created block. The image must have the block's nx and ny.
     // False, and the block becomes unusable (close() then fails), on a write error; false
@@ -102,6 +125,11 @@ public:
 private:
     template <class T>
     bool readBoxAs(int x0, int y0, int z0, int cx, int cy, int cz, ZN3DImage<T>& out);
+    // The sample at index `i` (x fastest) of an opened block, as a real; the caller checks
+    // the index and the source (memory or mapping).
+    float sampleAt(qint64 i) const;
+    // Maps the samples of a block file for reading; false when it cannot be mapped.
+    bool mapSamples();
     template <class T>
     bool writeSlicesAs(int z, const ZN3DImage<T>& image, int firstImageSlice, int count);
     bool readSamples(qint64 sampleIndex, qint64 count, char* destination);
@@ -117,5 +145,8 @@ private:
     qint64 m_dataOffset = -1;                    // byte offset of the first sample
     int m_createdDepth = 0;                      // depth given to create()
     mutable QFile m_reader;                      // open when reading
+    std::shared_ptr<const ZN3DImage<float>> m_memory;  // samples of a block made by openImage
+    const uchar* m_mapped = nullptr;             // mapped samples of the file; null when none
+    bool m_mappingTried = false;                 // mapSamples ran since the file was opened
     std::unique_ptr<ZNObjectFileWriter> m_writer; // set when created, until close()
 };

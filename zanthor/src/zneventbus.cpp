@@ -6,11 +6,28 @@
 
 namespace {
 using Slot = ZNServiceSlot<ZNEventBus>;
+
+QString& lastErrorSlot()
+{
+    thread_local QString last;
+    return last;
 }
+} // namespace
 
 void ZNEventBus::sendMessage(int kind, const QString& text)
 {
+    if (kind == Error || kind == FileError) lastErrorSlot() = text;
     instance().message(kind, text);
+}
+
+QString ZNEventBus::lastErrorOfThisThread()
+{
+    return lastErrorSlot();
+}
+
+void ZNEventBus::clearLastErrorOfThisThread()
+{
+    lastErrorSlot().clear();
 }
 
 ZNEventBus* ZNEventBus::install(ZNEventBus* bus) { return Slot::install(bus); }

@@ -19,6 +19,12 @@ public:
 
     static void sendMessage(int kind, const QString& text);
 
+    // The last error (kind 1 or 2) sent from the calling thread, whatever bus was
+    // installed; empty when none was sent since the thread started or last cleared it.
+    // Lets the code that started an operation say why it failed in one line.
+    static QString lastErrorOfThisThread();
+    static void clearLastErrorOfThisThread();
+
     // Installs `bus` (null restores the default) and returns the previous one; not owned.
     static ZNEventBus* install(ZNEventBus* bus);
     static ZNEventBus& instance();

@@ -43,7 +43,9 @@ TEST(AutomaticFaultExtraction, EveryPlantedFaultOfTheDefaultSceneBecomesOneFault
         EXPECT_GT(p.recoveredFraction, 0.6) << p.plantedId;
         bestLabels.insert(p.bestLabel);
         for (const ExtractedFaultMatch& e : r.extracted)
-            if (e.label == p.bestLabel) EXPECT_GT(e.purity, 0.95) << p.plantedId;
+            if (e.label == p.bestLabel) {
+                EXPECT_GT(e.purity, 0.95) << p.plantedId;
+            }
     }
     EXPECT_EQ(bestLabels.size(), r.planted.size());   // crossing faults kept apart
 }

@@ -1,6 +1,7 @@
 #pragma once
 #include <QString>
 
+#include <georef/unitobject.h>
 #include <zn3dimage.h>
 
 // Readers of seismic volumes into 3D images. Every reader returns a result object; on
@@ -14,6 +15,7 @@ namespace volumeio {
 struct VolumeReadResult {
     ZN3DImage<float> image;   // x inline, y crossline, z sample; with its block space
     QString error;            // empty on success
+    georef::UnitObject units; // of the image's world coordinates (see each reader)
 
     bool ok() const { return error.isEmpty(); }
 };

@@ -4,7 +4,7 @@
 #include <volumeio/gridaxes.h>
 #include <znfaultpatchmanager.h>
 
-#include <faultsurfaces.h>
+#include <faultsurfacemeshing.h>
 
 TEST(SurfaceSettingsFor, StickSpacingInWorldUnitsWithinTheSheetRanges)
 {
@@ -19,7 +19,7 @@ TEST(SurfaceSettingsFor, StickSpacingInWorldUnitsWithinTheSheetRanges)
                           Case{{12.5, 25, 4}, {200, 16, 200}}, Case{{200, 100, 50}, {500, 100, 1000}}}) {
         const georef::BlocSpace space = c.step.x == 0 ? georef::BlocSpace()
                                                       : georef::BlocSpace(8, 8, 8, volumeio::axisAlignedBlocToWorld(c.step));
-        const kfaults::SurfaceSettings s = kfaults::surfaceSettingsFor(space, {}, 0);
+        const fault::SurfaceSettings s = fault::surfaceSettingsFor(space, {}, 0);
         EXPECT_EQ(s.method, 0);
         EXPECT_EQ(std::vector<int>({s.meshResolution, s.zSampling, s.interpolationSize}), c.expected) << c.step.x;
     }
@@ -31,12 +31,12 @@ TEST(MeshFault, AFaultOfOneStickIsNamedWithoutTrianglesAndABadIdGivesAnUnnamedEm
     for (int p = 0; p < 4; ++p) rows.addElement(0, core::vec3(10, 25.0 * p, 20), false);
     ZNFaultPatchManager set(rows);
     set.findFaultLight(1)->SetFaultName("lone stick");
-    const kfaults::FaultSurface lone = kfaults::meshFault(set, 1, kfaults::SurfaceSettings());
+    const fault::FaultSurface lone = fault::meshFault(set, 1, fault::SurfaceSettings());
     EXPECT_EQ(lone.mesh.name, "lone stick");
     EXPECT_TRUE(lone.mesh.triangles.empty());
     EXPECT_EQ(lone.area, -9999.0);
     EXPECT_EQ(set.findFaultPatch(1), nullptr);   // the temporary patch left the set
-    const kfaults::FaultSurface bad = kfaults::meshFault(set, 7, kfaults::SurfaceSettings());
+    const fault::FaultSurface bad = fault::meshFault(set, 7, fault::SurfaceSettings());
     EXPECT_TRUE(bad.mesh.name.isEmpty());
     EXPECT_TRUE(bad.mesh.vertices.empty());
 }

@@ -1,4 +1,4 @@
-#include "faultsurfaces.h"
+#include "faultsurfacemeshing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,7 +8,7 @@
 #include <zn3dfaultpatch.h>
 #include <znfaultpatchmanager.h>
 
-namespace kfaults {
+namespace fault {
 namespace {
 
 // World length of one step along block axis `axis` (0 inline, 1 crossline, 2 sample).
@@ -35,7 +35,7 @@ QString SurfaceSettings::methodName() const
 }
 
 SurfaceSettings surfaceSettingsFor(const georef::BlocSpace& space,
-                                   const fault::SticksFromVoxelsSettings& sticks, int method)
+                                   const SticksFromVoxelsSettings& sticks, int method)
 {
     SurfaceSettings s;
     s.method = method;
@@ -53,6 +53,19 @@ SurfaceSettings surfaceSettingsFor(const georef::BlocSpace& space,
     return s;
 }
 
+exchange::TriangleMesh triangleMeshOf(const ZN3DFaultPatch& patch)
+{
+    exchange::TriangleMesh mesh;
+    mesh.name = patch.GetFaultName();
+    const core::Array<core::vec3>& points = patch.getPoints();
+    mesh.vertices.assign(points.begin(), points.end());
+    mesh.triangles.reserve(static_cast<std::size_t>(patch.getNumberOfFacettes()));
+    for (const ZNFacette& f : patch.getFacettes())
+        mesh.triangles.push_back({static_cast<int>(f.index[0]), static_cast<int>(f.index[1]),
+                                  static_cast<int>(f.index[2])});
+    return mesh;
+}
+
 FaultSurface meshFault(ZNFaultPatchManager& set, int faultId, const SurfaceSettings& settings)
 {
     FaultSurface surface;
@@ -66,17 +79,11 @@ FaultSurface meshFault(ZNFaultPatchManager& set, int faultId, const SurfaceSetti
     patch->setTimePrecision(settings.zSampling);
     patch->setInterpolationSize(settings.interpolationSize);
     if (!patch->updateMeshWithPickedPoint()) return surface;
-
-    const core::Array<core::vec3>& points = patch->getPoints();
-    surface.mesh.vertices.assign(points.begin(), points.end());
-    surface.mesh.triangles.reserve(static_cast<std::size_t>(patch->getNumberOfFacettes()));
-    for (const ZNFacette& f : patch->getFacettes())
-        surface.mesh.triangles.push_back({static_cast<int>(f.index[0]), static_cast<int>(f.index[1]),
-                                          static_cast<int>(f.index[2])});
+    surface.mesh = triangleMeshOf(*patch);
     const double computed = patch->getComputedArea();
     surface.area = computed == core::kNoValueReal ? core::kNoValueReal
                                                    : computed * ZN3DFaultPatch::kAreaScale;
     return surface;
 }
 
-} // namespace kfaults
+} // namespace fault

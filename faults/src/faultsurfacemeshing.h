@@ -6,12 +6,13 @@
 #include <zn3dfaultpatchlight.h>
 #include <znfaultsticksfromvoxels.h>
 
+class ZN3DFaultPatch;
 class ZNFaultPatchManager;
 
-// The fault surfaces of the tool: every fault of a picked fault set meshed from its
-// sticks by the 3D fault patch's own surface methods, so that the files and pictures
-// show the surface the application would build from the same sticks.
-namespace kfaults {
+// Fault surfaces of an extraction: every fault of a picked fault set meshed from its
+// sticks by the 3D fault patch's own surface methods, so that files, pictures and views
+// show the surface the application builds from the same sticks.
+namespace fault {
 
 // The gridding parameters handed to the 3D fault patch. Lengths are world units (those
 // of the fault set's block-to-world matrix: voxels for the built-in volume, metres and
@@ -35,14 +36,18 @@ struct SurfaceSettings {
 // in world units, each rounded and kept in its sheet range. An empty survey (sticks
 // imported without one) keeps the fault descriptor's defaults.
 SurfaceSettings surfaceSettingsFor(const georef::BlocSpace& space,
-                                   const fault::SticksFromVoxelsSettings& sticks, int method);
+                                   const SticksFromVoxelsSettings& sticks, int method);
 
 // One meshed fault: its surface, named after the fault, in world coordinates, and the
 // surface's area in squared world units (the 3D fault patch's computed area).
 struct FaultSurface {
-    fault::exchange::TriangleMesh mesh;
+    exchange::TriangleMesh mesh;
     double area = -9999.0;   // -9999 when the fault gives no triangle
 };
+
+// The mesh of a 3D fault patch as an exchange mesh named after its fault: its points and
+// facettes as they are, in world coordinates.
+exchange::TriangleMesh triangleMeshOf(const ZN3DFaultPatch& patch);
 
 // Meshes fault `faultId` of the picked fault set `set` with a temporary 3D fault patch
 // made from its descriptor and sticks, with `settings` as gridding parameters. A fault
@@ -50,4 +55,4 @@ struct FaultSurface {
 // without triangles; a bad id an unnamed empty one. The set is left as it was.
 FaultSurface meshFault(ZNFaultPatchManager& set, int faultId, const SurfaceSettings& settings);
 
-} // namespace kfaults
+} // namespace fault

@@ -1,0 +1,56 @@
+#pragma once
+#include <map>
+
+#include <QString>
+#include <QUndoCommand>
+
+#include <znfaultpatchmanager.h>
+
+class FaultSetDocument;
+
+// The undoable edits of a fault set made from the object tree and the menus. Each is
+// pushed on its document's undo stack, which applies it (redo) at once; its text is what
+// Edit > Undo and Redo say. A command whose edit cannot be made does nothing either way.
+
+// Renames one fault.
+class RenameFaultCommand : public QUndoCommand {
+public:
+    RenameFaultCommand(FaultSetDocument* document, int faultId, const QString& name);
+    void redo() override;
+    void undo() override;
+
+private:
+    FaultSetDocument* m_document;
+    int m_faultId;
+    QString m_name;
+    QString m_previous;
+};
+
+// Deletes one fault: its descriptor and picked points go, and come back on undo.
+class DeleteFaultCommand : public QUndoCommand {
+public:
+    DeleteFaultCommand(FaultSetDocument* document, int faultId);
+    void redo() override;
+    void undo() override;
+
+private:
+    FaultSetDocument* m_document;
+    int m_faultId;
+    ZNFaultPatchManager::RemovedFault m_removed;
+    bool m_done = false;  // the delete was made, so undo has something to restore
+};
+
+// Shows and hides faults ("Hide", "Show only this fault", "Show all faults", the tree's
+// check boxes).
+class SetFaultVisibilityCommand : public QUndoCommand {
+public:
+    SetFaultVisibilityCommand(FaultSetDocument* document, const std::map<int, bool>& visible,
+                              const QString& text);
+    void redo() override;
+    void undo() override;
+
+private:
+    FaultSetDocument* m_document;
+    std::map<int, bool> m_visible;
+    std::map<int, bool> m_previous;
+};

@@ -1,0 +1,229 @@
+#include "studiowindow.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QTableView>
+#include <QUndoGroup>
+#include <QUndoStack>
+#include <QVBoxLayout>
+
+#include <core/conventions.h>
+#include <znbackgroundtask.h>
+#include <zneventbus.h>
+#include <znmessagelog.h>
+#include <znnotificationarea.h>
+#include <znobjecttree.h>
+#include <znprogresspanel.h>
+#include <znguiprogressbarmgr.h>
+
+#include "faultsetdocument.h"
+#include "studioproject.h"
+#include "studioservices.h"
+#include "studiotree.h"
+
+namespace {
+const QString kSettingsGroup = QStringLiteral("StudioWindow");
+const QString kRecentGroup = QStringLiteral("StudioRecentFiles");
+constexpr int kInitialWidth = 1400;   // pixels, before a saved layout is restored
+constexpr int kInitialHeight = 900;
+} // namespace
+
+StudioWindow::StudioWindow(const Options& options, QWidget* parent)
+    : ZNFrame(kSettingsGroup, parent), m_project(new StudioProject(this)),
+      m_undoGroup(new QUndoGroup(this)), m_recent(kRecentGroup)
+{
+    setObjectName(QStringLiteral("studioWindow"));
+    setWindowTitle(tr("Korvalith Faults Studio"));
+    resize(kInitialWidth, kInitialHeight);
+    buildDocks();
+    m_services = std::make_unique<StudioServices>(this, m_log, m_notifications, m_progressPanel, options.dialogs);
+    buildMenus();
+    installActionHandlers();
+    restoreLayout();
+    if (auto* progressDock = findChild<QDockWidget*>(QStringLiteral("progressDock")))
+        progressDock->setVisible(m_progressPanel->taskCount() > 0);
+
+    connect(this, &ZNFrame::filesDropped, this, &StudioWindow::openFiles);
+    connect(m_project, &StudioProject::faultSetAdded, this, [this](FaultSetDocument* document) {
+        m_undoGroup->addStack(document->undoStack());
+        m_undoGroup->setActiveStack(document->undoStack());
+    });
+    connect(m_project, &StudioProject::faultSetRemoved, this, [this](FaultSetDocument* document) {
+        m_undoGroup->removeStack(document->undoStack());
+        if (m_currentDocument == document) setCurrentFault(nullptr, core::kNoValue);
+    });
+    connect(m_studioTree, &StudioTree::faultSelected, this, &StudioWindow::setCurrentFault);
+    m_askUnsaved = [this](FaultSetDocument* document) {
+        return QMessageBox::question(this, tr("Unsaved changes"),
+                                     tr("The fault set \"%1\" has unsaved changes. Save them?").arg(document->name()),
+                                     QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel,
+                                     QMessageBox::Save);
+    };
+}
+
+StudioWindow::~StudioWindow()
+{
+    // Running work is cancelled and waited for while the services are still installed.
+    for (const auto& bar : m_services->progress()->openBars())
+        if (bar.second.parent < 0) m_services->progress()->cancel(bar.first);
+    for (ZNBackgroundTask* task : findChildren<ZNBackgroundTask*>()) task->wait();
+    qDeleteAll(findChildren<ZNBackgroundTask*>());
+    delete m_project;  // before the services, which the documents may still use
+    m_project = nullptr;
+}
+
+void StudioWindow::buildDocks()
+{
+    m_tree = new ZNObjectTree;
+    m_studioTree = new StudioTree(m_tree, m_project, this);
+    addDock(QStringLiteral("objectTreeDock"), tr("Objects"), m_tree, Qt::LeftDockWidgetArea);
+
+    m_log = new ZNMessageLog(this);
+    auto* logView = new QTableView;
+    logView->setObjectName(QStringLiteral("messageLogView"));
+    logView->setModel(m_log);
+    logView->horizontalHeader()->setStretchLastSection(true);
+    logView->verticalHeader()->hide();
+    logView->setSelectionBehavior(QAbstractItemView::SelectRows);
+    logView->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    connect(m_log, &QAbstractItemModel::rowsInserted, logView, [logView] { logView->scrollToBottom(); });
+    addDock(QStringLiteral("messageLogDock"), tr("Messages"), logView, Qt::BottomDockWidgetArea);
+
+    m_progressPanel = new ZNProgressPanel;
+    // The progress dock comes and goes with the work; it is not a dock the user toggles.
+    auto* progressDock = new QDockWidget(tr("Progress"), this);
+    progressDock->setObjectName(QStringLiteral("progressDock"));
+    progressDock->setWidget(m_progressPanel);
+    progressDock->setFeatures(QDockWidget::DockWidgetMovable | QDockWidget::DockWidgetFloatable);
+    addDockWidget(Qt::BottomDockWidgetArea, progressDock);
+    progressDock->hide();
+    connect(m_progressPanel, &ZNProgressPanel::activityChanged, progressDock, &QDockWidget::setVisible);
+    m_notifications = new ZNNotificationArea(this);
+    m_status = new QLabel(this);
+    statusBar()->addWidget(m_status, 1);
+}
+
+void StudioWindow::buildMenus()
+{
+    QMenu* file = new QMenu(tr("&File"), this);
+    file->setObjectName(QStringLiteral("fileMenu"));
+    file->addAction(tr("Open &Volume..."), this, &StudioWindow::chooseAndOpenVolume);
+    file->addAction(tr("&Open Fault Set..."), this, &StudioWindow::chooseAndOpenFaultSet, QKeySequence::Open);
+    m_recentMenu = file->addMenu(tr("Open &Recent"));
+    file->addSeparator();
+    file->addAction(tr("&Save Fault Set"), this, [this] { saveFaultSet(targetDocument()); }, QKeySequence::Save);
+    file->addAction(tr("Save Fault Set &As..."), this, [this] { chooseAndSaveAs(targetDocument()); },
+                    QKeySequence::SaveAs);
+    file->addAction(tr("&Close Fault Set"), this, [this] { closeFaultSet(targetDocument()); });
+    file->addSeparator();
+    file->addAction(tr("&Import Sticks..."), this, &StudioWindow::chooseAndImportSticks);
+    file->addAction(tr("&Export Sticks..."), this, [this] { chooseAndExportSticks(targetDocument()); });
+    file->addAction(tr("Export &Surfaces (TSurf)..."), this, [this] { chooseAndExportSurfaces(targetDocument()); });
+    file->addSeparator();
+    file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence::Quit);
+    connect(file, &QMenu::aboutToShow, this, &StudioWindow::updateRecentMenu);
+
+    QMenu* edit = new QMenu(tr("&Edit"), this);
+    edit->setObjectName(QStringLiteral("editMenu"));
+    QAction* undo = m_undoGroup->createUndoAction(this, tr("&Undo"));
+    undo->setShortcut(QKeySequence::Undo);
+    QAction* redo = m_undoGroup->createRedoAction(this, tr("&Redo"));
+    redo->setShortcuts({QKeySequence(Qt::CTRL | Qt::Key_Y), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z)});
+    edit->addAction(undo);
+    edit->addAction(redo);
+
+    QMenu* faults = new QMenu(tr("Fa&ults"), this);
+    faults->setObjectName(QStringLiteral("faultsMenu"));
+    faults->addAction(tr("&Extract from Likelihood Volume..."), this, [this] { chooseAndExtract(); });
+
+    QAction* before = windowMenu()->menuAction();
+    for (QMenu* menu : {file, edit, faults}) menuBar()->insertMenu(before, menu);
+    menuBar()->addMenu(tr("&Help"))->addAction(tr("&About"), this, [this] {
+        QMessageBox::about(this, tr("About Korvalith Faults Studio"),
+                           tr("Korvalith Faults Studio: pick, extract, mesh and clean geological faults "
+                              "in 3D seismic surveys."));
+    });
+
+    connect(m_studioTree, &StudioTree::faultSetMenuRequested, this, [this](FaultSetDocument* document, QMenu* menu) {
+        menu->addSeparator();
+        menu->addAction(tr("Save"), this, [this, document] { saveFaultSet(document); });
+        menu->addAction(tr("Save As..."), this, [this, document] { chooseAndSaveAs(document); });
+        menu->addAction(tr("Export Sticks..."), this, [this, document] { chooseAndExportSticks(document); });
+        menu->addAction(tr("Export Surfaces (TSurf)..."), this, [this, document] { chooseAndExportSurfaces(document); });
+        menu->addSeparator();
+        menu->addAction(tr("Close"), this, [this, document] { closeFaultSet(document); });
+    });
+    connect(m_studioTree, &StudioTree::volumeMenuRequested, this, [this](ZNVolume* volume, QMenu* menu) {
+        menu->addAction(tr("Extract Faults..."), this, [this, volume] { chooseAndExtract(volume); });
+        menu->addAction(tr("Close"), this, [this, volume] { m_project->removeVolume(volume); });
+    });
+}
+
+void StudioWindow::installActionHandlers()
+{
+    const auto surfaceChanged = [this](ZNObject* object, bool remesh) {
+        FaultSetDocument* document = m_project ? m_project->documentOf(object) : nullptr;
+        if (!document) return;
+        document->surfaceSettingsChanged(document->faultIdOfSurface(object), remesh);
+    };
+    addActionHandler(QStringLiteral("UPDATE_FAULT_MESH"),
+                     [surfaceChanged](ZNObject* object) { surfaceChanged(object, true); });
+    addActionHandler(QStringLiteral("UPDATE_FAULT_LIGHT"),
+                     [surfaceChanged](ZNObject* object) { surfaceChanged(object, false); });
+}
+
+void StudioWindow::setCurrentFault(FaultSetDocument* document, int faultId)
+{
+    if (document == m_currentDocument && faultId == m_currentFaultId) return;
+    m_currentDocument = document;
+    m_currentFaultId = document ? faultId : core::kNoValue;
+    if (document) {
+        document->faultSet()->setCurrentPickedFaultId(m_currentFaultId);
+        m_undoGroup->setActiveStack(document->undoStack());
+        m_studioTree->selectFault(document, m_currentFaultId);
+    }
+    emit currentFaultChanged(document, m_currentFaultId);
+}
+
+FaultSetDocument* StudioWindow::targetDocument() const
+{
+    if (m_currentDocument) return m_currentDocument;
+    const QList<FaultSetDocument*> sets = m_project->faultSets();
+    return sets.size() == 1 ? sets.first() : nullptr;
+}
+
+void StudioWindow::reportFailure(const QString& message)
+{
+    ZNEventBus::sendMessage(ZNEventBus::Error, message);
+}
+
+void StudioWindow::runTask(const QString& what, std::function<void()> work, std::function<bool()> done)
+{
+    ++m_runningTasks;
+    m_status->setText(tr("%1...").arg(what));
+    ZNBackgroundTask::start(this, std::move(work), [this, what, done] {
+        --m_runningTasks;
+        const bool ok = done();
+        m_status->setText(m_runningTasks > 0 ? tr("Working...") : QString());
+        emit taskFinished(what, ok);
+    });
+}
+
+void StudioWindow::closeEvent(QCloseEvent* event)
+{
+    for (FaultSetDocument* document : m_project->faultSets()) {
+        if (!document->isModified()) continue;
+        const QMessageBox::StandardButton answer = m_askUnsaved(document);
+        if (answer == QMessageBox::Cancel || (answer == QMessageBox::Save && !saveFaultSet(document))) {
+            event->ignore();
+            return;
+        }
+    }
+    ZNFrame::closeEvent(event);
+}

@@ -1,0 +1,152 @@
+#pragma once
+#include <functional>
+#include <memory>
+
+#include <QMessageBox>
+
+#include <exchange/stickformat.h>
+#include <faultextractionpipeline.h>
+#include <volumeio/volumesource.h>
+#include <znframe.h>
+#include <znrecentfiles.h>
+
+#include "studioloading.h"
+
+class FaultSetDocument;
+class QLabel;
+class QUndoGroup;
+class StudioProject;
+class StudioServices;
+class StudioTree;
+class ZNBackgroundTask;
+class ZNMessageLog;
+class ZNNotificationArea;
+class ZNObjectTree;
+class ZNProgressPanel;
+class ZNVolume;
+
+// The main window of kfaults-studio: the multiple-document frame with the object tree,
+// the property sheet and the message log as docks, the progress panel, and the menus
+// File, Edit, Faults and Window. It owns the project (what is open) and installs the
+// studio's host services for its lifetime.
+//
+// Every file read and every extraction runs as a background task: the window stays
+// responsive, the progress panel shows the work and can cancel it, and the result joins
+// the project when the task ends (a failure leaves the project as it was and says why
+// in one message). Saves and exports write on the GUI thread, through a temporary file
+// renamed over the target, so a failed save leaves the previous file intact.
+//
+// The named actions the library posts reach the window's handlers:
+// "UPDATE_FAULT_MESH" (a fault's surface meshed again), "UPDATE_FAULT_LIGHT" (its look
+// or name changed), "UPDATE_WINDOW_MANAGER" (the list of windows), and any other
+// handlers added to the frame.
+class StudioWindow : public ZNFrame {
+    Q_OBJECT
+public:
+    struct Options {
+        bool dialogs = true;  // real message boxes (tests record them instead)
+    };
+    // What the user answers when a fault set with unsaved changes would be closed.
+    using UnsavedChangesQuestion = std::function<QMessageBox::StandardButton(FaultSetDocument*)>;
+
+    explicit StudioWindow(const Options& options, QWidget* parent = nullptr);
+    ~StudioWindow() override;
+
+    StudioProject* project() const { return m_project; }
+    ZNObjectTree* objectTree() const { return m_tree; }
+    StudioTree* studioTree() const { return m_studioTree; }
+    ZNMessageLog* messageLog() const { return m_log; }
+    ZNProgressPanel* progressPanel() const { return m_progressPanel; }
+    ZNNotificationArea* notifications() const { return m_notifications; }
+    QUndoGroup* undoGroup() const { return m_undoGroup; }
+    ZNRecentFiles& recentFiles() { return m_recent; }
+
+    // ----- files (each read runs in the background; the window announces its end) -----
+
+    // Opens files by their kind: fault sets (".faultset"), volumes (".sgy", ".segy",
+    // ".bloc"; any other name is asked about as a raw volume, or imported as a stick
+    // file when its first line says it is one).
+    void openFiles(const QStringList& paths);
+    void openVolume(const volumeio::VolumeSource& source);
+    void openFaultSet(const QString& path);
+    void importSticks(const QString& path, fault::exchange::StickFormat format);
+    // Writes the document to `path` (its own path when empty) and makes it its path.
+    // False, the previous file intact, with the reason on the event bus.
+    bool saveFaultSet(FaultSetDocument* document, const QString& path = QString());
+    bool exportSticks(FaultSetDocument* document, const QString& path, fault::exchange::StickFormat format);
+    bool exportSurfaces(FaultSetDocument* document, const QString& path);
+    // Closes a fault set, asking first when it has unsaved changes; false when the user
+    // kept it open.
+    bool closeFaultSet(FaultSetDocument* document);
+    void setUnsavedChangesQuestion(UnsavedChangesQuestion question) { m_askUnsaved = std::move(question); }
+
+    // ----- extraction -----
+
+    // Extracts the faults of `volume` in the background; the fault set joins the project.
+    void extractFaults(ZNVolume* volume, const fault::FaultExtractionSettings& settings);
+    // The built-in synthetic volume (`size` voxels a side) and its extracted faults.
+    void openDemo(int size = 128, quint64 seed = 1);
+
+    // Number of background tasks still running.
+    int runningTaskCount() const { return m_runningTasks; }
+
+    // The fault whose property sheet is shown and which the views treat as current;
+    // null document when none.
+    FaultSetDocument* currentDocument() const { return m_currentDocument; }
+    int currentFaultId() const { return m_currentFaultId; }
+
+signals:
+    // A background task ended: `what` names it ("Open <file>", "Extract faults of
+    // <volume>", ...); ok false on failure or cancel.
+    void taskFinished(const QString& what, bool ok);
+    // The demo's volume and faults are open.
+    void demoOpened();
+    void currentFaultChanged(FaultSetDocument* document, int faultId);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void buildDocks();
+    void buildMenus();
+    void installActionHandlers();
+    void updateRecentMenu();
+    void setCurrentFault(FaultSetDocument* document, int faultId);
+
+    // Runs `work` in the background, then `done` on the GUI thread; `what` names the task
+    // in the messages.
+    void runTask(const QString& what, std::function<void()> work, std::function<bool()> done);
+    void addLoadedFaultSet(LoadedFaultSet& loaded, const QString& path, const QString& name);
+
+    // File menu actions with dialogs.
+    void chooseAndOpenVolume();
+    void chooseAndOpenFaultSet();
+    void chooseAndImportSticks();
+    void chooseAndSaveAs(FaultSetDocument* document);
+    void chooseAndExportSticks(FaultSetDocument* document);
+    void chooseAndExportSurfaces(FaultSetDocument* document);
+    // The extraction dialog, `volume` chosen first (the first volume for null).
+    void chooseAndExtract(ZNVolume* volume = nullptr);
+    bool askRawLayout(const QString& path, volumeio::VolumeSource& source);
+    // The fault set the File menu's save and export act on: the current one, or the only
+    // one; null when none can be told.
+    FaultSetDocument* targetDocument() const;
+    void reportFailure(const QString& message);
+
+    StudioProject* m_project;
+    ZNObjectTree* m_tree = nullptr;
+    StudioTree* m_studioTree = nullptr;
+    ZNMessageLog* m_log = nullptr;
+    ZNProgressPanel* m_progressPanel = nullptr;
+    ZNNotificationArea* m_notifications = nullptr;
+    QUndoGroup* m_undoGroup;
+    std::unique_ptr<StudioServices> m_services;
+    ZNRecentFiles m_recent;
+    QMenu* m_recentMenu = nullptr;
+    QLabel* m_status = nullptr;
+    UnsavedChangesQuestion m_askUnsaved;
+    FaultSetDocument* m_currentDocument = nullptr;
+    int m_currentFaultId = -9999;
+    int m_runningTasks = 0;
+    int m_untitled = 0;
+};

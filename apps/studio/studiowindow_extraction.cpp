@@ -1,0 +1,73 @@
+// The studio's automatic extraction and its demo.
+#include "studiowindow.h"
+
+#include <znextractionsettingsdialog.h>
+#include <zneventbus.h>
+
+#include "studioproject.h"
+
+void StudioWindow::extractFaults(ZNVolume* volume, const fault::FaultExtractionSettings& settings)
+{
+    if (!volume) return;
+    // The worker reads the shared samples; the volume may be closed meanwhile.
+    std::shared_ptr<const ZN3DImage<float>> image = volume->sharedImage();
+    const georef::UnitObject units = volume->units();
+    const QString name = tr("Faults of %1").arg(volume->name());
+    auto loaded = std::make_shared<LoadedFaultSet>();
+    runTask(tr("Extract faults of %1").arg(volume->name()),
+            [image, units, settings, loaded] {
+                fault::FaultExtraction x = fault::extractFaults(*image, units, settings);
+                *loaded = faultSetOfExtraction(x);
+            },
+            [this, loaded, name] {
+                if (!loaded->ok()) {
+                    if (loaded->error == QLatin1String("cancelled"))
+                        ZNEventBus::sendMessage(ZNEventBus::Information, tr("Extraction cancelled"));
+                    else
+                        reportFailure(tr("Extraction failed: %1").arg(loaded->error));
+                    return false;
+                }
+                addLoadedFaultSet(*loaded, QString(), name);
+                return true;
+            });
+}
+
+void StudioWindow::openDemo(int size, quint64 seed)
+{
+    auto volume = std::make_shared<LoadedVolume>();
+    auto faults = std::make_shared<LoadedFaultSet>();
+    runTask(tr("Open the demo"),
+            [size, seed, volume, faults] {
+                *volume = syntheticVolume(size, seed);
+                if (!volume->ok()) return;
+                fault::FaultExtraction x = fault::extractFaults(volume->volume->image(), volume->volume->units(),
+                                                                fault::FaultExtractionSettings());
+                *faults = faultSetOfExtraction(x);
+            },
+            [this, volume, faults] {
+                if (!volume->ok() || !faults->ok()) {
+                    reportFailure(tr("The demo could not be made: %1").arg(volume->ok() ? faults->error : volume->error));
+                    return false;
+                }
+                const QString name = volume->volume->name();
+                m_project->addVolume(std::move(volume->volume));
+                addLoadedFaultSet(*faults, QString(), tr("Faults of %1").arg(name));
+                emit demoOpened();
+                return true;
+            });
+}
+
+void StudioWindow::chooseAndExtract(ZNVolume* volume)
+{
+    const QList<ZNVolume*> volumes = m_project->volumes();
+    if (volumes.isEmpty()) {
+        reportFailure(tr("Open a fault-likelihood volume first (File > Open Volume)"));
+        return;
+    }
+    QStringList names;
+    for (const ZNVolume* v : volumes) names << v->name();
+    ZNExtractionSettingsDialog dialog(names, this);
+    dialog.setVolumeIndex(volume ? static_cast<int>(volumes.indexOf(volume)) : 0);
+    if (dialog.exec() != QDialog::Accepted || dialog.volumeIndex() < 0) return;
+    extractFaults(volumes[dialog.volumeIndex()], dialog.settings());
+}

@@ -1,0 +1,87 @@
+#pragma once
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include <QString>
+
+#include <core/array.h>
+#include <core/triplet.h>
+#include <exchange/trianglemesh.h>
+#include <georef/unitobject.h>
+#include <zn3dimage.h>
+
+#include "automaticfaultextraction.h"
+#include "faultsurfacemeshing.h"
+#include "znfaultpatchmanager.h"
+#include "znfaultsticksfromvoxels.h"
+
+// The whole automatic extraction, from a fault-likelihood volume to meshed faults that an
+// interpreter can edit, as one sequence shared by the command-line tool and the desktop
+// application:
+//   segmentation   likelihood -> label image of small planar patches
+//   faultSet       labels -> automatic fault set (label k is patch k)
+//   merging        best-first merging of touching patches into faults
+//   sticks         each merged fault cut into sticks -> picked fault set
+//   duplicates     pairs of faults that look like the same fault
+//   surfaces       each fault meshed from its sticks by the 3D fault patch
+// It runs on the caller's thread over objects nobody else touches, reports on one
+// progress bar ("Extracting faults", one step per stage, the stages' own bars below it)
+// and stops at the next stage or fault when that bar is cancelled.
+namespace fault {
+
+struct FaultExtractionSettings {
+    AutomaticExtractionSettings extraction;
+    SticksFromVoxelsSettings sticks;
+    int surfaceMethod = ZN3DFaultPatchLight::kDefaultMeshingMethod;  // 0 convex, 1 minimum envelop
+    // Empties the likelihood as soon as it is segmented, so that the run holds the
+    // likelihood and its labels but never the likelihood and the fault sets at once.
+    bool releaseLikelihood = false;
+
+    // Empty when usable; otherwise a one-line reason.
+    QString problem() const;
+};
+
+// What an extraction produced. On failure only `error` (and `cancelled`) are meaningful.
+struct FaultExtraction {
+    std::unique_ptr<ZNFaultPatchManager> automatic;  // merged automatic fault set
+    std::unique_ptr<ZNFaultPatchManager> picked;     // fault i + 1 holds the sticks of faults[i]
+    std::vector<FaultSticks> faults;                 // merged faults that gave sticks
+    SurfaceSettings surfaceSettings;                 // how the meshes were made
+    std::vector<exchange::TriangleMesh> meshes;      // one per entry of faults, world coordinates
+    std::vector<double> areas;                       // of the meshes, squared world units; -9999 none
+    core::Array<core::Duplet> duplicates;            // fault id pairs of the picked set
+    int patchCount = 0;        // faults (patches with voxels) before merging
+    int mergedFaultCount = 0;  // faults with voxels after merging
+    QString error;             // empty on success; "cancelled" when cancelled
+    bool cancelled = false;
+
+    bool ok() const { return error.isEmpty(); }
+};
+
+// Called after each stage with the stage's name (those of the file comment), in order.
+using ExtractionStepObserver = std::function<void(const char* step)>;
+
+// Runs the extraction on `likelihood` (x inline, y crossline, z sample, with its block
+// space), whose world coordinates are in `units` (given to both fault sets). The
+// likelihood is left as it was unless settings.releaseLikelihood. The progress bar is
+// opened under `progressParent` (-1 for none). Errors, each one line: the settings'
+// problem, "the likelihood volume is empty", "segmentation failed", "no fault patch in the
+// volume", "merging failed", "out of memory building the sticks", "duplicate detection
+// failed", or "cancelled"; the library's own messages about them went out on the event bus.
+FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitObject& units,
+                              const FaultExtractionSettings& settings, int progressParent = -1,
+                              const ExtractionStepObserver& observer = {});
+
+// The same on a likelihood the caller keeps and may share with other readers (a volume
+// shown in the viewers while a worker extracts from it): it is only read, whatever
+// settings.releaseLikelihood says.
+FaultExtraction extractFaults(const ZN3DImage<float>& likelihood, const georef::UnitObject& units,
+                              const FaultExtractionSettings& settings, int progressParent = -1,
+                              const ExtractionStepObserver& observer = {});
+
+// Number of faults of an automatic fault set that hold voxels (roots of patches with
+// voxels).
+int countFaultsWithVoxels(const ZNFaultPatchManager& set);
+
+} // namespace fault

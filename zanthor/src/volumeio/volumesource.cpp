@@ -1,0 +1,86 @@
+#include "volumeio/volumesource.h"
+
+#include <QFileInfo>
+
+#include "volumeio/segyreader.h"
+#include "zneventbus.h"
+#include "znbloc.h"
+
+namespace volumeio {
+namespace {
+
+struct FormatName {
+    VolumeFormat format;
+    const char* name;
+};
+constexpr FormatName kFormatNames[] = {
+    {VolumeFormat::Segy, "segy"}, {VolumeFormat::Raw, "raw"}, {VolumeFormat::Bloc, "bloc"}};
+
+// SEG-Y files of this framework are post-stack time volumes sampled in milliseconds.
+georef::UnitObject segyUnits()
+{
+    return georef::UnitObject(georef::UnitObject::SpatialMetre,
+                              georef::UnitObject::VerticalMillisecond);
+}
+
+} // namespace
+
+VolumeFormat formatOfFileName(const QString& path)
+{
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    if (suffix == QLatin1String("sgy") || suffix == QLatin1String("segy")) return VolumeFormat::Segy;
+    if (suffix == QLatin1String("bloc")) return VolumeFormat::Bloc;
+    return VolumeFormat::Raw;
+}
+
+QString formatName(VolumeFormat format)
+{
+    for (const FormatName& f : kFormatNames)
+        if (f.format == format) return QLatin1String(f.name);
+    return QString();
+}
+
+bool formatFromName(const QString& name, VolumeFormat& out)
+{
+    for (const FormatName& f : kFormatNames)
+        if (name == QLatin1String(f.name)) {
+            out = f.format;
+            return true;
+        }
+    return false;
+}
+
+VolumeReadResult readBlocVolume(const QString& path)
+{
+    VolumeReadResult result;
+    ZNBloc bloc;
+    if (!bloc.open(path) ||
+        !bloc.readBox(0, 0, 0, bloc.nx(), bloc.ny(), bloc.nz(), result.image)) {
+        result.image = ZN3DImage<float>();
+        result.error = reportVolumeError(ZNEventBus::FileError, path,
+                                         QStringLiteral("not a readable block file"));
+        return result;
+    }
+    result.units = bloc.unitObject();
+    return result;
+}
+
+VolumeReadResult readVolume(const VolumeSource& source)
+{
+    switch (source.format) {
+    case VolumeFormat::Segy: {
+        SegyReadResult r = readSegyVolume(source.path);
+        VolumeReadResult result{std::move(r.image), std::move(r.error), segyUnits()};
+        return result;
+    }
+    case VolumeFormat::Raw:
+        return readRawFloat32Volume(source.path, source.raw);
+    case VolumeFormat::Bloc:
+        return readBlocVolume(source.path);
+    }
+    VolumeReadResult unknown;
+    unknown.error = reportVolumeError(ZNEventBus::Error, source.path, QStringLiteral("unknown volume format"));
+    return unknown;
+}
+
+} // namespace volumeio
