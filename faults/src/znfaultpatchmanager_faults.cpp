@@ -155,6 +155,7 @@ bool ZNFaultPatchManager::restorePickedFault(const RemovedFault& removed)
     if (removed.descriptorIndex >= 0) {
         auto* light = new ZN3DFaultPatchLight(removed.descriptor);
         m_faultLights.insert(std::min(removed.descriptorIndex, static_cast<int>(m_faultLights.size())), light);
+        m_lightIndexCurrent = false;
     }
     return true;
 }

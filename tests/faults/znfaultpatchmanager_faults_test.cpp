@@ -337,6 +337,15 @@ TEST(FaultDescriptors, FindingThroughTheIndexAgreesWithTheListAfterEveryChange)
             for (int id = -1; id <= sub->getNumberOfPatch(); ++id)
                 EXPECT_EQ(sub->findFaultLight(id), walkFor(*sub, id)) << "sub " << id;
         },
+        [](ZNFaultPatchManager& set) {
+            // A fault taken out and put back: its descriptor returns to its place.
+            const int id = set.getFaultLightList()[1]->getFaultId();
+            set.addPickedPoint(id, core::PointWithBool(1, 2, 3));
+            ZNFaultPatchManager::RemovedFault removed;
+            ASSERT_TRUE(set.removePickedFault(id, &removed));
+            EXPECT_EQ(set.findFaultLight(id), walkFor(set, id));
+            ASSERT_TRUE(set.restorePickedFault(removed));
+        },
         [](ZNFaultPatchManager& set) { set.init(set.getNumberOfPatch(), false); },
         [](ZNFaultPatchManager& set) { set.init(4, true); set.insertNewFaultLight(1); },
     };
