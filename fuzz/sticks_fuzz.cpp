@@ -8,16 +8,15 @@
 //     same faults and point counts, or the target aborts.
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <core/multiarray.h>
+#include <exchange/faultsetsticks.h>
 #include <exchange/stickformat.h>
-#include <exchange/stickrows.h>
 #include <exchange/stickset.h>
 #include <storedfaultnames.h>
-#include <zn3dfaultpatchlight.h>
 #include <zneventbus.h>
 #include <znfaultpatchmanager.h>
 
@@ -54,12 +53,9 @@ void writeBackAndReadAgain(const StickSet& sticks, fault::exchange::StickFormat 
 
 void importAndReadAgain(const StickSet& sticks)
 {
-    core::MultiArray<core::vec3> rows;
-    QStringList names;
-    if (!fault::exchange::toStickRows(sticks, rows, names)) return;
-    ZNFaultPatchManager set(rows, georef::UnitObject());
-    for (int r = 0; r < names.size(); ++r)
-        if (ZN3DFaultPatchLight* light = set.findFaultLight(r + 1)) light->SetFaultName(names[r]);
+    const std::unique_ptr<ZNFaultPatchManager> imported(fault::exchange::faultSetFromSticks(sticks));
+    if (!imported) return;
+    ZNFaultPatchManager& set = *imported;
     fault::makeStoredFaultNamesUnique(set);
     const QString path = g_scratch->filePath(QStringLiteral("imported.faultset"));
     if (!set.writePickedFault(path, false, nullptr, false)) return;
