@@ -12,6 +12,7 @@
 #include <zn3dfaultpatch.h>
 #include <znfaultpatchmanager.h>
 #include <znfilename.h>
+#include <znwritefailure.h>
 
 #include "commands.h"
 #include "interruptibleprogress.h"
@@ -82,16 +83,20 @@ bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo
     return false;
 }
 
+QString cannotBeWritten(const QString& path, int systemError)
+{
+    const QString what = QStringLiteral("%1: cannot be written").arg(path);
+    return systemError != 0 ? QStringLiteral("%1 (%2)").arg(what, ZNWriteFailure::reason(systemError, QString()))
+                            : LastError::withDetail(what);
+}
+
 bool writeFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io)
 {
     errno = 0;  // a failure names the system call that failed after this point
     if (set.writePickedFault(path, false, nullptr, true)) return true;
     const int systemError = errno;
     if (stopIfInterrupted(io)) return false;
-    const QString what = QStringLiteral("%1: cannot be written").arg(path);
-    io.fail(systemError != 0 ? QStringLiteral("%1 (%2)").arg(what, qt_error_string(systemError))
-                             : LastError::withDetail(what),
-            kExitFailure);
+    io.fail(cannotBeWritten(path, systemError), kExitFailure);
     return false;
 }
 

@@ -50,6 +50,11 @@ bool readFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo
 // so on err, one line per renamed fault.
 void keepFaultNamesApart(ZNFaultPatchManager& set, CommandIo& io);
 
+// "<path>: cannot be written (<reason>)": the system's reason for `systemError` (the
+// errno of the call that failed, 0 for none), else the library's last error; without
+// a reason when neither says one.
+QString cannotBeWritten(const QString& path, int systemError);
+
 // Saves `set` at `path` (3D form, with the save's bar that Ctrl-C cancels). On failure
 // prints "<path>: cannot be written (<reason>)", the reason being the system's when a
 // system call failed ("No space left on device"), else the library's last error, keeps

@@ -2,20 +2,12 @@
 
 #include <cerrno>
 
+#include <znwritefailure.h>
+
 namespace fault::exchange {
 
 TextFileWriter::TextFileWriter(const QString& path) : m_file(path) {}
 
-namespace {
-// Why writing `file` failed: the device's own reason, else the system's for the last
-// failed call (the buffered writes of a text stream leave the device's reason unset:
-// "Unknown error" where the disk was full).
-QString writeFailure(const QFileDevice& file, int systemError)
-{
-    if (file.error() != QFileDevice::NoError) return file.errorString();
-    return systemError != 0 ? qt_error_string(systemError) : QStringLiteral("write error");
-}
-} // namespace
 
 bool TextFileWriter::open()
 {
@@ -34,7 +26,7 @@ bool TextFileWriter::commit()
     m_stream.flush();
     const int systemError = errno;
     if (m_stream.status() != QTextStream::Ok || !m_file.commit()) {
-        m_problem = QStringLiteral("cannot be written (%1)").arg(writeFailure(m_file, systemError ? systemError : errno));
+        m_problem = QStringLiteral("cannot be written (%1)").arg(ZNWriteFailure::reason(m_file, systemError ? systemError : errno));
         return false;
     }
     return true;
