@@ -73,6 +73,8 @@ void runExtractCommand(const ExtractArguments& a, ExtractOptions options, Comman
         return io.fail(problem, kExitFailure);
     if (options.input != InputKind::Synthetic && !QFileInfo::exists(options.inputPath))
         return io.fail(QStringLiteral("%1: no such file").arg(options.inputPath), kExitFailure);
+    if (options.input != InputKind::Synthetic && QFileInfo(options.inputPath).isDir())
+        return io.fail(QStringLiteral("%1: a folder, not a volume file").arg(options.inputPath), kExitFailure);
     const ExtractResult result = runExtract(options);
     if (!result.ok())
         return io.fail(result.error, result.cancelled ? kExitCancelled : kExitFailure);

@@ -94,5 +94,6 @@ INSTANTIATE_TEST_SUITE_P(
                    "out.txt"},
         CancelCase{"DedupeRemove", {"dedupe", "@set.faultset", "--remove", "@out.faultset"}, "out.faultset"},
         CancelCase{"Info", {"info", "@set.faultset"}, ""},
+        CancelCase{"Extract", {"extract", "--synthetic-size", "32", "--no-pictures", "-o", "@out"}, ""},
         CancelCase{"Synth", {"synth", "--size", "16", "-o", "@out"}, ""}),
     [](const auto& info) { return std::string(info.param.name); });
