@@ -14,56 +14,20 @@
 #include <QByteArray>
 #include <QTemporaryDir>
 
-#include <zn3dfaultpatchlight.h>
 #include <znbytesource.h>
-#include <zneventbus.h>
 #include <znfaultpatchmanager.h>
-#include <znfilename.h>
 #include <znobjectfile.h>
 #include <znxmltree.h>
 
+#include "fuzzhost.h"
+
 namespace {
-// Messages of refused files are expected by the thousand: they are dropped.
-class SilentBus : public ZNEventBus {
-protected:
-    void message(int, const QString&) override {}
-};
-
 QTemporaryDir* g_scratch = nullptr;  // where sets are written back
-
-// What a written fault set must read back as: patches with their fathers and point
-// counts, and faults with their ids and names, as the file stores them when `asStored`.
-QStringList shapeOf(const ZNFaultPatchManager& set, bool asStored)
-{
-    QStringList shape;
-    for (int i = 0; i < set.getNumberOfPatch(); ++i)
-        shape << QStringLiteral("%1:%2").arg(set.getFaultPatch(i)->getFather()).arg(set.getPickedPoints().getCount(i));
-    for (const ZN3DFaultPatchLight* light : set.getFaultLightList())
-        shape << QStringLiteral("%1 %2").arg(light->getFaultId())
-                     .arg(asStored ? ZNFileName::completeBaseName(light->GetFaultName()) : light->GetFaultName());
-    return shape;
-}
-
-void writeBackAndReadAgain(ZNFaultPatchManager& set, bool twoD)
-{
-    const QString path = g_scratch->filePath(QStringLiteral("again.faultset"));
-    if (!set.writePickedFault(path, twoD, nullptr, false)) return;  // refused, nothing written
-    ZNFaultPatchManager again;
-    if (!again.readPickedFault(path, twoD, ZNFaultPatchManager::kNoProgressBar) || !again.isValid() ||
-        shapeOf(again, false) != shapeOf(set, true))
-        std::abort();
-}
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    static SilentBus bus;
-    ZNEventBus::install(&bus);
-    // Descriptors read the user's viewer settings: keep them in an empty directory.
-    static QTemporaryDir settings;
-    qputenv("KORVALITH_SETTINGS_DIR", settings.path().toUtf8());
-    static QTemporaryDir scratch;
-    g_scratch = &scratch;
+    g_scratch = &fuzzhost::install();
     return 0;
 }
 
@@ -77,7 +41,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         ZNFaultPatchManager set;
         const bool read = set.readPickedFault(source, twoD, ZNFaultPatchManager::kNoProgressBar);
         if (!set.isValid()) std::abort();
-        if (read) writeBackAndReadAgain(set, twoD);
+        if (read) fuzzhost::writeBackAndReadAgain(set, twoD, *g_scratch);
     }
 
     QByteArray header = bytes.mid(ZNObjectFile::kGlobalHeaderSize);

@@ -5,7 +5,7 @@
 //     file again with the same faults, sticks and points, or the target aborts;
 //   - turned into a fault set as `kfaults sticks import` does (names kept apart): when
 //     the fault set writer accepts it, the fault set reader must read it again with the
-//     same faults and point counts, or the target aborts.
+//     same patches, fathers, point counts and faults, or the target aborts.
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -17,16 +17,11 @@
 #include <exchange/stickformat.h>
 #include <exchange/stickset.h>
 #include <storedfaultnames.h>
-#include <zneventbus.h>
 #include <znfaultpatchmanager.h>
 
-namespace {
-// Messages of refused files are expected by the thousand: they are dropped.
-class SilentBus : public ZNEventBus {
-protected:
-    void message(int, const QString&) override {}
-};
+#include "fuzzhost.h"
 
+namespace {
 QTemporaryDir* g_scratch = nullptr;
 
 using fault::exchange::StickSet;
@@ -55,28 +50,14 @@ void importAndReadAgain(const StickSet& sticks)
 {
     const std::unique_ptr<ZNFaultPatchManager> imported(fault::exchange::faultSetFromSticks(sticks));
     if (!imported) return;
-    ZNFaultPatchManager& set = *imported;
-    fault::makeStoredFaultNamesUnique(set);
-    const QString path = g_scratch->filePath(QStringLiteral("imported.faultset"));
-    if (!set.writePickedFault(path, false, nullptr, false)) return;
-    ZNFaultPatchManager again;
-    if (!again.readPickedFault(path, false, ZNFaultPatchManager::kNoProgressBar) ||
-        again.getNumberOfPatch() != set.getNumberOfPatch() ||
-        again.getFaultLightList().size() != set.getFaultLightList().size())
-        std::abort();
-    for (int i = 0; i < set.getNumberOfPatch(); ++i)
-        if (again.getPickedPoints().getCount(i) != set.getPickedPoints().getCount(i)) std::abort();
+    fault::makeStoredFaultNamesUnique(*imported);
+    fuzzhost::writeBackAndReadAgain(*imported, false, *g_scratch);
 }
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    static SilentBus bus;
-    ZNEventBus::install(&bus);
-    static QTemporaryDir settings;
-    qputenv("KORVALITH_SETTINGS_DIR", settings.path().toUtf8());
-    static QTemporaryDir scratch;
-    g_scratch = &scratch;
+    g_scratch = &fuzzhost::install();
     return 0;
 }
 

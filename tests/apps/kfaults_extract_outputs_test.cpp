@@ -1,10 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <map>
-#include <sstream>
-
-#include <sys/resource.h>
 
 #include <QDir>
 #include <QFile>
@@ -15,6 +11,8 @@
 #include <commandline.h>
 #include <extractjob.h>
 #include <outputfolder.h>
+
+#include "kfaultstesthelpers.h"
 
 // The output folder of `kfaults extract`: a folder holding report.json holds exactly the
 // outputs of that run, whatever stopped an earlier one, and errors name the user's paths.
@@ -128,33 +126,6 @@ TEST(KfaultsExtractOutputs, AStagingFolderOfARunStillGoingIsLeftAlone)
     EXPECT_EQ(stagingFolders(folder).size(), 1);
 }
 
-namespace {
-// Limits the size of every file this process writes while it lives; writes past it
-// fail with EFBIG instead of raising SIGXFSZ.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-    {
-        m_signal = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_previous);
-        rlimit limit = m_previous;
-        limit.rlim_cur = bytes;
-        m_set = setrlimit(RLIMIT_FSIZE, &limit) == 0;
-    }
-    ~FileSizeLimit()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_previous);
-        std::signal(SIGXFSZ, m_signal);
-    }
-    bool isSet() const { return m_set; }
-
-private:
-    rlimit m_previous{};
-    void (*m_signal)(int) = nullptr;
-    bool m_set = false;
-};
-} // namespace
-
 TEST(KfaultsExtractOutputs, ARefusedWriteNamesTheOutputFolderAndTheSystemsReason)
 {
     QTemporaryDir dir;
@@ -163,7 +134,7 @@ TEST(KfaultsExtractOutputs, ARefusedWriteNamesTheOutputFolderAndTheSystemsReason
     const Snapshot earlier = snapshot(folder);
     kfaults::ExtractResult r;
     {
-        FileSizeLimit limit(4096);
+        kfaultstest::FileSizeLimit limit(4096);
         ASSERT_TRUE(limit.isSet());
         r = kfaults::runExtract(smallRun(folder, 2, false));
     }
@@ -178,10 +149,8 @@ TEST(KfaultsExtractOutputs, ARefusedWriteNamesTheOutputFolderAndTheSystemsReason
 TEST(KfaultsExtractOutputs, AFolderGivenAsInputIsNamedForWhatItIs)
 {
     QTemporaryDir dir;
-    std::ostringstream out, err;
-    const int code = kfaults::runKfaults({"kfaults", "extract", "-i", dir.path().toStdString(), "--format", "bloc",
-                                          "-o", dir.filePath("out").toStdString()},
-                                         out, err);
-    EXPECT_EQ(code, kfaults::kExitFailure);
-    EXPECT_EQ(err.str(), "kfaults: " + dir.path().toStdString() + ": a folder, not a volume file\n");
+    const kfaultstest::Outcome r =
+        kfaultstest::runTool({"extract", "-i", dir.path().toStdString(), "--format", "bloc", "-o", "@out"}, dir.path());
+    EXPECT_EQ(r.code, kfaults::kExitFailure);
+    EXPECT_EQ(r.err, "kfaults: " + dir.path().toStdString() + ": a folder, not a volume file\n");
 }

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include <QDir>
 #include <QFile>
@@ -15,10 +14,13 @@
 #include <commandline.h>
 #include <znfaultpatchmanager.h>
 
+#include "kfaultstesthelpers.h"
+
 // Fault names through the command-line tool: names a fault set cannot store are refused
 // on every path, and faults that a fault set would store under one name are renamed
 // apart, never joined.
 namespace {
+// The tool's answer with its streams as text.
 struct Outcome {
     int code = -1;
     QString out;
@@ -27,13 +29,8 @@ struct Outcome {
 
 Outcome run(std::vector<std::string> args)
 {
-    args.insert(args.begin(), "kfaults");
-    std::ostringstream out, err;
-    Outcome r;
-    r.code = kfaults::runKfaults(args, out, err);
-    r.out = QString::fromStdString(out.str());
-    r.err = QString::fromStdString(err.str());
-    return r;
+    const kfaultstest::Outcome r = kfaultstest::runTool(std::move(args));
+    return {r.code, QString::fromStdString(r.out), QString::fromStdString(r.err)};
 }
 
 // One fault per name, fault f holding two sticks of two points a few metres apart.
