@@ -154,6 +154,7 @@ LoadedVolume readVolumeFile(const volumeio::VolumeSource& source)
     }
     auto image = std::make_shared<const ZN3DImage<float>>(std::move(r.image));
     loaded.volume = std::make_unique<ZNVolume>(image, r.units, QFileInfo(source.path).fileName(), source.path);
+    loaded.volume->setLines(r.lines);
     return loaded;
 }
 

@@ -21,11 +21,13 @@
 #include <znobjecttree.h>
 #include <znprogresspanel.h>
 #include <znguiprogressbarmgr.h>
+#include <znsectionview.h>
 
 #include "faultsetdocument.h"
 #include "studioproject.h"
 #include "studioservices.h"
 #include "studiotree.h"
+#include "studioviews.h"
 
 namespace {
 const QString kSettingsGroup = QStringLiteral("StudioWindow");
@@ -43,6 +45,7 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
     resize(kInitialWidth, kInitialHeight);
     buildDocks();
     m_services = std::make_unique<StudioServices>(this, m_log, m_notifications, m_progressPanel, options.dialogs);
+    m_views = new StudioViews(this, m_project, this);
     buildMenus();
     installActionHandlers();
     restoreLayout();
@@ -59,6 +62,15 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
         if (m_currentDocument == document) setCurrentFault(nullptr, core::kNoValue);
     });
     connect(m_studioTree, &StudioTree::faultSelected, this, &StudioWindow::setCurrentFault);
+    connect(m_studioTree, &StudioTree::volumeSelected, this, [this](ZNVolume* volume) { m_currentVolume = volume; });
+    // A volume opened shows at once.
+    connect(m_project, &StudioProject::volumeAdded, this, [this](ZNVolume* volume) {
+        m_views->openSectionView(volume, ZNBlocViewerEngine::SectionKind::Inline);
+    });
+    connect(m_project, &StudioProject::volumeRemoved, this, [this](ZNVolume* volume) {
+        if (m_currentVolume == volume) m_currentVolume = nullptr;
+    });
+    connect(this, &StudioWindow::currentFaultChanged, m_views, &StudioViews::setCurrentFault);
     m_askUnsaved = [this](FaultSetDocument* document) {
         return QMessageBox::question(this, tr("Unsaved changes"),
                                      tr("The fault set \"%1\" has unsaved changes. Save them?").arg(document->name()),
@@ -74,6 +86,8 @@ StudioWindow::~StudioWindow()
         if (bar.second.parent < 0) m_services->progress()->cancel(bar.first);
     for (ZNBackgroundTask* task : findChildren<ZNBackgroundTask*>()) task->wait();
     qDeleteAll(findChildren<ZNBackgroundTask*>());
+    delete m_views;  // it leaves the frame's handlers, which go with the frame
+    m_views = nullptr;
     delete m_project;  // before the services, which the documents may still use
     m_project = nullptr;
 }
@@ -141,6 +155,23 @@ void StudioWindow::buildMenus()
     QMenu* faults = new QMenu(tr("Fa&ults"), this);
     faults->setObjectName(QStringLiteral("faultsMenu"));
     faults->addAction(tr("&Extract from Likelihood Volume..."), this, [this] { chooseAndExtract(); });
+
+    QMenu* newView = new QMenu(tr("New &Section View"), this);
+    newView->setObjectName(QStringLiteral("newSectionViewMenu"));
+    const std::pair<QString, ZNBlocViewerEngine::SectionKind> kinds[] = {
+        {tr("&Inline"), ZNBlocViewerEngine::SectionKind::Inline},
+        {tr("&Crossline"), ZNBlocViewerEngine::SectionKind::Crossline},
+        {tr("&Time Slice"), ZNBlocViewerEngine::SectionKind::Slice}};
+    for (const auto& kind : kinds) {
+        const ZNBlocViewerEngine::SectionKind k = kind.second;
+        newView->addAction(kind.first, this, [this, k] {
+            ZNVolume* volume = m_currentVolume ? m_currentVolume
+                                               : (m_project->volumes().isEmpty() ? nullptr : m_project->volumes().first());
+            if (!volume) reportFailure(tr("Open a volume first (File > Open Volume)"));
+            else m_views->openSectionView(volume, k);
+        });
+    }
+    windowMenu()->insertMenu(windowMenu()->actions().value(0), newView);
 
     QAction* before = windowMenu()->menuAction();
     for (QMenu* menu : {file, edit, faults}) menuBar()->insertMenu(before, menu);

@@ -18,6 +18,7 @@ class QUndoGroup;
 class StudioProject;
 class StudioServices;
 class StudioTree;
+class StudioViews;
 class ZNBackgroundTask;
 class ZNMessageLog;
 class ZNNotificationArea;
@@ -59,6 +60,7 @@ public:
     ZNProgressPanel* progressPanel() const { return m_progressPanel; }
     ZNNotificationArea* notifications() const { return m_notifications; }
     QUndoGroup* undoGroup() const { return m_undoGroup; }
+    StudioViews* views() const { return m_views; }
     ZNRecentFiles& recentFiles() { return m_recent; }
 
     // ----- files (each read runs in the background; the window announces its end) -----
@@ -145,6 +147,8 @@ private:
     QMenu* m_recentMenu = nullptr;
     QLabel* m_status = nullptr;
     UnsavedChangesQuestion m_askUnsaved;
+    StudioViews* m_views = nullptr;
+    ZNVolume* m_currentVolume = nullptr;  // the volume chosen last in the tree
     FaultSetDocument* m_currentDocument = nullptr;
     int m_currentFaultId = -9999;
     int m_runningTasks = 0;

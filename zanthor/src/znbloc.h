@@ -93,10 +93,10 @@ public:
         CrosslineSection = 1,  // y = index: width nx (inline), height nz (sample)
         TimeSlice = 2,         // z = index: width nx (inline), height ny (crossline)
     };
-    // Reads one section into `out`, samples as reals. A section across the file's order
-    // (an inline or crossline of a block file) is gathered from a memory mapping of the
-    // file, so that only the pages holding it are touched; without a mapping it is read
-    // slice by slice. False, `out` untouched, for an index outside the block, an unknown
+    // Reads one section into `out`, samples as reals. A time slice or a crossline of a
+    // block file is read by runs of consecutive samples (one per slice for a crossline);
+    // an inline, one sample per row of the file, is gathered from a memory mapping of the
+    // file (read row by row without one). False, `out` untouched, for an index outside the block, an unknown
     // axis, a block not open for reading, a read error or a lack of memory.
     bool readSection(int axis, int index, img::Image& out);
     // The nz samples of the trace (x, y) into `samples` (room for nz values). False,

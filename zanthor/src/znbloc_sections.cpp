@@ -27,16 +27,27 @@ bool ZNBloc::readSection(int axis, int index, img::Image& out)
     if (section.isNull()) return false;
     const qint64 rowStride = nx();
     const qint64 sliceStride = qint64(nx()) * ny();
-    if (m_memory || mapSamples()) {
+    // A crossline of a file is one run of the file per slice: read by runs, not through
+    // the mapping, whose faults would read ahead far beyond each run on a cold cache.
+    if (m_memory || (axis == InlineSection && mapSamples())) {
         // Sample (c, r) of the section is sample first + c * along + r * down of the block.
         const qint64 along = axis == InlineSection ? rowStride : 1;
         const qint64 down = axis == TimeSlice ? rowStride : sliceStride;
         const qint64 first = axis == InlineSection ? index : axis == CrosslineSection ? index * rowStride
                                                                                       : index * sliceStride;
+        // Real samples in memory or in a little-endian file on a little-endian machine are
+        // copied as they are; anything else is decoded sample by sample.
+        const float* reals = m_memory ? m_memory->data()
+                             : (m_type == Float32 && Q_BYTE_ORDER == Q_LITTLE_ENDIAN) ? reinterpret_cast<const float*>(m_mapped)
+                                                                                      : nullptr;
         for (int r = 0; r < size.second; ++r) {
             float* row = section.row(r);
             const qint64 start = first + r * down;
-            for (int c = 0; c < size.first; ++c) row[c] = sampleAt(start + c * along);
+            if (reals && along == 1) std::memcpy(row, reals + start, static_cast<std::size_t>(size.first) * sizeof(float));
+            else if (reals)
+                for (int c = 0; c < size.first; ++c) row[c] = reals[start + c * along];
+            else
+                for (int c = 0; c < size.first; ++c) row[c] = sampleAt(start + c * along);
         }
         out = std::move(section);
         return true;

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <georef/linenumbering.h>
 #include <georef/unitobject.h>
 
 #include "zn3dimage.h"
@@ -31,6 +32,9 @@ public:
     void setName(const QString& name) { m_name = name; }
     // The file it was read from; empty for a volume made in memory.
     const QString& path() const { return m_path; }
+    // The survey numbers of its inlines and crosslines.
+    const georef::LineNumbering& lines() const { return m_lines; }
+    void setLines(const georef::LineNumbering& lines) { m_lines = lines; }
 
     // Smallest and largest sample, -9999 (no value) samples and NaNs left out, computed
     // once (by the first caller, whatever its thread); (0, 0) for a volume without such
@@ -44,6 +48,7 @@ private:
     georef::UnitObject m_units;
     QString m_name;
     QString m_path;
+    georef::LineNumbering m_lines;
     mutable std::once_flag m_rangeOnce;
     mutable std::pair<float, float> m_range{0.0f, 0.0f};
 };

@@ -54,6 +54,8 @@ TEST(VolumeSource, EachFormatReadsItsSamplesAndTheUnitsOfItsWorld)
     EXPECT_EQ(segy.image.nz(), 5);
     EXPECT_FLOAT_EQ(segy.image(2, 1, 4), 12 * 100 + 21 + 4);
     EXPECT_TRUE(segy.units.isTime());
+    EXPECT_EQ(segy.lines.inlineNumber(2), 12);
+    EXPECT_EQ(segy.lines.crosslineNumber(1), 21);
 
     const QString blocPath = dir.filePath(QStringLiteral("volume.bloc"));
     {

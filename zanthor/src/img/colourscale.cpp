@@ -87,6 +87,27 @@ QRgb ColourScale::colourOf(float value) const
     return table(m_map)[static_cast<std::size_t>(i)];
 }
 
+void ColourScale::colourRow(const float* values, int n, QRgb* out) const
+{
+    const Table& colours = table(m_map);
+    const float span = m_maximum - m_minimum;
+    const float noValue = static_cast<float>(core::kNoValueReal);
+    if (!(span > 0.0f)) {
+        for (int i = 0; i < n; ++i) out[i] = colourOf(values[i]);
+        return;
+    }
+    const float scale = (kTableSize - 1) / span;  // table entries per value unit
+    const float offset = 0.5f - m_minimum * scale;
+    constexpr float kLast = kTableSize - 1;
+    for (int i = 0; i < n; ++i) {
+        const float v = values[i];
+        const float position = v * scale + offset;  // NaN stays NaN
+        const bool none = v == noValue || position != position;
+        const int entry = static_cast<int>(std::min(std::max(position, 0.0f), kLast));
+        out[i] = none ? 0u : colours[static_cast<std::size_t>(entry)];
+    }
+}
+
 QRgb ColourScale::mapColour(Map map, double t)
 {
     const int i = static_cast<int>(std::clamp(t, 0.0, 1.0) * (kTableSize - 1) + 0.5);

@@ -34,6 +34,9 @@ public:
 
     // The colour of a value (opaque), or 0 (transparent) for -9999 and NaN.
     QRgb colourOf(float value) const;
+    // The colours of `n` values, as colourOf gives them, into `out`: the fast path of
+    // pictures.
+    void colourRow(const float* values, int n, QRgb* out) const;
     // The colour at position t of the map (0 first colour, 1 last; clamped).
     static QRgb mapColour(Map map, double t);
 

@@ -1,6 +1,7 @@
 #pragma once
 #include <QString>
 
+#include <georef/linenumbering.h>
 #include <georef/unitobject.h>
 #include <zn3dimage.h>
 
@@ -16,6 +17,7 @@ struct VolumeReadResult {
     ZN3DImage<float> image;   // x inline, y crossline, z sample; with its block space
     QString error;            // empty on success
     georef::UnitObject units; // of the image's world coordinates (see each reader)
+    georef::LineNumbering lines;  // survey numbers of the inlines and crosslines (SEG-Y)
 
     bool ok() const { return error.isEmpty(); }
 };

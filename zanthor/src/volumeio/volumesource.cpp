@@ -23,6 +23,24 @@ georef::UnitObject segyUnits()
                               georef::UnitObject::VerticalMillisecond);
 }
 
+// The numbering of a regular grid of lines; a grid whose numbers do not step evenly is
+// numbered by index.
+georef::LineNumbering lineNumberingOf(const SegyInfo& info)
+{
+    const auto regular = [](const std::vector<int>& numbers, int& first, int& step) {
+        if (numbers.empty()) return;
+        const int candidate = numbers.size() > 1 ? numbers[1] - numbers[0] : 1;
+        for (std::size_t i = 1; i < numbers.size(); ++i)
+            if (numbers[i] - numbers[i - 1] != candidate) return;
+        first = numbers[0];
+        step = candidate;
+    };
+    georef::LineNumbering lines;
+    regular(info.inlineNumbers, lines.firstInline, lines.inlineStep);
+    regular(info.crosslineNumbers, lines.firstCrossline, lines.crosslineStep);
+    return lines;
+}
+
 } // namespace
 
 VolumeFormat formatOfFileName(const QString& path)
@@ -79,7 +97,8 @@ VolumeReadResult readVolume(const VolumeSource& source)
     switch (source.format) {
     case VolumeFormat::Segy: {
         SegyReadResult r = readSegyVolume(source.path);
-        VolumeReadResult result{std::move(r.image), std::move(r.error), segyUnits()};
+        VolumeReadResult result{std::move(r.image), std::move(r.error), segyUnits(), {}};
+        result.lines = lineNumberingOf(r.info);
         return result;
     }
     case VolumeFormat::Raw:

@@ -1,0 +1,70 @@
+#pragma once
+#include <map>
+#include <memory>
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+
+#include <core/vec3.h>
+#include <znblocviewerengine.h>
+
+class FaultSetDocument;
+class StudioProject;
+class ZNFaultSectionDrawable;
+class ZNFrame;
+class ZNSectionView;
+class ZNVolume;
+
+// The views of the studio's volumes and faults: section views (inline, crossline, time
+// slice of a volume, with the faults of every open fault set drawn over them) in the
+// frame's sub-windows, kept in step with the project and with each other:
+// - a fault set opened or closed appears in or leaves every view; a fault shown, hidden,
+//   recoloured or meshed again is redrawn; the current fault is drawn as current;
+// - the reference point picked in one view (Ctrl+click) is posted as "UPDATE_REF_POINT":
+//   every view shows it, and the other section views go to their section through it.
+class StudioViews : public QObject {
+    Q_OBJECT
+public:
+    StudioViews(ZNFrame* frame, StudioProject* project, QObject* parent = nullptr);
+    ~StudioViews() override;
+
+    // Opens a section view of `volume` showing the middle section of `kind`.
+    ZNSectionView* openSectionView(ZNVolume* volume, ZNBlocViewerEngine::SectionKind kind);
+    QList<ZNSectionView*> sectionViews() const;
+    // The volume a section view shows; null for none.
+    ZNVolume* volumeOf(const ZNSectionView* view) const;
+
+    bool hasReferencePoint() const { return m_hasReference; }
+    const core::vec3& referencePoint() const { return m_reference; }
+    // Sets the shared reference point and posts "UPDATE_REF_POINT".
+    void setReferencePoint(const core::vec3& world);
+    // The fault drawn as current in every view.
+    void setCurrentFault(FaultSetDocument* document, int faultId);
+
+private:
+    struct SectionEntry {
+        QPointer<ZNSectionView> view;
+        ZNVolume* volume = nullptr;
+        std::map<const FaultSetDocument*, std::shared_ptr<ZNFaultSectionDrawable>> faults;
+    };
+    void addFaultSet(FaultSetDocument* document);
+    void addFaultSetTo(SectionEntry& entry, FaultSetDocument* document);
+    // Calls `f(drawable)` for the drawable of `document` in every view.
+    template <class F>
+    void forEachFaults(const FaultSetDocument* document, F f);
+    void removeFaultSet(FaultSetDocument* document);
+    void removeVolume(ZNVolume* volume);
+    void showReferencePoint(const ZNSectionView* origin);
+    void redrawAll();
+
+    ZNFrame* m_frame;
+    StudioProject* m_project;
+    QList<SectionEntry> m_sections;
+    bool m_hasReference = false;
+    core::vec3 m_reference;
+    const ZNSectionView* m_referenceOrigin = nullptr;  // the view the point was picked in
+    FaultSetDocument* m_currentDocument = nullptr;
+    int m_currentFault = -9999;
+    int m_referenceHandler = 0;
+};
