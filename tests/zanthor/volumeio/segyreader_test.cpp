@@ -402,6 +402,7 @@ TEST(SegyLayout, HostileCountsAreCheckedAgainstTheFileBeforeAnyProduct)
             s.binarySamples = 0;
             s.extendedSamples = samples;
             s.extraTraceHeaders = extra;
+            s.writtenExtraTraceHeaders = 0;
             const QString file = dir.filePath(QStringLiteral("hostile.sgy"));
             ASSERT_TRUE(writeFileBytes(file, buildSegy(s)));
             volumeio::SegyLayout layout;

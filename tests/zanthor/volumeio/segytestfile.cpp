@@ -75,7 +75,8 @@ QByteArray buildSegy(const TestSegy& s)
         QByteArray data(bytes * static_cast<int>(t.samples.size()), 0);
         for (std::size_t k = 0; k < t.samples.size(); ++k)
             put(data, bytes * static_cast<int>(k), encodeSample(s.format, t.samples[k]), bytes, le);
-        b += h + QByteArray(240 * s.extraTraceHeaders, 0) + data;
+        const int extra = s.writtenExtraTraceHeaders >= 0 ? s.writtenExtraTraceHeaders : s.extraTraceHeaders;
+        b += h + QByteArray(240 * extra, 0) + data;
     }
     return b;
 }

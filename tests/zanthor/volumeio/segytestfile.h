@@ -27,8 +27,9 @@ struct TestSegy {
     bool endStanza = false;          // "((SEG: EndText))" opens the last extended header
     int revision = 0x0100;           // bytes 3501-3502, major revision in the high byte
     int extendedSamples = 0;         // revision 2, bytes 3269-3272
-    int extraTraceHeaders = 0;       // revision 2, bytes 3507-3510; zero headers written
-                                     // after each trace header
+    int extraTraceHeaders = 0;       // revision 2, bytes 3507-3510
+    int writtenExtraTraceHeaders = -1;  // zero headers written after each trace header;
+                                        // -1: extraTraceHeaders
     int16_t delayMilli = 0;          // every trace, bytes 109-110
     std::vector<TestTrace> traces;
 };
