@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 
+#include <zn3dfaultpatch.h>
+
 #include "faultsetdocument.h"
 
 namespace {
@@ -42,6 +44,31 @@ void DeleteFaultCommand::undo()
 {
     if (m_done) m_document->restoreFault(m_removed);
     m_done = false;
+}
+
+SetFaultPropertyCommand::SetFaultPropertyCommand(FaultSetDocument* document, int faultId, const QString& id,
+                                                 const QVariant& value, const QVariant& previous,
+                                                 const QString& label)
+    : m_document(document), m_faultId(faultId), m_id(id), m_value(value), m_previous(previous)
+{
+    setText(tr("Set %1 of Fault \"%2\"").arg(label, document->faultName(faultId)));
+}
+
+bool SetFaultPropertyCommand::apply(const QVariant& value)
+{
+    ZN3DFaultPatch* surface = m_document->surface(m_faultId);
+    return surface && surface->updateProperty(m_id, value, nullptr) != ZN3DFaultPatch::PropertyUnchanged;
+}
+
+void SetFaultPropertyCommand::redo()
+{
+    // A value the surface refuses makes no step of the history.
+    if (!apply(m_value)) setObsolete(true);
+}
+
+void SetFaultPropertyCommand::undo()
+{
+    apply(m_previous);
 }
 
 SetFaultVisibilityCommand::SetFaultVisibilityCommand(FaultSetDocument* document,

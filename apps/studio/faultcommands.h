@@ -2,6 +2,7 @@
 #include <map>
 
 #include <QString>
+#include <QVariant>
 #include <QUndoCommand>
 
 #include <znfaultpatchmanager.h>
@@ -38,6 +39,27 @@ private:
     int m_faultId;
     ZNFaultPatchManager::RemovedFault m_removed;
     bool m_done = false;  // the delete was made, so undo has something to restore
+};
+
+// Changes one setting of a fault through its surface's property sheet (its gridding, its
+// look): the surface stores it and posts the action it asks for, as an edit in the sheet
+// does; undo sets the former value the same way.
+class SetFaultPropertyCommand : public QUndoCommand {
+public:
+    SetFaultPropertyCommand(FaultSetDocument* document, int faultId, const QString& id, const QVariant& value,
+                            const QVariant& previous, const QString& label);
+    void redo() override;
+    void undo() override;
+
+private:
+    // True when the surface took the value.
+    bool apply(const QVariant& value);
+
+    FaultSetDocument* m_document;
+    int m_faultId;
+    QString m_id;
+    QVariant m_value;
+    QVariant m_previous;
 };
 
 // Shows and hides faults ("Hide", "Show only this fault", "Show all faults", the tree's

@@ -82,6 +82,28 @@ int FaultSetDocument::faultIdOfSurface(const ZNObject* surface) const
     return core::kNoValue;
 }
 
+bool FaultSetDocument::faultCentre(int faultId, core::vec3& centre) const
+{
+    core::Array<core::PointWithBool> points;
+    m_set->getFaultPickedPointArray(faultId, points);
+    core::vec3 sum;
+    int n = 0;
+    for (const core::PointWithBool& p : points)
+        if (!p.isSeparator() && !p.flag) {
+            sum = sum + p.position();
+            ++n;
+        }
+    if (n == 0)
+        if (const ZN3DFaultPatch* s = surface(faultId))
+            for (const core::vec3& p : s->getPoints()) {
+                sum = sum + p;
+                ++n;
+            }
+    if (n == 0) return false;
+    centre = sum / double(n);
+    return true;
+}
+
 bool FaultSetDocument::isFaultVisible(int faultId) const
 {
     return !m_hidden.count(faultId);

@@ -53,6 +53,10 @@ public:
     // The fault a surface belongs to; -9999 when it is none of this document's.
     int faultIdOfSurface(const ZNObject* surface) const;
 
+    // The middle of a fault: of its hand-picked points, or of its surface when it has
+    // none. False, `centre` untouched, for a fault with neither.
+    bool faultCentre(int faultId, core::vec3& centre) const;
+
     bool isFaultVisible(int faultId) const;
     // Shows or hides faults; returns the previous visibility of each id given.
     std::map<int, bool> setFaultsVisible(const std::map<int, bool>& visible);

@@ -28,6 +28,22 @@ void handOver(LoadedFaultSet& loaded)
     for (auto& surface : loaded.surfaces) moveToGuiThread(surface.second.get());
 }
 
+// The fault set read from `path`, with the surfaces of its faults, handed to the GUI
+// thread; "cancelled" when the meshing was.
+LoadedFaultSet withSurfaces(std::unique_ptr<ZNFaultPatchManager> set, const QString& path)
+{
+    LoadedFaultSet loaded;
+    set->setObjectName(QFileInfo(path).completeBaseName());
+    if (!makeSurfaces(*set, loaded.surfaces)) {
+        loaded.surfaces.clear();
+        loaded.error = QStringLiteral("cancelled");
+        return loaded;
+    }
+    loaded.set = std::move(set);
+    handOver(loaded);
+    return loaded;
+}
+
 } // namespace
 
 void moveToGuiThread(QObject* object)
@@ -62,15 +78,7 @@ LoadedFaultSet readFaultSetFile(const QString& path)
         loaded.error = failure(path, QStringLiteral("not a readable fault set"));
         return loaded;
     }
-    set->setObjectName(QFileInfo(path).completeBaseName());
-    if (!makeSurfaces(*set, loaded.surfaces)) {
-        loaded.surfaces.clear();
-        loaded.error = QStringLiteral("cancelled");
-        return loaded;
-    }
-    loaded.set = std::move(set);
-    handOver(loaded);
-    return loaded;
+    return withSurfaces(std::move(set), path);
 }
 
 LoadedFaultSet importStickFile(const QString& path, fault::exchange::StickFormat format)
@@ -88,15 +96,7 @@ LoadedFaultSet importStickFile(const QString& path, fault::exchange::StickFormat
         loaded.error = failure(path, QStringLiteral("not enough memory for its faults"));
         return loaded;
     }
-    set->setObjectName(QFileInfo(path).completeBaseName());
-    if (!makeSurfaces(*set, loaded.surfaces)) {
-        loaded.surfaces.clear();
-        loaded.error = QStringLiteral("cancelled");
-        return loaded;
-    }
-    loaded.set = std::move(set);
-    handOver(loaded);
-    return loaded;
+    return withSurfaces(std::move(set), path);
 }
 
 LoadedFaultSet faultSetOfExtraction(fault::FaultExtraction& x)

@@ -49,6 +49,7 @@ QString StudioTree::showAllText() { return tr("Show All Faults"); }
 QString StudioTree::renameText() { return tr("Rename"); }
 QString StudioTree::deleteText() { return tr("Delete"); }
 QString StudioTree::propertiesText() { return tr("Properties"); }
+QString StudioTree::centreText() { return tr("Centre Views on It"); }
 
 QStandardItem* StudioTree::faultSetItem(const FaultSetDocument* document) const
 {
@@ -184,6 +185,7 @@ void StudioTree::fillFaultMenu(FaultSetDocument* document, int faultId, QMenu* m
         document->undoStack()->push(new DeleteFaultCommand(document, faultId));
     });
     menu->addSeparator();
+    menu->addAction(centreText(), this, [this, document, faultId] { emit centreRequested(document, faultId); });
     menu->addAction(propertiesText(), this, [this, document, faultId] {
         selectFault(document, faultId);
         emit propertiesRequested(document, faultId);

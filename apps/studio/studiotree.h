@@ -35,6 +35,7 @@ public:
     static QString renameText();
     static QString deleteText();
     static QString propertiesText();
+    static QString centreText();
 
 signals:
     // The current item is a fault (faultId) or a fault set (faultId -9999); null document
@@ -43,6 +44,8 @@ signals:
     void volumeSelected(ZNVolume* volume);
     // "Properties" of a fault: the window shows its property sheet.
     void propertiesRequested(FaultSetDocument* document, int faultId);
+    // "Centre Views on It" of a fault.
+    void centreRequested(FaultSetDocument* document, int faultId);
     // Filling the menu of a fault set or of a volume (after the tree's own entries).
     void faultSetMenuRequested(FaultSetDocument* document, QMenu* menu);
     void volumeMenuRequested(ZNVolume* volume, QMenu* menu);

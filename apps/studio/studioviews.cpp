@@ -70,6 +70,19 @@ ZNSectionView* StudioViews::openSectionView(ZNVolume* volume, Kind kind)
         m_referenceOrigin = view;
         setReferencePoint(world);
     });
+    connect(view->viewer(), &ZNSectionViewer::clicked, this, [this, view](const QPointF& at) {
+        constexpr double kClickTolerance = 6.0;  // pixels
+        for (const SectionEntry& e : m_sections) {
+            if (e.view != view) continue;
+            for (const auto& faults : e.faults) {
+                const int faultId = faults.second->faultAt(at, kClickTolerance, view->engine());
+                if (faultId != -9999) {
+                    emit faultClicked(const_cast<FaultSetDocument*>(faults.first), faultId);
+                    return;
+                }
+            }
+        }
+    });
     connect(view, &QObject::destroyed, this, [this] {
         for (int i = m_sections.size() - 1; i >= 0; --i)
             if (!m_sections[i].view) m_sections.removeAt(i);
@@ -98,6 +111,12 @@ void StudioViews::setReferencePoint(const core::vec3& world)
     m_reference = world;
     m_hasReference = true;
     ZNProcess::sendActionToMdi(kUpdateReferencePoint, nullptr);
+}
+
+void StudioViews::centreOn(const core::vec3& world)
+{
+    m_referenceOrigin = nullptr;  // every view goes there
+    setReferencePoint(world);
 }
 
 void StudioViews::showReferencePoint(const ZNSectionView* origin)

@@ -41,6 +41,13 @@ public:
     void setReferencePoint(const core::vec3& world);
     // The fault drawn as current in every view.
     void setCurrentFault(FaultSetDocument* document, int faultId);
+    // Makes `world` the reference point and shows it in every view (each section view
+    // goes to its section through it).
+    void centreOn(const core::vec3& world);
+
+signals:
+    // A fault's sticks or trace clicked in a view.
+    void faultClicked(FaultSetDocument* document, int faultId);
 
 private:
     struct SectionEntry {

@@ -21,8 +21,12 @@
 #include <znobjecttree.h>
 #include <znprogresspanel.h>
 #include <znguiprogressbarmgr.h>
+#include <znpropertybrowser.h>
 #include <znsectionview.h>
+#include <zn3dfaultpatch.h>
+#include <property/znpropertysheet.h>
 
+#include "faultcommands.h"
 #include "faultsetdocument.h"
 #include "studioproject.h"
 #include "studioservices.h"
@@ -71,6 +75,26 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
         if (m_currentVolume == volume) m_currentVolume = nullptr;
     });
     connect(this, &StudioWindow::currentFaultChanged, m_views, &StudioViews::setCurrentFault);
+    connect(m_views, &StudioViews::faultClicked, this,
+            [this](FaultSetDocument* document, int faultId) { m_studioTree->selectFault(document, faultId); });
+    connect(m_studioTree, &StudioTree::propertiesRequested, this, [this] {
+        if (auto* dock = findChild<QDockWidget*>(QStringLiteral("propertyDock"))) {
+            dock->show();
+            dock->raise();
+        }
+    });
+    connect(m_project, &StudioProject::faultSetAdded, this, [this](FaultSetDocument* document) {
+        // The sheet follows the current fault's changes, whoever made them.
+        const auto follow = [this, document](int faultId) {
+            if (document == m_currentDocument && faultId == m_currentFaultId) refreshProperties();
+        };
+        connect(document, &FaultSetDocument::faultAppearanceChanged, this, follow);
+        connect(document, &FaultSetDocument::faultGeometryChanged, this, follow);
+    });
+    connect(m_studioTree, &StudioTree::centreRequested, this, [this](FaultSetDocument* document, int faultId) {
+        core::vec3 centre;
+        if (document->faultCentre(faultId, centre)) m_views->centreOn(centre);
+    });
     m_askUnsaved = [this](FaultSetDocument* document) {
         return QMessageBox::question(this, tr("Unsaved changes"),
                                      tr("The fault set \"%1\" has unsaved changes. Save them?").arg(document->name()),
@@ -97,6 +121,11 @@ void StudioWindow::buildDocks()
     m_tree = new ZNObjectTree;
     m_studioTree = new StudioTree(m_tree, m_project, this);
     addDock(QStringLiteral("objectTreeDock"), tr("Objects"), m_tree, Qt::LeftDockWidgetArea);
+
+    m_properties = new ZNPropertyBrowser;
+    m_properties->setObjectName(QStringLiteral("propertyBrowser"));
+    addDock(QStringLiteral("propertyDock"), tr("Properties"), m_properties, Qt::LeftDockWidgetArea);
+    connect(m_properties, &ZNPropertyBrowser::propertyEdited, this, &StudioWindow::onPropertyEdited);
 
     m_log = new ZNMessageLog(this);
     auto* logView = new QTableView;
@@ -219,7 +248,46 @@ void StudioWindow::setCurrentFault(FaultSetDocument* document, int faultId)
         m_undoGroup->setActiveStack(document->undoStack());
         m_studioTree->selectFault(document, m_currentFaultId);
     }
+    refreshProperties();
     emit currentFaultChanged(document, m_currentFaultId);
+}
+
+void StudioWindow::refreshProperties()
+{
+    const ZN3DFaultPatch* surface = m_currentDocument ? m_currentDocument->surface(m_currentFaultId) : nullptr;
+    if (!surface) {
+        m_properties->clear();
+        return;
+    }
+    ZNPropertySheet sheet;
+    surface->createProperty(sheet);
+    surface->createGlobalProperty(sheet);
+    m_properties->setSheet(sheet);
+}
+
+void StudioWindow::onPropertyEdited(const QString& id, const QVariant& value)
+{
+    FaultSetDocument* document = m_currentDocument;
+    const int faultId = m_currentFaultId;
+    ZN3DFaultPatch* surface = document ? document->surface(faultId) : nullptr;
+    if (!surface) return;
+    if (id == QLatin1String("Name")) {
+        const QString name = value.toString().trimmed();
+        if (!name.isEmpty() && name != document->faultName(faultId))
+            document->undoStack()->push(new RenameFaultCommand(document, faultId, name));
+        refreshProperties();
+        return;
+    }
+    ZNPropertySheet sheet;
+    surface->createProperty(sheet);
+    surface->createGlobalProperty(sheet);
+    const ZNProperty* row = sheet.property(id);
+    if (!row) return;
+    // The command applies the edit (its first redo), which posts the surface's action
+    // once; an edit the surface refuses leaves no step to undo.
+    if (row->value == value) return;
+    document->undoStack()->push(new SetFaultPropertyCommand(document, faultId, id, value, row->value, row->label));
+    refreshProperties();
 }
 
 FaultSetDocument* StudioWindow::targetDocument() const

@@ -24,6 +24,7 @@ class ZNMessageLog;
 class ZNNotificationArea;
 class ZNObjectTree;
 class ZNProgressPanel;
+class ZNPropertyBrowser;
 class ZNVolume;
 
 // The main window of kfaults-studio: the multiple-document frame with the object tree,
@@ -59,6 +60,7 @@ public:
     ZNMessageLog* messageLog() const { return m_log; }
     ZNProgressPanel* progressPanel() const { return m_progressPanel; }
     ZNNotificationArea* notifications() const { return m_notifications; }
+    ZNPropertyBrowser* propertyBrowser() const { return m_properties; }
     QUndoGroup* undoGroup() const { return m_undoGroup; }
     StudioViews* views() const { return m_views; }
     ZNRecentFiles& recentFiles() { return m_recent; }
@@ -114,6 +116,10 @@ private:
     void installActionHandlers();
     void updateRecentMenu();
     void setCurrentFault(FaultSetDocument* document, int faultId);
+    // Shows the property sheet of the current fault (nothing without one).
+    void refreshProperties();
+    // An edit of the sheet: an undoable change of the current fault.
+    void onPropertyEdited(const QString& id, const QVariant& value);
 
     // Runs `work` in the background, then `done` on the GUI thread; `what` names the task
     // in the messages.
@@ -141,6 +147,7 @@ private:
     ZNMessageLog* m_log = nullptr;
     ZNProgressPanel* m_progressPanel = nullptr;
     ZNNotificationArea* m_notifications = nullptr;
+    ZNPropertyBrowser* m_properties = nullptr;
     QUndoGroup* m_undoGroup;
     std::unique_ptr<StudioServices> m_services;
     ZNRecentFiles m_recent;

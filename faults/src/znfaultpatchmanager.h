@@ -398,6 +398,22 @@ public:
     // Returns the number of entries removed.
     int removeAutomaticPickedPoints(int patchId, int* currentIndex);
 
+    // ----- erasing (_picking.cpp) -----
+
+    // The eraser of the picking front end: removes the entries (hand-picked or automatic)
+    // of patch `patchId` whose screen position in `viewer` lies inside or on the ellipse
+    // of centre `centre` and half-axes radiusX, radiusY (pixels); then separators left
+    // next to each other, or at the start of the list, are removed too, so that the
+    // remaining points keep their sticks. The moving point cursor follows its entry, or is
+    // unset when it was erased; a cursor that pointed outside the list is unset with the
+    // message "pb with currentMovingPointId" (kind 4). Returns the number of entries
+    // removed; 0 for a bad id, a null viewer or a half-axis that is not positive.
+    int removePickedPointInsideEllipseForOnePatch(int patchId, const core::vec2& centre, double radiusX,
+                                                  double radiusY, const ZNPickingViewer* viewer);
+    // The same for every patch of the fault of `faultId`.
+    int removePickedPointInsideEllipseForOneFault(int faultId, const core::vec2& centre, double radiusX,
+                                                  double radiusY, const ZNPickingViewer* viewer);
+
     // ----- section resampling (_resample.cpp) -----
 
     // Appends to the patch, as automatic entries (flag true, separators included), the

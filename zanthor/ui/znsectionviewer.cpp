@@ -191,7 +191,9 @@ void ZNSectionViewer::mousePressEvent(QMouseEvent* event)
         return;
     }
     m_dragFrom = event->pos();
+    m_pressedAt = event->pos();
     m_panning = true;
+    m_dragged = false;
 }
 
 void ZNSectionViewer::mouseMoveEvent(QMouseEvent* event)
@@ -199,6 +201,9 @@ void ZNSectionViewer::mouseMoveEvent(QMouseEvent* event)
     emit cursorMoved(m_engine->viewportToWorld(event->localPos()), m_engine->sampleAtViewport(event->localPos()));
     if (ZNSectionTool* t = currentTool(); t && t->mouseMove(*this, event)) return;
     if (!m_panning) return;
+    constexpr int kDragThreshold = 3;  // pixels before a press becomes a drag
+    if (!m_dragged && (event->pos() - m_pressedAt).manhattanLength() < kDragThreshold) return;
+    m_dragged = true;
     m_engine->pan(QPointF(event->pos() - m_dragFrom));
     m_dragFrom = event->pos();
 }
@@ -206,7 +211,9 @@ void ZNSectionViewer::mouseMoveEvent(QMouseEvent* event)
 void ZNSectionViewer::mouseReleaseEvent(QMouseEvent* event)
 {
     if (ZNSectionTool* t = currentTool(); t && t->mouseRelease(*this, event)) return;
+    const bool click = m_panning && !m_dragged && event->button() == Qt::LeftButton;
     m_panning = false;
+    if (click) emit clicked(event->localPos());
 }
 
 void ZNSectionViewer::mouseDoubleClickEvent(QMouseEvent* event)

@@ -54,6 +54,9 @@ signals:
     // The section shown changed (stepped, chosen, or another block).
     void sectionChanged();
     void referencePointPicked(const core::vec3& world);
+    // A left click without drag nor modifier, at a viewport point (what was clicked is for
+    // the host to find: ZNBlocViewerEngine::drawableAt).
+    void clicked(const QPointF& viewport);
     // The cursor moved over the section: where, and the sample under it (-9999 outside).
     void cursorMoved(const core::vec3& world, float sample);
 
@@ -77,6 +80,8 @@ private:
     std::unique_ptr<ZNSeismicViewerAbstractEngine> m_engine;
     std::map<QString, std::unique_ptr<ZNSectionTool>> m_tools;
     QPoint m_dragFrom;
+    QPoint m_pressedAt;
     bool m_panning = false;
+    bool m_dragged = false;  // the mouse moved while the button was down
     quint64 m_shownVersion = 0;
 };

@@ -2,6 +2,9 @@
 // reference point.
 #include <QMdiArea>
 #include <QMdiSubWindow>
+#include <QMenu>
+
+#include <cmath>
 
 #include <znfaultsectiondrawable.h>
 #include <znsectionview.h>
@@ -85,4 +88,29 @@ TEST_F(StudioTest, TheCurrentFaultIsDrawnAsCurrentInEveryView)
     window->objectTree()->selectItem(nullptr);
     window->studioTree()->selectFault(document, -9999);  // the set itself: no current fault
     EXPECT_EQ(faultsIn(view)[0]->currentFault(), -9999);
+}
+
+TEST_F(StudioTest, ClickingAFaultInAViewSelectsItInTheTreeAndCentringMovesTheViewsToAFault)
+{
+    window->openDemo(64);
+    ASSERT_TRUE(waitForTasks());
+    FaultSetDocument* document = window->project()->faultSets().first();
+    ZNSectionView* view = window->views()->sectionViews().first();
+    const auto lines = faultsIn(view)[0]->linesOn(view->engine());
+    ASSERT_FALSE(lines.empty());
+    ASSERT_FALSE(lines[0].trace.empty());
+    const QPoint onTrace = lines[0].trace[lines[0].trace.size() / 2].center().toPoint();
+    QTest::mouseClick(view->viewer(), Qt::LeftButton, Qt::NoModifier, onTrace);
+    EXPECT_EQ(window->currentDocument(), document);
+    EXPECT_EQ(window->currentFaultId(), lines[0].faultId);
+
+    // "Centre Views on It": the section view goes through the fault's middle.
+    const int other = document->faultIds().back();
+    core::vec3 centre;
+    ASSERT_TRUE(document->faultCentre(other, centre));
+    std::unique_ptr<QMenu> menu(window->objectTree()->buildContextMenu(window->studioTree()->faultItem(document, other)));
+    for (QAction* a : menu->actions())
+        if (a->text() == StudioTree::centreText()) a->trigger();
+    ASSERT_TRUE(window->views()->hasReferencePoint());
+    EXPECT_EQ(view->engine().sectionIndex(), static_cast<int>(std::lround(view->engine().worldToBloc(centre).x)));
 }
