@@ -6,9 +6,7 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFileInfo>
 #include <QJsonArray>
-#include <QTemporaryDir>
 
 #include <faultextractionfromseismic.h>
 #include <faultextractionpipeline.h>
@@ -19,6 +17,7 @@
 #include "extractoutputs.h"
 #include "interruptibleprogress.h"
 #include "lasterror.h"
+#include "outputfolder.h"
 #include "plantedtruth.h"
 #include "processmemory.h"
 #include "stagedfiles.h"
@@ -112,8 +111,8 @@ ExtractResult runExtract(const ExtractOptions& o)
     total.start();
     const QString settingsProblem = o.sticks.problem();
     if (!settingsProblem.isEmpty()) return failure(settingsProblem);
-    if (!QDir().mkpath(o.outputDir))
-        return failure(QStringLiteral("%1: cannot create the output folder").arg(o.outputDir));
+    OutputFolder folder(o.outputDir);
+    if (!folder.isWritable()) return failure(folder.problem());
 
     StepClock clock;
     clock.start();
@@ -137,15 +136,15 @@ ExtractResult runExtract(const ExtractOptions& o)
                        {"faults", static_cast<int>(x.faults.size())},
                        {"duplicatePairs", x.duplicates.size()}};
 
-    QTemporaryDir staging(QDir(o.outputDir).filePath(QStringLiteral(".kfaults-partial-XXXXXX")));
-    if (!staging.isValid()) return failure(QStringLiteral("%1: cannot write in the output folder").arg(o.outputDir));
+    if (!folder.prepare()) return failure(folder.problem());
     ExtractResult result;
     QStringList staged;
-    const QString outputError = writeExtractionOutputs(products, staging.path(), clock.timings(),
+    const QString outputError = writeExtractionOutputs(products, folder.stagingPath(), clock.timings(),
                                                        clock.peaks(), counts, total, staged, result.report);
-    if (!outputError.isEmpty() || InterruptibleProgress::interrupted()) return failure(outputError);
-    const QString moveError = moveIntoPlace(staged, o.outputDir, result.files);
-    if (!moveError.isEmpty()) return failure(moveError);
+    // Errors name the files where the user will look for them, not where they are staged.
+    if (!outputError.isEmpty() || InterruptibleProgress::interrupted())
+        return failure(QString(outputError).replace(folder.stagingPath(), QDir(o.outputDir).path()));
+    if (!folder.commit(staged, result.files, o.testStopAfterMoves)) return failure(folder.problem());
     return result;
 }
 

@@ -35,6 +35,9 @@ struct ExtractOptions {
     QString outputDir = QStringLiteral("kfaults-out");
     bool pictures = true;
     int unfoldedPictures = 4;                 // largest faults drawn unfolded
+    // For tests: stop the final move into the output folder after this many of its steps,
+    // as a killed run would (OutputFolder::commit); -1 runs it whole.
+    int testStopAfterMoves = -1;
 };
 
 // The outcome: on success the files written (absolute paths, report.json last) and the
@@ -55,10 +58,11 @@ volumeio::VolumeSource volumeSourceOf(const ExtractOptions& options);
 // (fault::extractFaults: segmentation, fault set from the labels, merging, sticks,
 // duplicates, surfaces), then the outputs. Each full-size volume is released as soon
 // as the next step no longer needs it, so that at most the likelihood and its labels
-// are held at once. Outputs are written into a temporary
-// folder inside the output folder and moved into place only once every one of them is
-// complete, so an error or a cancel leaves the output folder as it was (a file of the
-// same name from an earlier run is replaced only at the end).
+// are held at once. Outputs are written into a staging folder inside the output folder
+// and moved into place only once every one of them is complete (OutputFolder), so an
+// error or a cancel leaves the output folder as it was; the final move replaces each
+// earlier output in one step, removes earlier outputs this run did not write and moves
+// report.json in last, the mark of a complete run.
 ExtractResult runExtract(const ExtractOptions& options);
 
 } // namespace kfaults

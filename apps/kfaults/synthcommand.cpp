@@ -14,7 +14,6 @@
 
 #include "commandline.h"
 #include "commands.h"
-#include "interruptibleprogress.h"
 #include "lasterror.h"
 
 namespace kfaults {
@@ -71,14 +70,13 @@ bool saveJson(const QString& path, const QJsonObject& description)
 void runSynthSeismic(const SynthArguments& a, CommandIo& io)
 {
     const QString folder = QString::fromStdString(a.out);
-    if (!QDir().mkpath(folder))
-        return io.fail(QStringLiteral("%1: cannot create the output folder").arg(folder), kExitFailure);
     fault::synthetic::SeismicScene scene = fault::synthetic::defaultSeismicScene(a.size, a.size, a.size, a.seed);
     scene.signalToNoise = a.signalToNoise;
     const fault::synthetic::SyntheticSeismic v = fault::synthetic::generateSyntheticSeismic(scene);
-    if (!v.ok())
-        return io.fail(InterruptibleProgress::interrupted() ? QStringLiteral("cancelled") : v.error,
-                       InterruptibleProgress::interrupted() ? kExitCancelled : kExitFailure);
+    if (stopIfInterrupted(io)) return;  // before the folder is touched
+    if (!v.ok()) return io.fail(v.error, kExitFailure);
+    if (!QDir().mkpath(folder))
+        return io.fail(QStringLiteral("%1: cannot create the output folder").arg(folder), kExitFailure);
     const QDir dir(folder);
     const QString seismic = dir.filePath("seismic.bloc");
     const QString raw = dir.filePath("seismic.float32.raw");
@@ -105,13 +103,12 @@ void runSynth(const SynthArguments& a, CommandIo& io)
 {
     if (a.seismic) return runSynthSeismic(a, io);
     const QString folder = QString::fromStdString(a.out);
-    if (!QDir().mkpath(folder))
-        return io.fail(QStringLiteral("%1: cannot create the output folder").arg(folder), kExitFailure);
     const fault::synthetic::SyntheticVolume v =
         fault::synthetic::generateSyntheticVolume(fault::synthetic::defaultScene(a.size, a.size, a.size, a.seed));
-    if (!v.ok())
-        return io.fail(InterruptibleProgress::interrupted() ? QStringLiteral("cancelled") : v.error,
-                       InterruptibleProgress::interrupted() ? kExitCancelled : kExitFailure);
+    if (stopIfInterrupted(io)) return;  // before the folder is touched
+    if (!v.ok()) return io.fail(v.error, kExitFailure);
+    if (!QDir().mkpath(folder))
+        return io.fail(QStringLiteral("%1: cannot create the output folder").arg(folder), kExitFailure);
     const QDir dir(folder);
     const QString likelihood = dir.filePath("likelihood.bloc");
     const QString raw = dir.filePath("likelihood.float32.raw");

@@ -51,6 +51,10 @@ bool resolveInput(const VolumeArguments& a, InputKind& kind, QString& path, volu
         problem = QStringLiteral("%1: no such file").arg(path);
         return false;
     }
+    if (kind != InputKind::Synthetic && QFileInfo(path).isDir()) {
+        problem = QStringLiteral("%1: a folder, not a volume file").arg(path);
+        return false;
+    }
     return true;
 }
 

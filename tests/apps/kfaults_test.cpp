@@ -26,24 +26,11 @@
 #include <commandline.h>
 #include <interruptibleprogress.h>
 
-namespace {
-struct Outcome {
-    int code = -1;
-    std::string out;
-    std::string err;
-};
+#include "kfaultstesthelpers.h"
 
-Outcome runTool(std::vector<std::string> args)
-{
-    args.insert(args.begin(), "kfaults");
-    std::ostringstream out;
-    std::ostringstream err;
-    Outcome r;
-    r.code = kfaults::runKfaults(args, out, err);
-    r.out = out.str();
-    r.err = err.str();
-    return r;
-}
+namespace {
+using kfaultstest::Outcome;
+using kfaultstest::runTool;
 
 QStringList lines(const std::string& text)
 {
