@@ -207,12 +207,11 @@ public:
     // well-formed tree; bounded by the patch count like getFather.
     int getInitialFather(int id) const;
     // Rebuilds the linked list of every tree from the fathers: root first, then the other
-    // patches in increasing id order. Patch 0 and the last patch are never linked.
+    // patches in increasing id order. Patch 0 is never linked.
     void initElementListBis();
     // Every patch of the fault that contains `id`, appended to `list` (emptied first with
-    // `clearFirst`). An id outside the array adds nothing; patch 0 and the last patch add
-    // themselves only, and so does a patch whose root is one of them or lies outside the
-    // array. A linked list that does not end within the patch count sends "Loop in
+    // `clearFirst`). An id outside the array adds nothing; patch 0 adds itself only, and
+    // so does a patch whose root is patch 0 or lies outside the array. A linked list that does not end within the patch count sends "Loop in
     // getPatchListWithLinkedList" (kind 1) and the walk stops.
     void getPatchListWithLinkedList(int id, core::Array<int>& list, bool clearFirst) const;
     // The patches of every fault that contains one of `patches`, each fault once, in the
@@ -269,7 +268,9 @@ public:
     // is not a patch id 1..n-1 is deleted and false returned.
     bool insertNewFaultLight(ZN3DFaultPatchLight* light);
     // The first descriptor in list order whose id is `faultId`; null when there is none
-    // or the id is not 1..n-1. Owned by the fault set.
+    // or the id is not 1..n-1. Owned by the fault set. Found through an index of the
+    // descriptors by id, so a descriptor's id must not be changed while the fault set
+    // holds it (remove it and insert a new one instead).
     ZN3DFaultPatchLight* findFaultLight(int faultId) const;
     // Deletes the descriptor found by findFaultLight(faultId), if any.
     void removeFaultLight(int faultId);
@@ -719,7 +720,7 @@ public:
     // Joins the faults of a and b: root(a)'s father becomes root(b) and the fault's list
     // is b's patches followed by a's. Father chains met on the way may be shortened
     // (every patch keeps its root). False, nothing changed, when both have one root or
-    // either id is not 1..n-2 (patch 0 and the spare last patch are never linked).
+    // either id or root is not 1..n-1 (patch 0 is never linked).
     bool mergePatch(int a, int b);
     // Every (patch of fault A, patch of fault B) pair in contact, in A's list order then
     // contact order; `contacts` is replaced. Empty when the faults are one.
@@ -868,6 +869,10 @@ private:
     core::MultiArray<core::ByteTriplet> m_patchVoxels;    // voxels of each patch
     core::MultiArray<core::PointWithBool> m_pickedPoints; // picked points of each patch
     QList<ZN3DFaultPatchLight*> m_faultLights;            // owned, one per fault
+    // Position in m_faultLights of the first descriptor of each fault id (-1: none), so
+    // that finding a descriptor costs no walk through the list; valid while current.
+    mutable std::vector<int> m_lightPosition;
+    mutable bool m_lightIndexCurrent = false;
     bool m_locked = false;                                // must not be edited
     int m_currentPickedFaultId = -9999;                   // patch receiving picks
     int m_currentMovingPointId = -9999;                   // entry being dragged
@@ -901,6 +906,12 @@ private:
     bool initFromLabels(ZNLabelSlabReader& labels);
     // Empty contact lists for every patch unless the lists already cover them.
     bool ensureContactLists();
+    // Appends `light` (owned from now on) to the descriptors, keeping the index current.
+    void appendFaultLight(ZN3DFaultPatchLight* light);
+    // Deletes every descriptor.
+    void deleteFaultLights();
+    // Rebuilds the index of the descriptors by fault id.
+    void indexFaultLights() const;
     // Root of `id`, pointing every patch met on the way straight at it.
     int findRootCompressing(int id);
     // Joins two roots (b's list then a's); `tails` (may be null) holds the last patch of
