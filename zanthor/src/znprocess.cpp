@@ -1,5 +1,7 @@
 #include "znprocess.h"
 
+#include <QFile>
+
 #include "znobject.h"
 #include "znservice.h"
 
@@ -18,6 +20,8 @@ QList<ZNObject*> ZNProcess::getObjectListWithType(const QString& type)
 {
     return instance().objectsWithType(type);
 }
+
+QIcon ZNProcess::getIcon(const QString& name) { return instance().icon(name); }
 
 ZNProcess* ZNProcess::install(ZNProcess* process) { return Slot::install(process); }
 ZNProcess& ZNProcess::instance() { return Slot::get(); }
@@ -77,4 +81,10 @@ QList<ZNObject*> ZNProcess::objectsWithType(const QString& type) const
     for (ZNObject* o : m_objects)
         if (o->getZNObjectType() == type) result.append(o);
     return result;
+}
+
+QIcon ZNProcess::icon(const QString& name) const
+{
+    const QString path = QStringLiteral(":/icons/%1.png").arg(name);
+    return QFile::exists(path) ? QIcon(path) : QIcon();
 }

@@ -2,6 +2,7 @@
 #include <functional>
 #include <mutex>
 
+#include <QIcon>
 #include <QList>
 #include <QString>
 
@@ -28,6 +29,11 @@ public:
     // Registered objects whose getZNObjectType() equals `type`, in registration order.
     static QList<ZNObject*> getObjectListWithType(const QString& type);
 
+    // The host's icon named `name` ("faultmergeassistant", "faultundo24", ...): by default
+    // the image ":/icons/<name>.png" of the application's resources; an empty icon when
+    // there is none. Needs a GUI application to be drawn.
+    static QIcon getIcon(const QString& name);
+
     // Installs `process` (null restores the default) and returns the previous one.
     static ZNProcess* install(ZNProcess* process);
     static ZNProcess& instance();
@@ -42,6 +48,7 @@ protected:
     virtual void removeObject(ZNObject* object);
     virtual bool hasObject(const ZNObject* object) const;
     virtual QList<ZNObject*> objectsWithType(const QString& type) const;
+    virtual QIcon icon(const QString& name) const;
 
 private:
     mutable std::mutex m_mutex;
