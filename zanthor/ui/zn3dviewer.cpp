@@ -14,7 +14,10 @@ ZN3DViewer::ZN3DViewer(QWidget* parent) : QOpenGLWidget(parent)
     setFormat(requiredFormat());
     setFocusPolicy(Qt::StrongFocus);
     setMinimumSize(64, 64);
-    m_engine.setChangedCallback([this] { update(); });
+    m_engine.setChangedCallback([this] {
+        update();
+        emit viewChanged();
+    });
 }
 
 ZN3DViewer::~ZN3DViewer()

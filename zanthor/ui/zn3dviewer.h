@@ -54,6 +54,8 @@ public:
     const ZN3DRenderer::Statistics& renderStatistics() const { return m_renderer.statistics(); }
 
 signals:
+    // The engine changed (its camera, its scene or its look): a new frame is on its way.
+    void viewChanged();
     void itemPicked(int id, const core::vec3& world);
     void referencePointPicked(const core::vec3& world);
 
