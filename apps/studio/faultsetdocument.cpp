@@ -92,6 +92,12 @@ int FaultSetDocument::faultIdOfSurface(const ZNObject* surface) const
     return core::kNoValue;
 }
 
+void FaultSetDocument::setMergeCandidates(const core::Array<core::Duplet>& pairs, const core::Array<double>& costs)
+{
+    m_mergeCandidates = pairs;
+    m_mergeCandidateCosts = costs;
+}
+
 bool FaultSetDocument::faultCentre(int faultId, core::vec3& centre) const
 {
     core::Array<core::PointWithBool> points;

@@ -60,6 +60,14 @@ public:
     // The fault a surface belongs to; -9999 when it is none of this document's.
     int faultIdOfSurface(const ZNObject* surface) const;
 
+    // Pairs of faults that the extraction which made this fault set left apart although
+    // they touch and nearly share a plane (fault ids, a < b), each with its mean contact
+    // cost at the same place of the costs: the cleaning assistant proposes them. Empty
+    // for a fault set read or imported from a file.
+    const core::Array<core::Duplet>& mergeCandidates() const { return m_mergeCandidates; }
+    const core::Array<double>& mergeCandidateCosts() const { return m_mergeCandidateCosts; }
+    void setMergeCandidates(const core::Array<core::Duplet>& pairs, const core::Array<double>& costs);
+
     // The middle of a fault: of its hand-picked points, or of its surface when it has
     // none. False, `centre` untouched, for a fault with neither.
     bool faultCentre(int faultId, core::vec3& centre) const;
@@ -111,4 +119,6 @@ private:
     QUndoStack* m_undo;
     ZNFaultPickingSession* m_picking;
     bool m_dirty = false;  // edits outside the undo stack since the last save
+    core::Array<core::Duplet> m_mergeCandidates;
+    core::Array<double> m_mergeCandidateCosts;
 };

@@ -4,6 +4,7 @@
 #include <QFileInfo>
 
 #include <exchange/faultsetsticks.h>
+#include <faultmergecandidates.h>
 #include <faultpalette.h>
 #include <synthetic/syntheticvolume.h>
 #include <zn3dfaultpatch.h>
@@ -99,13 +100,17 @@ LoadedFaultSet importStickFile(const QString& path, fault::exchange::StickFormat
     return withSurfaces(std::move(set), path);
 }
 
-LoadedFaultSet faultSetOfExtraction(fault::FaultExtraction& x)
+LoadedFaultSet faultSetOfExtraction(fault::FaultExtraction& x, const fault::FaultExtractionSettings& settings)
 {
     LoadedFaultSet loaded;
     if (!x.ok() || !x.picked) {
         loaded.error = x.error.isEmpty() ? QStringLiteral("no fault set") : x.error;
         return loaded;
     }
+    if (x.automatic)
+        fault::mergeCandidatesOfExtraction(*x.automatic, x.faults, settings.extraction.maxMergeCost,
+                                           settings.sticks.minVoxelsPerFault, loaded.mergeCandidates,
+                                           loaded.mergeCandidateCosts, -1);
     x.automatic.reset();  // the studio works on the sticks; the voxels are not kept
     const QList<ZN3DFaultPatchLight*> lights = x.picked->getFaultLightList();
     int index = 0;

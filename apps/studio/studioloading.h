@@ -21,6 +21,8 @@ class ZNFaultPatchManager;
 struct LoadedFaultSet {
     std::unique_ptr<ZNFaultPatchManager> set;
     std::map<int, std::unique_ptr<ZN3DFaultPatch>> surfaces;
+    core::Array<core::Duplet> mergeCandidates;  // of an extraction, see FaultSetDocument
+    core::Array<double> mergeCandidateCosts;
     QString error;
     bool ok() const { return error.isEmpty() && set != nullptr; }
 };
@@ -37,8 +39,11 @@ bool makeSurfaces(ZNFaultPatchManager& set, std::map<int, std::unique_ptr<ZN3DFa
 
 LoadedFaultSet readFaultSetFile(const QString& path);
 LoadedFaultSet importStickFile(const QString& path, fault::exchange::StickFormat format);
-// The picked fault set of an extraction with surfaces from its meshes (no meshing again).
-LoadedFaultSet faultSetOfExtraction(fault::FaultExtraction& extraction);
+// The picked fault set of an extraction with surfaces from its meshes (no meshing again),
+// and the merge candidates its automatic fault set leaves (under the merge cost and the
+// smallest fault of `settings`), before that set is let go.
+LoadedFaultSet faultSetOfExtraction(fault::FaultExtraction& extraction,
+                                    const fault::FaultExtractionSettings& settings = {});
 
 LoadedVolume readVolumeFile(const volumeio::VolumeSource& source);
 // The built-in synthetic likelihood volume of `kfaults extract`, `size` voxels a side.

@@ -35,6 +35,7 @@
 #include <znfaultpickingtool.h>
 #include <znsettings.h>
 
+#include "faultcleaningwindow.h"
 #include "faultcommands.h"
 #include "faultsetdocument.h"
 #include "studioproject.h"
@@ -135,6 +136,7 @@ StudioWindow::~StudioWindow()
         if (bar.second.parent < 0) m_services->progress()->cancel(bar.first);
     for (ZNBackgroundTask* task : findChildren<ZNBackgroundTask*>()) task->wait();
     qDeleteAll(findChildren<ZNBackgroundTask*>());
+    delete m_cleaning.data();  // it leaves the frame's handlers too
     delete m_views3D;  // they leave the frame's handlers, which go with the frame
     m_views3D = nullptr;
     delete m_views;
@@ -236,6 +238,9 @@ void StudioWindow::buildMenus()
         if (m_currentDocument && !m_currentDocument->pickingSession()->cleanCurrentFault())
             ZNEventBus::sendMessage(ZNEventBus::Information, tr("Nothing to clean in the current fault"));
     });
+    faults->addSeparator();
+    faults->addAction(tr("Clean &Duplicated Faults..."), this, [this] { cleanDuplicatedFaults(); })
+        ->setObjectName(QStringLiteral("cleanDuplicatedFaultsAction"));
 
     QMenu* newView = new QMenu(tr("New &Section View"), this);
     newView->setObjectName(QStringLiteral("newSectionViewMenu"));

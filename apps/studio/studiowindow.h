@@ -3,6 +3,7 @@
 #include <memory>
 
 #include <QMessageBox>
+#include <QPointer>
 
 #include <exchange/stickformat.h>
 #include <faultextractionpipeline.h>
@@ -18,6 +19,7 @@ class QLabel;
 class QUndoGroup;
 class StudioProject;
 class StudioServices;
+class FaultCleaningWindow;
 class Studio3DViews;
 class StudioTree;
 class StudioViews;
@@ -114,6 +116,17 @@ public:
     // opened.
     int offerEmergencyRestore(const std::function<bool(const QStringList&)>& ask);
 
+    // ----- cleaning (studiowindow_cleaning.cpp) -----
+
+    // Faults > Clean Duplicated Faults on `document` (the current or only fault set when
+    // null): finds its duplicated faults, and the merge candidates of the extraction that
+    // made it, in the background, then opens the cleaning assistant on them (one at a
+    // time: an assistant open on another fault set is closed first). Says so when there
+    // is nothing to clean.
+    void cleanDuplicatedFaults(FaultSetDocument* document = nullptr);
+    // The assistant open now; null when none.
+    FaultCleaningWindow* cleaningWindow() const;
+
     // Number of background tasks still running.
     int runningTaskCount() const { return m_runningTasks; }
 
@@ -186,4 +199,5 @@ private:
     Interaction m_interaction = Interaction::Navigate;
     QActionGroup* m_interactionGroup = nullptr;
     int m_untitled = 0;
+    QPointer<FaultCleaningWindow> m_cleaning;
 };

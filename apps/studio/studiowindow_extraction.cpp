@@ -17,7 +17,7 @@ void StudioWindow::extractFaults(ZNVolume* volume, const fault::FaultExtractionS
     runTask(tr("Extract faults of %1").arg(volume->name()),
             [image, units, settings, loaded] {
                 fault::FaultExtraction x = fault::extractFaults(*image, units, settings);
-                *loaded = faultSetOfExtraction(x);
+                *loaded = faultSetOfExtraction(x, settings);
             },
             [this, loaded, name] {
                 if (!loaded->ok()) {

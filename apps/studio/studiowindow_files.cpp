@@ -131,6 +131,7 @@ void StudioWindow::addLoadedFaultSet(LoadedFaultSet& loaded, const QString& path
     loaded.set->setObjectName(unique);
     auto document = std::make_unique<FaultSetDocument>(std::move(loaded.set), std::move(loaded.surfaces),
                                                        path, unique);
+    document->setMergeCandidates(loaded.mergeCandidates, loaded.mergeCandidateCosts);
     FaultSetDocument* added = m_project->addFaultSet(std::move(document));
     if (path.isEmpty()) added->markModified();
 }
