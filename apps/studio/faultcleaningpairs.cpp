@@ -6,22 +6,18 @@
 
 #include <QCoreApplication>
 
+#include <core/conventions.h>
 #include <znfaultpatchmanager.h>
 #include <znstridedprogress.h>
 
 #include "faultpairpicture.h"
 
-namespace {
-
-// The fault `id` belongs to now, when it is one with a descriptor; -9999 otherwise.
 int presentFault(const ZNFaultPatchManager& set, int id)
 {
-    if (!set.isValidPatchId(id)) return -9999;
+    if (!set.isValidPatchId(id)) return core::kNoValue;
     const int root = set.getFather(id);
-    return set.findFaultLight(root) ? root : -9999;
+    return set.findFaultLight(root) ? root : core::kNoValue;
 }
-
-} // namespace
 
 FaultCleaningPairs findCleaningPairs(ZNFaultPatchManager& set, const core::Array<core::Duplet>& candidates,
                                      const core::Array<double>& candidateCosts, int progressParent)
@@ -39,7 +35,7 @@ FaultCleaningPairs findCleaningPairs(ZNFaultPatchManager& set, const core::Array
     for (int k = 0; k < candidates.size() && k < candidateCosts.size(); ++k) {
         const int a = presentFault(set, candidates[k].a);
         const int b = presentFault(set, candidates[k].b);
-        if (a == -9999 || b == -9999 || a == b) continue;
+        if (a == core::kNoValue || b == core::kNoValue || a == b) continue;
         if (!listed.insert({std::min(a, b), std::max(a, b)}).second) continue;
         found.pairs.add(core::Duplet(-std::min(a, b), std::max(a, b)));
         found.scores.add(candidateCosts[k]);

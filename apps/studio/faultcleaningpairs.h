@@ -29,6 +29,10 @@ struct FaultCleaningPairs {
     bool cancelled = false;
 };
 
+// The fault that id `id` of a pair belongs to now (its root), when that fault has a
+// descriptor; -9999 otherwise (a bad id, a fault deleted since).
+int presentFault(const ZNFaultPatchManager& set, int id);
+
 // Finds the pairs of `set`: its duplicates in the detection's order, then the merge
 // candidates `candidates` (fault ids, a < b, with their costs in `candidateCosts`) whose
 // faults are still two different faults of `set` and not already a duplicate pair, each

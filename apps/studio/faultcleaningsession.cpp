@@ -17,14 +17,6 @@ namespace {
 const QString kEndStick = QStringLiteral("End Stick");      // the fault set's own action names
 const QString kMergeFaults = QStringLiteral("Merge Faults");
 
-// The fault `id` belongs to now, when it is one with a descriptor; -9999 otherwise.
-int presentFault(const ZNFaultPatchManager& set, int id)
-{
-    if (!set.isValidPatchId(id)) return core::kNoValue;
-    const int root = set.getFather(id);
-    return set.findFaultLight(root) ? root : core::kNoValue;
-}
-
 const FaultCleaningCommand* cleaningCommand(const QUndoStack* stack, int index)
 {
     return dynamic_cast<const FaultCleaningCommand*>(stack->command(index));
