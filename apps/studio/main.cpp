@@ -88,10 +88,11 @@ int main(int argc, char** argv)
                                          .arg(files.join(QLatin1Char('\n')))) == QMessageBox::Yes;
     });
     if (parser.isSet(demo)) {
-        // The demo shows its faults in 3D beside the inline (the frame tiles them), seen from
-        // the south-west: from the default side two of them are seen edge-on.
-        QObject::connect(&window, &StudioWindow::demoOpened, &window,
-                         [&window] { window.views3D()->open3DView()->engine().setOrientation(200.0, 30.0); });
+        // The demo's 3D view, beside the inline, looks from the south-west: from the default
+        // side two of its faults are seen edge-on.
+        QObject::connect(&window, &StudioWindow::demoOpened, &window, [&window] {
+            for (ZN3DViewer* view : window.views3D()->views()) view->engine().setOrientation(200.0, 30.0);
+        });
         window.openDemo();
     }
     window.openFiles(parser.positionalArguments());

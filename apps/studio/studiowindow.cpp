@@ -79,9 +79,11 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
     });
     connect(m_studioTree, &StudioTree::faultSelected, this, &StudioWindow::setCurrentFault);
     connect(m_studioTree, &StudioTree::volumeSelected, this, [this](ZNVolume* volume) { m_currentVolume = volume; });
-    // A volume opened shows at once.
+    // A volume opened shows at once: its middle inline, and in 3D (a 3D view shows every
+    // volume, so one is opened only when none is open).
     connect(m_project, &StudioProject::volumeAdded, this, [this](ZNVolume* volume) {
         m_views->openSectionView(volume, ZNBlocViewerEngine::SectionKind::Inline);
+        if (m_views3D->views().isEmpty()) m_views3D->open3DView();
     });
     connect(m_project, &StudioProject::volumeRemoved, this, [this](ZNVolume* volume) {
         if (m_currentVolume == volume) m_currentVolume = nullptr;

@@ -57,9 +57,10 @@ protected:
 
 TEST_F(Studio3DTest, AViewShowsEveryVolumeSectionAndFaultOpenAndWhatOpensLater)
 {
-    addVolume();  // opens an inline view
     FaultSetDocument* picks = addFaultSet({"A", "B"});
     window->findChild<QAction*>(QStringLiteral("new3DViewAction"))->trigger();
+    ASSERT_EQ(views3D().views().size(), 1);
+    addVolume();  // opens an inline view, and no other 3D view
     ASSERT_EQ(views3D().views().size(), 1);
     EXPECT_EQ(countOf(SceneKind::Box), 1);
     EXPECT_EQ(countOf(SceneKind::Section), 1);
@@ -112,9 +113,8 @@ TEST_F(Studio3DTest, AViewShowsEveryVolumeSectionAndFaultOpenAndWhatOpensLater)
 
 TEST_F(Studio3DTest, SectionPlanesFollowTheirViewsAsTheyStep)
 {
-    addVolume();
+    addVolume();  // opens an inline and a 3D view
     ZNSectionView* view = window->views()->sectionViews().first();
-    views3D().open3DView();
     const auto cornersNow = [&] {
         for (const ZN3DScene::Item& item : scene().items())
             if (item.kind() == SceneKind::Section) return std::get<ZN3DSectionItem>(item.content).corners;
@@ -164,7 +164,6 @@ TEST_F(Studio3DTest, APickingEditRedrawsTheFaultsSurfaceAndSticks)
 {
     addVolume();
     ZNSectionView* view = window->views()->sectionViews().first();
-    views3D().open3DView();
     window->setInteraction(StudioWindow::Interaction::Pick);
     FaultSetDocument* document = window->currentDocument();
     ASSERT_NE(document, nullptr);
@@ -187,7 +186,7 @@ TEST_F(Studio3DTest, ClickingAFaultItemSelectsTheFaultAndCtrlClickMovesTheRefere
 {
     addVolume();
     FaultSetDocument* picks = addFaultSet({"A", "B"});
-    ZN3DViewer* viewer = views3D().open3DView();
+    ZN3DViewer* viewer = views3D().views().first();
     const int b = picks->faultIds().at(1);
 
     FaultSetDocument* document = nullptr;
