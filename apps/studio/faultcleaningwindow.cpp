@@ -45,6 +45,13 @@ FaultCleaningWindow::FaultCleaningWindow(ZNFrame* frame, FaultSetDocument* docum
     addHandler("REDO_CLEAN_FAULT_PREVIEW", &FaultCleaningWindow::onRedo);
     addHandler("CLOSE_CLEAN_FAULT_PREVIEW", &FaultCleaningWindow::onClose);
 
+    // Connected before the dialog shows: showing it may already make its first row current.
+    connect(m_session.get(), &FaultCleaningSession::rowRemoved, this, &FaultCleaningWindow::onRowRemoved);
+    connect(m_session.get(), &FaultCleaningSession::rowAdded, this, &FaultCleaningWindow::onRowAdded);
+    connect(m_session.get(), &FaultCleaningSession::currentChanged, this, &FaultCleaningWindow::onCurrentChanged);
+    connect(m_session.get(), &FaultCleaningSession::previewChanged, this, &FaultCleaningWindow::showPair);
+    connect(document, &QObject::destroyed, this, &FaultCleaningWindow::onClose);
+
     auto* dialog = new ZNCleanFaultPreview();
     m_dialog = dialog;
     m_link->add(dialog->getLeft3dViewer());
@@ -59,11 +66,6 @@ FaultCleaningWindow::FaultCleaningWindow(ZNFrame* frame, FaultSetDocument* docum
     m_mirroring = false;
     m_subWindow = frame->addSubWindow(dialog, dialog->windowTitle());
 
-    connect(m_session.get(), &FaultCleaningSession::rowRemoved, this, &FaultCleaningWindow::onRowRemoved);
-    connect(m_session.get(), &FaultCleaningSession::rowAdded, this, &FaultCleaningWindow::onRowAdded);
-    connect(m_session.get(), &FaultCleaningSession::currentChanged, this, &FaultCleaningWindow::onCurrentChanged);
-    connect(m_session.get(), &FaultCleaningSession::previewChanged, this, &FaultCleaningWindow::showPair);
-    connect(document, &QObject::destroyed, this, &FaultCleaningWindow::onClose);
     dialog->selectFirstItem();
 }
 

@@ -119,6 +119,7 @@ TEST_F(CleaningEndToEnd, TheViewersShowEachFaultOfThePairWithTheOtherFaintAndThe
     EXPECT_EQ(left.purple + right.purple, 0);
     // One camera: the same fault covers about as many pixels on both sides.
     EXPECT_NEAR(double(left.orange) / right.blue, 1.0, 0.15);
+    picturetest::keepPicture(window->grab().toImage(), QStringLiteral("cleaning_window"));
 
     click("previewButton");
     const Shown leftPreview = shown(dialog->getLeft3dViewer(), "left_preview");
