@@ -271,3 +271,26 @@ TEST(FaultSurface, SetMeshReplacesTheMeshAndItsAreaWhetherCopiedOrTakenOver)
         }
     }
 }
+
+TEST(FaultSurface, FirstPicksOfAThirdStickOnAFarGeoreferencedSurveyMeshInBoundedTime)
+{
+    // Picks on a real survey (UTM coordinates, time in ms): two sticks of four points on
+    // inlines 150 m apart, and the first point of a third, or that point added to the second.
+    const double sticks[][3] = {{620303.479, 84.239, 6074310.862}, {620328.625, 143.892, 6074311.564},
+                                {620353.072, 204.124, 6074312.247}, {620378.218, 263.776, 6074312.949},
+                                {-9999, -9999, -9999},
+                                {620299.292, 84.239, 6074460.801}, {620324.437, 143.892, 6074461.503},
+                                {620348.884, 204.124, 6074462.186}, {620374.030, 263.776, 6074462.888}};
+    for (bool newStick : {true, false})
+        for (int method : kMethods) {
+            SCOPED_TRACE(testing::Message() << "method " << method << (newStick ? ", new stick" : ""));
+            core::Array<core::PointWithBool> points;
+            for (const auto& p : sticks) points.add(core::PointWithBool(p[0], p[1], p[2]));
+            if (newStick) points.add(core::PointWithBool(-9999, -9999, -9999));
+            points.add(core::PointWithBool(620295.052, 84.239, 6074610.738));
+            ZN3DFaultPatch patch;
+            mesh(patch, points, method);
+            EXPECT_GT(patch.getNumberOfFacettes(), 0);
+            EXPECT_LT(patch.getNumberOfFacettes(), 100000);
+        }
+}

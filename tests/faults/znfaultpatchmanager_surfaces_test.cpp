@@ -318,3 +318,40 @@ TEST(PlanarTriangulation, AThinSlantedDomainIsRefinedWithoutCoveringItsBox)
             longest = std::max(longest, (mesh.positions[t[k]] - mesh.positions[t[(k + 1) % 3]]).length());
     EXPECT_LE(longest, 0.05 * (1 + 1e-9));
 }
+
+// Sticks on the convex hull's outline that are not quite straight (picks snapped to
+// samples on sections not quite parallel): the hull runs through their points instead of
+// leaving slivers a thousandth of a unit wide beside them, which the refinement filled
+// with millions of triangles.
+TEST(PlanarTriangulation, NearlyStraightSticksOnTheHullLeaveNoSliverToRefine)
+{
+    fault::surface::PlanarInput input;
+    input.positions = {{-99.9883, -86.4464}, {-99.9960, -21.7071}, {-100.0030, 43.2986}, {-100.0107, 108.0370},
+                       {50.0092, -86.4291},  {50.0015, -21.6902},  {49.9945, 43.3155},   {49.9867, 108.0539},
+                       {200.0061, -86.4322}};
+    input.heights.assign(input.positions.size(), 0.0);
+    input.segments = {{0, 1}, {1, 2}, {2, 3}, {4, 5}, {5, 6}, {6, 7}};
+    input.maxEdgeLength = 11.0;
+    fault::surface::PlanarMesh mesh;
+    ASSERT_TRUE(fault::surface::triangulatePlanar(input, mesh));
+    // The hull's area over twice the triangle of the bound's side, with room to spare.
+    EXPECT_LT(mesh.triangles.size(), 3 * 48000.0 / (0.433 * 121.0));
+}
+
+// Two constraints a millionth of the domain apart: the strip between them cannot be meshed
+// within the angle bound without points as close; the refinement stops at its budget
+// instead of running on, and the mesh it leaves still covers the domain.
+TEST(PlanarTriangulation, RefinementStopsAtItsBudgetWhereTheDomainsFeaturesAreTooFine)
+{
+    fault::surface::PlanarInput input;
+    input.positions = {{0, 0}, {100, 0}, {100, 100}, {0, 100}, {10, 50}, {90, 50}, {10, 50.0001}, {90, 50.0001}};
+    input.heights.assign(input.positions.size(), 1.0);
+    input.domainLoops = {{0, 1, 2, 3}};
+    input.segments = {{4, 5}, {6, 7}};
+    input.maxEdgeLength = 10.0;
+    input.maxTriangles = 20000;
+    fault::surface::PlanarMesh mesh;
+    ASSERT_TRUE(fault::surface::triangulatePlanar(input, mesh));
+    EXPECT_LT(mesh.positions.size(), 21000u);
+    EXPECT_NEAR(planarMeshArea(mesh), 10000.0, 1e-6);
+}
