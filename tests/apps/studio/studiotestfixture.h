@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <core/multiarray.h>
+#include <faultpalette.h>
 #include <znfaultpatchmanager.h>
 #include <znmessagelog.h>
 #include <znnotificationarea.h>
@@ -42,7 +43,8 @@ protected:
     }
 
     // A fault set of one fault per entry of `names`, each of two vertical sticks 20 apart
-    // at x = 100 * its index, added to the project as a document.
+    // at x = 100 * its index, in the palette's colour of its index, added to the project as
+    // a document.
     FaultSetDocument* addFaultSet(const QStringList& names, const QString& documentName = QStringLiteral("Picks"))
     {
         core::MultiArray<core::vec3> rows(names.size());
@@ -53,7 +55,14 @@ protected:
                 if (stick == 0) rows.addElement(f, core::vec3(-9999.0, -9999.0, -9999.0), false);
             }
         auto set = std::make_unique<ZNFaultPatchManager>(rows, georef::UnitObject());
-        for (int f = 0; f < names.size(); ++f) set->findFaultLight(f + 1)->SetFaultName(names[f]);
+        for (int f = 0; f < names.size(); ++f) {
+            ZN3DFaultPatchLight* light = set->findFaultLight(f + 1);
+            light->SetFaultName(names[f]);
+            // The palette's colours, not random ones: pictures tell the faults apart by hue.
+            QPen pen = light->getPen();
+            pen.setColor(fault::faultColour(f));
+            light->setPen(pen);
+        }
         auto document = std::make_unique<FaultSetDocument>(
             std::move(set), std::map<int, std::unique_ptr<ZN3DFaultPatch>>(), QString(), documentName);
         return window->project()->addFaultSet(std::move(document));
