@@ -270,12 +270,13 @@ public:
     // owned by the caller.
     img::Image* getProjectionImageFromPickedPoint(georef::BlocSpace* blocSpace,
                                                   ZNMultiPolygon* polygon) const;
-    // The image shown while picking: as getProjectionImage at scale 1, but around both
+    // The image shown while picking: as getProjectionImage at `scale`, but around both
     // the mesh and the hand-picked points with kPickingMarginCells more cells on every
     // side, so that points can be picked beyond the current surface; the sticks are drawn
     // with the fault id too, so a fault without mesh shows them. Null when there is
-    // neither mesh nor plane.
-    img::Image* getProjectionImageForPicking(georef::BlocSpace& blocSpace, core::mat4& matrix) const;
+    // neither mesh nor plane, or for a scale that is not positive.
+    img::Image* getProjectionImageForPicking(georef::BlocSpace& blocSpace, core::mat4& matrix,
+                                             double scale = 1.0) const;
 
     // Sticks cut from the mesh: every `step`-th column of `blocSpace` (starting at step /
     // 2; a step below 1 counts as 1) defines the plane through it that holds the block's y

@@ -215,9 +215,10 @@ img::Image* ZN3DFaultPatch::getProjectionImageFromPickedPoint(georef::BlocSpace*
 }
 
 img::Image* ZN3DFaultPatch::getProjectionImageForPicking(georef::BlocSpace& blocSpace,
-                                                         core::mat4& matrix) const
+                                                         core::mat4& matrix, double scale) const
 {
-    const georef::BlocSpace space = blocSpaceAround(griddingSampling(false), true, kPickingMarginCells);
+    if (!(scale > 0.0) || !std::isfinite(scale)) return nullptr;
+    const georef::BlocSpace space = blocSpaceAround(griddingSampling(false) * scale, true, kPickingMarginCells);
     img::Image* image = space.isEmpty() ? nullptr : newImage(space);
     if (!image) return nullptr;
     const float id = static_cast<float>(getFaultId());

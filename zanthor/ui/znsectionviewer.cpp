@@ -77,6 +77,12 @@ void ZNSectionViewer::goToWorldPoint(const core::vec3& world)
     m_engine->goToWorldPoint(world);
 }
 
+void ZNSectionViewer::setColourBarShown(bool shown)
+{
+    m_colourBarShown = shown;
+    update();
+}
+
 void ZNSectionViewer::step(int steps)
 {
     m_engine->stepSection(steps);
@@ -110,7 +116,7 @@ void ZNSectionViewer::paintEvent(QPaintEvent*)
     paintReferencePoint(painter);
     painter.restore();
     paintAxes(painter);
-    paintColourBar(painter);
+    if (m_colourBarShown) paintColourBar(painter);
 }
 
 void ZNSectionViewer::paintReferencePoint(QPainter& painter)

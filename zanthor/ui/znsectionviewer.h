@@ -45,6 +45,9 @@ public:
 
     // Shows the section of the engine's kind through a world point (cross navigation).
     void goToWorldPoint(const core::vec3& world);
+    // Whether the colour bar is drawn at the right (it is by default).
+    void setColourBarShown(bool shown);
+    bool isColourBarShown() const { return m_colourBarShown; }
 
     QSize sizeHint() const override { return {640, 480}; }
 
@@ -82,4 +85,5 @@ private:
     bool m_panning = false;
     bool m_dragged = false;  // the mouse moved while the button was down
     quint64 m_shownVersion = 0;
+    bool m_colourBarShown = true;
 };
