@@ -62,6 +62,7 @@ void ZNFaultViewerEngine::setImageSize(int width, int height)
     m_index = img::IndexImage(width, height, core::kNoValue);
     m_projection = img::Image(width, height, kNoPixel);
     m_mapped = img::Image(width, height, kNoPixel);
+    m_relief = img::Image(width, height, kNoPixel);
     m_hasMapped = false;
     m_mappedName.clear();
 }
@@ -133,9 +134,8 @@ void ZNFaultViewerEngine::displayTimeImage()
     const georef::BlocSpace& space = blocSpace();
     if (!m_displayed || space.nx() != m_index.width() || space.ny() != m_index.height()) return;
     float* samples = m_displayed->data();
-    for (std::size_t p = 0; p < m_index.sampleCount(); ++p)
-        samples[p] = m_hasMapped ? m_mapped.data()[p]
-                                 : (m_index.data()[p] == core::kNoValue ? kNoPixel : float(m_index.data()[p]));
+    const img::Image& shown = m_hasMapped ? m_mapped : m_relief;
+    for (std::size_t p = 0; p < shown.sampleCount(); ++p) samples[p] = shown.data()[p];
     // A new block over the same samples, so that the section's cache is read again.
     auto bloc = std::make_shared<ZNBloc>();
     if (!bloc->openImage(m_displayed, getBloc() ? getBloc()->unitObject() : georef::UnitObject())) return;
@@ -206,6 +206,8 @@ bool ZNFaultViewerEngine::projectFault(ZNFaultPatchManager* manager, int faultIn
     insertEdgePolyline(fault);
     showProjection(std::move(image), space, sameFault);
     indexFacettes();
+    computeRelief();
+    displayTimeImage();
     m_viewerMode = faultPickingModeName();
     updatePickedPoint(fault);
     send(action("UPDATE_CAPTION"));
@@ -240,7 +242,6 @@ bool ZNFaultViewerEngine::showProjection(std::unique_ptr<img::Image> projection,
         bloc.reset();
     }
     setBloc(bloc);
-    displayTimeImage();
     if (keepView && hadBlock && !before.fitted && bloc) {
         View kept = before;
         const core::vec3 image = worldToBloc(centre);
@@ -399,6 +400,18 @@ bool ZNFaultViewerEngine::surfaceAlong(const core::vec3& origin, const core::vec
     return true;
 }
 
+void ZNFaultViewerEngine::computeRelief()
+{
+    const core::vec3 normal = getWorldMouseAxe();
+    for (int r = 0; r < m_relief.height(); ++r)
+        for (int c = 0; c < m_relief.width(); ++c) {
+            if (m_index(c, r) == core::kNoValue) continue;
+            const core::vec3 onPlane = blocToWorld({double(c), double(r), 0.0});
+            core::vec3 hit;
+            if (surfaceAlong(onPlane, normal, hit)) m_relief(c, r) = static_cast<float>((hit - onPlane).dot(normal));
+        }
+}
+
 core::vec3 ZNFaultViewerEngine::fromViewportTo3dWorld(const QPointF& viewport) const
 {
     const core::vec3 onPlane = ZNBlocViewerEngine::viewportToWorld(viewport);
@@ -466,7 +479,8 @@ QString ZNFaultViewerEngine::sectionTitle() const
         m_projected && manager ? manager->findFaultLight(m_mappedFaultId) : nullptr;
     if (!light) return QStringLiteral("No fault");
     const QString name = light->GetFaultName().isEmpty() ? QStringLiteral("Unnamed") : light->GetFaultName();
-    return m_hasMapped && !m_mappedName.isEmpty() ? name + QStringLiteral(" \u2014 ") + m_mappedName : name;
+    const QString shown = m_hasMapped ? m_mappedName : QStringLiteral("relief");
+    return shown.isEmpty() ? name : name + QStringLiteral(" \u2014 ") + shown;
 }
 
 QString ZNFaultViewerEngine::acrossTitle() const
@@ -481,6 +495,19 @@ std::vector<ZNSeismicViewerAbstractEngine::Tick> ZNFaultViewerEngine::acrossTick
     const core::mat4& m = blocSpace().getFromBlocToWorldMatrix();
     const double step = core::vec3(m(0, 0), m(1, 0), m(2, 0)).length();
     return continuousTicks(0.0, step, imageSize().width(), scaleAcross(), minimumSpacing);
+}
+
+QString ZNFaultViewerEngine::downTitle() const
+{
+    return QStringLiteral("%1 (%2)").arg(isTime() ? QStringLiteral("Time") : QStringLiteral("Depth"), verticalUnit());
+}
+
+std::vector<ZNSeismicViewerAbstractEngine::Tick> ZNFaultViewerEngine::downTicks(double minimumSpacing) const
+{
+    const QSize size = imageSize();
+    const double top = blocToWorld({size.width() / 2.0, 0.0, 0.0}).y;
+    const double next = blocToWorld({size.width() / 2.0, 1.0, 0.0}).y;
+    return continuousTicks(top, next - top, size.height(), scaleDown(), minimumSpacing);
 }
 
 // ----- ZNPickingViewer -----

@@ -17,10 +17,10 @@
 #include <faultplanemapping.h>
 #include <img/image.h>
 #include <property/znpropertysheet.h>
+#include <zn3dfaultpatch.h>
 #include <znseismicblocviewerengine.h>
 
 class QPainter;
-class ZN3DFaultPatch;
 class ZNFaultPatchManager;
 class ZNMultiPolygon;
 class ZNMultiPolygonDraw;
@@ -38,8 +38,9 @@ class ZNMultiPolygonDraw;
 // image's size: the index image (the patch covering each pixel, -9999 where none), the
 // projection (the fault's id where the fault's surface covers the pixel, -9999.0
 // elsewhere) and the mapped image (the data mapped along the fault, -9999.0 where there is
-// none). The displayed samples are the mapped image once data was mapped, the index image
-// before.
+// none). The displayed samples are the mapped image once data was mapped; before, the
+// fault's relief: how far its surface lies from the plane along the normal at each pixel
+// (world units, signed), which shows how the fault bends.
 //
 // Scale. The projection's grid steps are the fault's gridding steps (mesh resolution
 // along the strike and the normal, Z sampling down the dip) times the projection scale:
@@ -150,6 +151,8 @@ public:
     const img::IndexImage& indexImage() const { return m_index; }
     const img::Image& projectionImage() const { return m_projection; }
     const img::Image& mappedImage() const { return m_mapped; }
+    // The fault's relief (see the class comment); -9999.0 off the fault.
+    const img::Image& reliefImage() const { return m_relief; }
     // Fills `image` with -9999, then, for a manager and a fault index 1..n-1, writes each
     // patch id of the fault at the pixels of its points (getPatchPointPosition taken
     // through the fault set's grid and the displayed block to the image, each coordinate
@@ -243,6 +246,9 @@ public:
     QString sectionTitle() const override;
     QString acrossTitle() const override;
     std::vector<Tick> acrossTicks(double minimumSpacing) const override;
+    // Rows run along the strike, which is horizontal: each row has one time (or depth).
+    QString downTitle() const override;
+    std::vector<Tick> downTicks(double minimumSpacing) const override;
 
     // ----- settings -----
 
@@ -313,8 +319,8 @@ public:
     bool setMappedImage(img::Image&& mapped, const QString& name);
     // The name of the data mapped; empty when none.
     const QString& mappedDataName() const { return m_mappedName; }
-    // Makes the displayed block show the mapped image (or the index image before any
-    // data was mapped), keeping the view.
+    // Makes the displayed block show the mapped image (or the relief before any data was
+    // mapped), keeping the view.
     void displayTimeImage();
 
     // ----- ZNPickingViewer -----
@@ -341,6 +347,8 @@ private:
     // Files the fault's facettes by the tiles of the image their projection covers, so
     // that surfaceAlong tries the few under a pixel.
     void indexFacettes();
+    // The relief of every pixel of the fault.
+    void computeRelief();
     struct FacetteTiles {
         static constexpr int kTile = 8;        // pixels a side
         int columns = 0;                       // tiles across
@@ -358,6 +366,7 @@ private:
     img::IndexImage m_index;                     // patch per pixel
     img::Image m_projection;                     // the fault's coverage
     img::Image m_mapped;                         // data mapped along the fault
+    img::Image m_relief;                         // the surface's distance from the plane
     bool m_hasMapped = false;
     QString m_mappedName;
     std::shared_ptr<ZN3DImage<float>> m_displayed;  // the displayed block's samples

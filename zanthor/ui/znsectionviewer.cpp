@@ -83,6 +83,12 @@ void ZNSectionViewer::setColourBarShown(bool shown)
     update();
 }
 
+void ZNSectionViewer::setImageBackground(const QColor& colour)
+{
+    m_imageBackground = colour;
+    update();
+}
+
 void ZNSectionViewer::step(int steps)
 {
     m_engine->stepSection(steps);
@@ -104,7 +110,7 @@ void ZNSectionViewer::paintEvent(QPaintEvent*)
     const QRect inner = rect().marginsRemoved(m_engine->margins());
     painter.save();
     painter.setClipRect(inner);
-    painter.fillRect(area, QColor(250, 250, 250));  // no-value samples show this
+    painter.fillRect(area, m_imageBackground);  // no-value samples show this
     if (!picture.isNull()) painter.drawImage(area, picture, QRectF(picture.rect()));
     painter.setRenderHint(QPainter::Antialiasing);
     for (const auto& drawable : m_engine->drawables())

@@ -445,11 +445,11 @@ TEST(FaultViewerEngine, GotoCentresAPointOfTheImageAndRefusesOthers)
 
 TEST(FaultViewerEngine, PointsUnderTheMouseLieOnTheFaultsSurface)
 {
-    Shown s(QStringLiteral("F1"), 40.0);  // a bent fault: its surface leaves the plane
+    Shown s(QStringLiteral("F1"), 0.15);  // a bent fault: its surface leaves the plane by up to 36
     ASSERT_TRUE(s.show());
     const img::IndexImage& index = s.engine.indexImage();
     double farthest = 0.0;
-    int tried = 0;
+    int tried = 0, missed = 0;
     for (int r = 1; r < index.height(); r += 3)
         for (int c = 1; c < index.width(); c += 3) {
             if (index(c, r) == -9999) continue;
@@ -461,10 +461,18 @@ TEST(FaultViewerEngine, PointsUnderTheMouseLieOnTheFaultsSurface)
             const core::vec3 back = s.engine.from3dWorldToImage(onSurface);
             EXPECT_NEAR(back.x, c, 1e-6);
             EXPECT_NEAR(back.y, r, 1e-6);
+            // The relief shown before any data is that distance, signed along the normal
+            // (none where the line just misses the mesh at its edge).
+            const float relief = s.engine.reliefImage()(c, r);
+            if (relief != -9999.0f)
+                EXPECT_NEAR(relief, (onSurface - onPlane).dot(s.engine.getWorldMouseAxe()), 1e-3);
+            else
+                ++missed;
             ++tried;
         }
     EXPECT_GT(tried, 20);
-    EXPECT_GT(farthest, 5.0);  // the bend shows
+    EXPECT_LT(missed, tried / 10);
+    EXPECT_GT(farthest, 2.0);  // the bend shows
     EXPECT_EQ(s.engine.viewportToWorld(QPointF(3, 3)), s.engine.fromViewportTo3dWorld(QPointF(3, 3)));
 }
 
