@@ -50,42 +50,72 @@ struct VoxelLists {
     long long bytes = 0;                           // capacity held, bytes
 };
 
-// Voxel of (c, r, offset) through `toBloc`, rounded half away from zero; false outside
-// the block.
-bool voxelOf(const core::mat4& toBloc, double c, double r, double offset, int nx, int ny, int nz, core::Triplet& out)
+// The index nearest to `v`, rounded half away from zero, when it lies in 0..n-1; -1
+// otherwise (NaN included).
+inline int indexIn(double v, int n)
 {
-    const core::vec3 b = toBloc.transformPoint({c, r, offset});
-    if (!std::isfinite(b.x) || !std::isfinite(b.y) || !std::isfinite(b.z)) return false;
-    const long i = std::lround(b.x), j = std::lround(b.y), k = std::lround(b.z);
-    if (i < 0 || j < 0 || k < 0 || i >= nx || j >= ny || k >= nz) return false;
-    out = core::Triplet(static_cast<int32_t>(i), static_cast<int32_t>(j), static_cast<int32_t>(k));
+    if (!(v > -0.5) || !(v < n - 0.5)) return -1;  // outside once rounded (or NaN)
+    const int i = v >= 0.0 ? static_cast<int>(v + 0.5) : 0;  // -0.5 < v < 0 rounds to 0
+    return i < n ? i : -1;
+}
+
+// Voxel of block position `b`; false outside the block.
+inline bool voxelAt(const core::vec3& b, int nx, int ny, int nz, core::Triplet& out)
+{
+    const int i = indexIn(b.x, nx), j = indexIn(b.y, ny), k = indexIn(b.z, nz);
+    if (i < 0 || j < 0 || k < 0) return false;
+    out = core::Triplet(i, j, k);
     return true;
 }
 
 // Calls visit(pixel, o, voxel) for every fault pixel and window position whose voxel lies
-// in the block, pixels row by row, positions in the plain order.
+// in the block, pixels row by row, positions in the plain order. With `distinct`, a voxel
+// met again for the same pixel (two offsets rounding to one voxel) is visited once: the
+// plain rule gives it the same sample and the same pixel. An affine `toBloc` (the usual
+// case) is stepped by additions; a projective one is applied point by point.
 template <class Visit>
 void forEachVoxel(const img::Image& projected, const core::mat4& toBloc, const Window& window,
-                  const georef::BlocSpace& space, Visit visit)
+                  const georef::BlocSpace& space, bool distinct, Visit visit)
 {
+    const int nx = space.nx(), ny = space.ny(), nz = space.nz();
+    const bool affine = toBloc(3, 0) == 0.0 && toBloc(3, 1) == 0.0 && toBloc(3, 2) == 0.0 && toBloc(3, 3) == 1.0;
+    const auto column = [&toBloc](int c) { return core::vec3(toBloc(0, c), toBloc(1, c), toBloc(2, c)); };
+    std::vector<int> order(static_cast<std::size_t>(window.count()));
+    std::vector<core::vec3> along(order.size());  // each offset's step from the plane
+    for (int n = 0; n < window.count(); ++n) {
+        order[static_cast<std::size_t>(n)] = window.plainOrder(n);
+        along[static_cast<std::size_t>(n)] = column(2) * window.offset(window.plainOrder(n));
+    }
     core::Triplet voxel;
-    for (int r = 0; r < projected.height(); ++r)
+    std::vector<core::Triplet> seen;  // the voxels of the pixel so far
+    seen.reserve(order.size());
+    for (int r = 0; r < projected.height(); ++r) {
+        const float* row = projected.row(r);
+        const core::vec3 rowStart = column(3) + column(1) * r;
         for (int c = 0; c < projected.width(); ++c) {
-            if (projected(c, r) == kNoValue) continue;
-            for (int n = 0; n < window.count(); ++n) {
-                const int o = window.plainOrder(n);
-                if (voxelOf(toBloc, c, r, window.offset(o), space.nx(), space.ny(), space.nz(), voxel))
-                    visit(c + projected.width() * r, o, voxel);
+            if (row[c] == kNoValue) continue;
+            const core::vec3 onPlane = rowStart + column(0) * c;
+            seen.clear();
+            for (std::size_t n = 0; n < order.size(); ++n) {
+                const core::vec3 b = affine ? onPlane + along[n]
+                                            : toBloc.transformPoint({double(c), double(r), window.offset(order[n])});
+                if (!voxelAt(b, nx, ny, nz, voxel)) continue;
+                if (distinct) {
+                    if (std::find(seen.begin(), seen.end(), voxel) != seen.end()) continue;
+                    seen.push_back(voxel);
+                }
+                visit(c + projected.width() * r, order[n], voxel);
             }
         }
+    }
 }
 
 // Entries of each slice's list.
 std::vector<long long> countVoxels(const img::Image& projected, const core::mat4& toBloc, const Window& window,
-                                   const georef::BlocSpace& space)
+                                   const georef::BlocSpace& space, bool distinct)
 {
     std::vector<long long> counts(static_cast<std::size_t>(space.nz()), 0);
-    forEachVoxel(projected, toBloc, window, space,
+    forEachVoxel(projected, toBloc, window, space, distinct,
                  [&](int, int, const core::Triplet& v) { ++counts[static_cast<std::size_t>(v.z)]; });
     return counts;
 }
@@ -115,7 +145,7 @@ bool collectVoxels(const img::Image& projected, const core::mat4& toBloc, const 
         if (withSources && !lists.sources[at].reserve(static_cast<int>(rounded))) return false;
         lists.bytes += rounded * static_cast<long long>(entryBytes);
     }
-    forEachVoxel(projected, toBloc, window, space, [&](int pixel, int o, const core::Triplet& v) {
+    forEachVoxel(projected, toBloc, window, space, !withSources, [&](int pixel, int o, const core::Triplet& v) {
         if (v.z < first || v.z >= last) return;
         const std::size_t at = static_cast<std::size_t>(v.z - first);
         lists.voxels[at].add(v);
@@ -205,7 +235,7 @@ FaultPlaneMappingResult mapDataOnFaultPlane(const img::Image& projected, const c
     const std::size_t entryBytes = sizeof(core::Triplet) + (withSources ? sizeof(uint32_t) : 0);
     std::vector<long long> counts;
     try {
-        counts = countVoxels(projected, toBloc, window, space);
+        counts = countVoxels(projected, toBloc, window, space, !withSources);
     } catch (const std::bad_alloc&) {
         return Result::Failed;
     }
@@ -241,6 +271,8 @@ FaultPlaneMappingResult mapDataOnFaultPlane(const img::Image& projected, const c
     } closer{barId};
     img::Image slice;
     VoxelLists lists;
+    const bool affineBack =
+        toImage(3, 0) == 0.0 && toImage(3, 1) == 0.0 && toImage(3, 2) == 0.0 && toImage(3, 3) == 1.0;
     for (int k = 0; k < space.nz(); ++k) {
         if (k == lists.first + static_cast<int>(lists.voxels.size())) {
             // The next range of slices whose lists fit the budget: one more sweep over the
@@ -280,10 +312,12 @@ FaultPlaneMappingResult mapDataOnFaultPlane(const img::Image& projected, const c
                         continue;
                     }
                 }
-                const core::vec3 back = toImage.transformPoint({double(v.x), double(v.y), double(v.z)});
-                const long c = std::lround(back.x), r = std::lround(back.y);
-                if (c < 0 || r < 0 || c >= result.width() || r >= result.height()) continue;
-                float& pixel = result(static_cast<int>(c), static_cast<int>(r));
+                const core::vec3 back = affineBack ? core::vec3(toImage(0, 0) * v.x + toImage(0, 1) * v.y + toImage(0, 2) * v.z + toImage(0, 3),
+                                                                toImage(1, 0) * v.x + toImage(1, 1) * v.y + toImage(1, 2) * v.z + toImage(1, 3), 0.0)
+                                                   : toImage.transformPoint({double(v.x), double(v.y), double(v.z)});
+                const int c = indexIn(back.x, result.width()), r = indexIn(back.y, result.height());
+                if (c < 0 || r < 0) continue;
+                float& pixel = result(c, r);
                 if (pixel == kNoValue) pixel = value;
             }
             lists.voxels[at].release();  // read once: no longer needed

@@ -101,7 +101,8 @@ enum class FaultPlaneMappingResult { Done, Cancelled, Failed };
 //     +-2.1 (step s from 0 to 3: 0 for s = 0, else +0.7 s and -0.7 s), (c, r, offset) is
 //     taken to the data's block indices, divided by the homogeneous coordinate, each index
 //     rounded half away from zero; a voxel inside the block joins the list of its slice k
-//     (lists sized in multiples of 1000 entries).
+//     (lists sized in multiples of 1000 entries), once per pixel: two offsets that round
+//     to one voxel would give the pixel the same sample twice.
 //  3. A progress bar "Map data on fault plane" of nz steps advances by 10 every 10
 //     slices. Slices whose list is not empty are read in increasing k, each once. A
 //     listed voxel's sample equal to 0.0, -9999 or NaN is skipped (zero counts as no data,
