@@ -18,6 +18,7 @@ class QLabel;
 class QUndoGroup;
 class StudioProject;
 class StudioServices;
+class Studio3DViews;
 class StudioTree;
 class StudioViews;
 class ZNBackgroundTask;
@@ -64,6 +65,7 @@ public:
     ZNPropertyBrowser* propertyBrowser() const { return m_properties; }
     QUndoGroup* undoGroup() const { return m_undoGroup; }
     StudioViews* views() const { return m_views; }
+    Studio3DViews* views3D() const { return m_views3D; }
     ZNRecentFiles& recentFiles() { return m_recent; }
 
     // ----- files (each read runs in the background; the window announces its end) -----
@@ -176,6 +178,7 @@ private:
     QLabel* m_status = nullptr;
     UnsavedChangesQuestion m_askUnsaved;
     StudioViews* m_views = nullptr;
+    Studio3DViews* m_views3D = nullptr;
     ZNVolume* m_currentVolume = nullptr;  // the volume chosen last in the tree
     FaultSetDocument* m_currentDocument = nullptr;
     int m_currentFaultId = -9999;

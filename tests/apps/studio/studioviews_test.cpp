@@ -9,6 +9,7 @@
 #include <znfaultsectiondrawable.h>
 #include <znsectionview.h>
 
+#include "studio3dviews.h"
 #include "studioviews.h"
 #include "studiotestfixture.h"
 
@@ -35,7 +36,8 @@ TEST_F(StudioTest, AVolumeOpenedShowsItsMiddleInlineWithTheFaultsOverIt)
     EXPECT_EQ(view->engine().sectionKind(), Kind::Inline);
     EXPECT_EQ(view->engine().sectionIndex(), 32);
     EXPECT_EQ(view->engine().colourScale().map(), img::ColourScale::Map::Viridis);  // a likelihood
-    EXPECT_EQ(window->mdiArea()->subWindowList().size(), 1);
+    EXPECT_EQ(window->mdiArea()->subWindowList().size(), 2);  // the inline and a 3D view
+    EXPECT_EQ(window->views3D()->views().size(), 1);
     const auto faults = faultsIn(view);
     ASSERT_EQ(faults.size(), 1u);
     EXPECT_FALSE(faults[0]->linesOn(view->engine()).empty());  // the demo's faults cut the inline
