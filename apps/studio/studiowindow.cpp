@@ -41,6 +41,7 @@
 #include "studioservices.h"
 #include "studiotree.h"
 #include "studio3dviews.h"
+#include "studiofaultviewers.h"
 #include "studioviews.h"
 
 namespace {
@@ -61,6 +62,7 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
     m_services = std::make_unique<StudioServices>(this, m_log, m_notifications, m_progressPanel, options.dialogs);
     m_views = new StudioViews(this, m_project, this);
     m_views3D = new Studio3DViews(this, m_project, m_views, this);
+    buildFaultViewers();
     buildMenus();
     installActionHandlers();
     restoreLayout();
@@ -137,6 +139,8 @@ StudioWindow::~StudioWindow()
         if (bar.second.parent < 0) m_services->progress()->cancel(bar.first);
     for (ZNBackgroundTask* task : findChildren<ZNBackgroundTask*>()) task->wait();
     qDeleteAll(findChildren<ZNBackgroundTask*>());
+    delete m_faultViewers;  // before the 3D views, which show their marks
+    m_faultViewers = nullptr;
     delete m_views3D;  // they leave the frame's handlers, which go with the frame
     m_views3D = nullptr;
     delete m_views;
@@ -363,6 +367,7 @@ void StudioWindow::setInteraction(Interaction interaction)
                          : interaction == Interaction::Erase ? ZNFaultEraser::modeName()
                                                              : QString();
     m_views->setInteraction(mode, document ? document->pickingSession() : nullptr);
+    m_faultViewers->setInteraction(mode, document ? document->pickingSession() : nullptr);
 }
 
 FaultSetDocument* StudioWindow::newFaultSet(ZNVolume* volume)

@@ -104,11 +104,20 @@ bool ZNFaultViewer::showFault(ZNFaultPatchManager* set, int faultId, bool force)
                    : m_engine->project3DFaultPatch(set, faultId);
 }
 
-void ZNFaultViewer::faultGeometryChanged(const ZNFaultPatchManager* set, int faultId)
+void ZNFaultViewer::faultGeometryChanged(ZNFaultPatchManager* set, int faultId)
 {
-    if (!m_engine->isFaultProjected() || set != m_engine->getFaultPatchManager()) return;
-    if (set->getFather(faultId) != m_engine->getMappedFaultId()) return;
-    m_engine->project3DFaultPatchForPicking();
+    if (!m_engine->isFaultProjected() || !set || set != m_engine->getFaultPatchManager()) return;
+    const int father = set->getFather(faultId);
+    if (father != m_engine->getMappedFaultId()) return;
+    // The same surface projected again; a new surface object (made by its fault set's
+    // owner) is shown as the fault's.
+    if (set->findFaultPatch(father) == m_engine->getCurrentFaultPatch()) m_engine->project3DFaultPatchForPicking();
+    else showFault(set, father, true);
+}
+
+void ZNFaultViewer::updateCaption()
+{
+    onAction(QStringLiteral("UPDATE_CAPTION"));
 }
 
 void ZNFaultViewer::refreshPickedPoints()
@@ -208,6 +217,12 @@ bool ZNFaultViewer::mapData(const DataSource& source)
     m_source = std::make_unique<DataSource>(source);
     startMapping();
     return true;
+}
+
+void ZNFaultViewer::setColourMap(img::ColourScale::Map map)
+{
+    m_map->setCurrentText(img::ColourScale::mapName(map));
+    m_engine->setColourMap(map);
 }
 
 void ZNFaultViewer::remap()

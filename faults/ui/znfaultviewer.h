@@ -56,12 +56,16 @@ public:
     // shown. `force` shows it even when frozen.
     bool showFault(ZNFaultPatchManager* set, int faultId, bool force = false);
     // The fault shown changed shape (an edit, an undo): its projection is made again.
-    void faultGeometryChanged(const ZNFaultPatchManager* set, int faultId);
+    void faultGeometryChanged(ZNFaultPatchManager* set, int faultId);
+    // The fault's name may have changed: the caption is made again.
+    void updateCaption();
     // Maps `source` along the fault shown, in the background; dataMapped tells the end.
     // False (nothing started) without a fault, for data of another vertical domain (the
     // engine's message box) or while a mapping runs.
     bool mapData(const DataSource& source);
     bool isMapping() const { return m_mapping; }
+    // The colour map of the samples shown (the map chooser follows).
+    void setColourMap(img::ColourScale::Map map);
     const DataSource* mappedSource() const { return m_source ? m_source.get() : nullptr; }
 
     // The picking session of the fault set shown (not owned; null: no picking).

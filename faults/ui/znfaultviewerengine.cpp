@@ -156,23 +156,25 @@ ZN3DFaultPatch* ZNFaultViewerEngine::faultToShow(ZNFaultPatchManager* manager, i
     return fault;
 }
 
-double ZNFaultViewerEngine::projectionScale() const
+core::vec3 ZNFaultViewerEngine::projectionSampling() const
 {
     const ZN3DFaultPatch* fault = m_fault.data();
+    if (!fault) return {};
+    const double lateral = fault->getUtmPrecision(), down = fault->getTimePrecision();
+    const core::vec3 gridding(lateral, down, lateral);
     switch (m_scaleType) {
-    case ScaleType::FaultGridding: return 1.0;
-    case ScaleType::Custom: return m_spatialScale;
+    case ScaleType::FaultGridding: return gridding;
+    case ScaleType::Custom: return gridding * m_spatialScale;
     case ScaleType::SurveyGrid: break;
     }
     const ZNFaultPatchManager* manager = getFaultPatchManager();
-    if (!fault || !manager || manager->getBlocSpace().isEmpty()) return 1.0;
+    if (!manager || manager->getBlocSpace().isEmpty()) return gridding;
     const core::mat4& m = manager->getBlocSpace().getFromBlocToWorldMatrix();
     const auto length = [&m](int c) { return core::vec3(m(0, c), m(1, c), m(2, c)).length(); };
     const double bin = std::min(length(0), length(1));
     const double sample = length(2);
-    const double lateral = fault->getUtmPrecision(), down = fault->getTimePrecision();
-    if (!(bin > 0.0) || !(sample > 0.0) || lateral <= 0.0 || down <= 0.0) return 1.0;
-    return std::clamp(std::min(bin / lateral, sample / down), kMinSpatialScale, kMaxSpatialScale);
+    if (!(bin > 0.0) || !(sample > 0.0)) return gridding;
+    return {bin, sample, bin};
 }
 
 bool ZNFaultViewerEngine::projectFault(ZNFaultPatchManager* manager, int faultIndex, bool forPicking)
@@ -181,16 +183,19 @@ bool ZNFaultViewerEngine::projectFault(ZNFaultPatchManager* manager, int faultIn
     int father = kNoFault;
     ZN3DFaultPatch* fault = faultToShow(known, faultIndex, father);
     if (!fault) return false;
-    // The scale may depend on the fault (its gridding steps): taken with it in place.
+    // The grid steps depend on the fault (its gridding parameters): taken with it in place.
     const QPointer<ZN3DFaultPatch> previous = m_fault;
     const QPointer<ZNFaultPatchManager> previousManager = m_manager;
     m_fault = fault;
     m_manager = known;
-    const double scale = projectionScale();
+    // "Fault Gridding" is the projection at scale 1.
+    const core::vec3 sampling = projectionSampling();
     georef::BlocSpace space;
     core::mat4 matrix;
-    std::unique_ptr<img::Image> image(forPicking ? fault->getProjectionImageForPicking(space, matrix, scale)
-                                                 : fault->getProjectionImage(space, matrix, scale));
+    std::unique_ptr<img::Image> image(
+        forPicking ? fault->getProjectionImageForPicking(space, matrix, sampling)
+        : m_scaleType == ScaleType::FaultGridding ? fault->getProjectionImage(space, matrix, 1.0)
+                                                  : fault->getProjectionImage(space, matrix, sampling));
     if (!image) {
         m_fault = previous;
         m_manager = previousManager;

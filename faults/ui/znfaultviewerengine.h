@@ -44,9 +44,11 @@ class ZNMultiPolygonDraw;
 //
 // Scale. The projection's grid steps are the fault's gridding steps (mesh resolution
 // along the strike and the normal, Z sampling down the dip) times the projection scale:
-// 1 with the scale type "Fault Gridding" (the default), the scale that makes the finer of
-// the two steps the survey's (lateral bin or vertical sample, from the fault set's grid)
-// with "Survey Grid", or the "Spatial Scale" typed in with "Custom".
+// 1 with the scale type "Fault Gridding" (the default), or the "Spatial Scale" typed in
+// with "Custom". With "Survey Grid" the steps are the survey's cells instead (the fault
+// set's grid: its smaller lateral bin along the strike and the normal, its sample down
+// the dip), so that one pixel shows about one sample of the survey's volumes whatever
+// the fault's gridding parameters.
 //
 // Actions. The engine tells its viewer what to do by name: "UPDATE_CAPTION" (the
 // caption changed), "FRAME_CHANGED" (another image: refit, re-map), "UPDATE_VIEWER_OBJECT"
@@ -269,8 +271,10 @@ public:
     bool isColorScaleShown() const { return m_showColorScale; }
     void setColorScaleShown(bool shown);
     ScaleType scaleType() const { return m_scaleType; }
-    // The projection scale in use (see the class comment).
-    double projectionScale() const;
+    // The projection's grid steps for the fault shown (see the class comment); (0, 0, 0)
+    // without a fault.
+    core::vec3 projectionSampling() const;
+    // The scale of "Custom" (1 until typed in).
     double spatialScale() const { return m_spatialScale; }
     const fault::FaultPlaneMappingSettings& mappingSettings() const { return m_mapping; }
     void setMappingSettings(const fault::FaultPlaneMappingSettings& settings) { m_mapping = settings; }

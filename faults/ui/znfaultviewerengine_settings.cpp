@@ -33,7 +33,7 @@ const QString kInterpolation = QStringLiteral("Interpolation");
 const QString kCorrThreshold = QStringLiteral("Corr Threshold");
 const QString kSmooth = QStringLiteral("Smooth");
 
-constexpr int kScaleDecimals = 3;     // "Spatial Scale" as shown
+constexpr int kScaleDecimals = 3;     // "Spatial Scale" as typed
 constexpr double kScaleStep = 0.1;
 constexpr double kDeviationStep = 0.5;
 constexpr double kThresholdStep = 0.05;
@@ -136,7 +136,7 @@ void ZNFaultViewerEngine::createProperty(ZNPropertySheet& sheet) const
     type.setAttribute(ZNProperty::enumNames(), QStringList{QStringLiteral("Fault Gridding"),
                                                            QStringLiteral("Survey Grid"), QStringLiteral("Custom")});
     ZNProperty& scale = sheet.addProperty(kViewerGroup, kSpatialScale, kSpatialScale, ZNProperty::Double,
-                                          std::round(projectionScale() * 1000.0) / 1000.0);
+                                          m_spatialScale);
     scale.setAttribute(ZNProperty::minimum(), kMinSpatialScale);
     scale.setAttribute(ZNProperty::maximum(), kMaxSpatialScale);
     scale.setAttribute(ZNProperty::singleStep(), kScaleStep);
@@ -200,8 +200,6 @@ bool ZNFaultViewerEngine::updateProperty(const QString& id, const QVariant& valu
     } else if (id == kScaleType) {
         if (!ZNProperty::intValueIn(value, 0, static_cast<int>(ScaleType::Custom), i) || i == int(m_scaleType))
             return false;
-        // Custom starts from the scale in use, so that nothing jumps.
-        if (static_cast<ScaleType>(i) == ScaleType::Custom) m_spatialScale = projectionScale();
         m_scaleType = static_cast<ScaleType>(i);
         refresh();
     } else if (id == kSpatialScale) {

@@ -304,7 +304,7 @@ TEST(FaultViewerEngine, PropertyEditsApplyValidChangesOnly)
     EXPECT_FALSE(s.engine.isPickedPointShown());
     EXPECT_TRUE(s.engine.isFrozen());
     EXPECT_EQ(s.engine.scaleType(), ZNFaultViewerEngine::ScaleType::Custom);
-    EXPECT_DOUBLE_EQ(s.engine.projectionScale(), 2.0);
+    EXPECT_DOUBLE_EQ(s.engine.spatialScale(), 2.0);
     const fault::FaultPlaneMappingSettings& m = s.engine.mappingSettings();
     EXPECT_EQ(m.windowSize, 5);
     EXPECT_EQ(m.interpolationRadius, 4);
@@ -315,17 +315,31 @@ TEST(FaultViewerEngine, PropertyEditsApplyValidChangesOnly)
     EXPECT_EQ(s.actions.count(QStringLiteral("REFRESH_FAULT_VIEWER")), 2);  // the scale changed twice
 }
 
-TEST(FaultViewerEngine, SurveyGridScaleGivesPixelsOfTheSurveysCells)
+TEST(FaultViewerEngine, ScaleTypesSetTheProjectionsGridSteps)
 {
     Shown s;
-    s.scene.surface->setUtmPrecision(50);  // coarse gridding steps
-    s.scene.surface->setTimePrecision(40);
-    ASSERT_TRUE(s.show());
-    const int coarse = s.engine.imageWidth();
-    ASSERT_TRUE(s.engine.updateProperty(QStringLiteral("Scale Type"), 1));
-    EXPECT_DOUBLE_EQ(s.engine.projectionScale(), 0.2);  // min(10 / 50, 10 / 40)
-    ASSERT_TRUE(s.show());
-    EXPECT_GE(s.engine.imageWidth(), 4 * coarse);
+    s.scene.surface->setUtmPrecision(50);  // coarse gridding steps, of another aspect
+    s.scene.surface->setTimePrecision(4);
+    const auto steps = [&s] {
+        const core::mat4& m = s.engine.blocSpace().getFromBlocToWorldMatrix();
+        return std::make_pair(core::vec3(m(0, 0), m(1, 0), m(2, 0)).length(), core::vec3(m(0, 1), m(1, 1), m(2, 1)).length());
+    };
+    const struct {
+        int type;
+        double custom;
+        double across, down;
+    } cases[] = {
+        {0, 1.0, 50.0, 4.0},   // "Fault Gridding": the gridding steps
+        {1, 1.0, 10.0, 10.0},  // "Survey Grid": the survey's cells
+        {2, 0.5, 25.0, 2.0},   // "Custom": the gridding steps scaled
+    };
+    for (const auto& c : cases) {
+        s.engine.updateProperty(QStringLiteral("Scale Type"), c.type);
+        s.engine.updateProperty(QStringLiteral("Spatial Scale"), c.custom);
+        ASSERT_TRUE(s.show()) << c.type;
+        EXPECT_NEAR(steps().first, c.across, 1e-9) << c.type;
+        EXPECT_NEAR(steps().second, c.down, 1e-9) << c.type;
+    }
 }
 
 // ----- picking state -----
