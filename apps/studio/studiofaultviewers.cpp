@@ -206,9 +206,11 @@ void StudioFaultViewers::showReferencePoint()
     if (!m_sections->hasReferencePoint()) return;
     for (Entry& e : m_entries) {
         if (!e.viewer) continue;
-        // The viewer the point came from stays where the user is looking.
-        if (e.viewer == m_referenceOrigin) e.viewer->engine().setReferencePoint(m_sections->referencePoint());
-        else e.viewer->showReferencePoint(m_sections->referencePoint());
+        // The viewer the point came from stays where the user is looking, and so does a
+        // viewer kept out of the cross navigation.
+        const bool follows = e.viewer != m_referenceOrigin && e.viewer->engine().getUseObjectForCrossNavigation();
+        if (follows) e.viewer->showReferencePoint(m_sections->referencePoint());
+        else e.viewer->engine().setReferencePoint(m_sections->referencePoint());
         e.viewer->viewer()->update();
     }
     m_referenceOrigin = nullptr;

@@ -278,6 +278,8 @@ public:
     double spatialScale() const { return m_spatialScale; }
     const fault::FaultPlaneMappingSettings& mappingSettings() const { return m_mapping; }
     void setMappingSettings(const fault::FaultPlaneMappingSettings& settings) { m_mapping = settings; }
+    // Whether the view moves to the reference point set in other views (the host's cross
+    // navigation); it is shown either way.
     bool getUseObjectForCrossNavigation() const { return m_crossNavigation; }
     void setUseObjectForCrossNavigation(bool use) { m_crossNavigation = use; }
     // The viewer's mode name: "faultpicking" while a fault is shown, empty otherwise.

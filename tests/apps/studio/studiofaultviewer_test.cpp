@@ -115,6 +115,7 @@ TEST_F(FaultViewerStudioTest, TheDemosLargestFaultShowsOnItsPlaneWithTheLikeliho
     EXPECT_GT(high, area.width() * area.height() / 2);
     EXPECT_LT(low, area.width() * area.height() / 20);
     EXPECT_EQ(viewer->engine().sectionTitle(), demo->faultName(fault) + QStringLiteral(" \u2014 ") + volume->name());
+    picturetest::keepPicture(window->grab().toImage(), QStringLiteral("studio_window_faultviewer"));
 }
 
 TEST_F(FaultViewerStudioTest, TheGotoPointMovesTheSectionViewsAndTheirReferencePointShowsOnTheFault)
@@ -139,6 +140,12 @@ TEST_F(FaultViewerStudioTest, TheGotoPointMovesTheSectionViewsAndTheirReferenceP
     const core::vec3 picked = window->views()->referencePoint();
     EXPECT_NE(picked, goto_);
     EXPECT_EQ(viewer->engine().referencePoint(), picked);
+    // Kept out of the cross navigation, the viewer shows the point but does not move.
+    viewer->engine().setUseObjectForCrossNavigation(false);
+    const auto kept = viewer->engine().view();
+    QTest::mouseClick(inlines->viewer(), Qt::LeftButton, Qt::ControlModifier, onInline + QPoint(0, 40));
+    EXPECT_EQ(viewer->engine().referencePoint(), window->views()->referencePoint());
+    EXPECT_EQ(viewer->engine().view().offset, kept.offset);
 }
 
 TEST_F(FaultViewerStudioTest, PicksOnTheUnfoldedFaultAreUndoableEditsThatTheViewerFollows)
