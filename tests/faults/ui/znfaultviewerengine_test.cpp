@@ -97,8 +97,9 @@ TEST(FaultViewerEngine, ShowingAFaultDisplaysItsProjectionAndTellsTheViewer)
     EXPECT_EQ(samples->width(), projection->width());
     // Every picked point lies on the image, on the plane's layer.
     EXPECT_EQ(s.engine.pickedPointCount(), s.scene.surface->getPickedPoints().size());
-    for (const core::PointWithBool& p : s.scene.surface->getPickedPoints())
+    for (const core::PointWithBool& p : s.scene.surface->getPickedPoints()) {
         if (!p.isSeparator()) EXPECT_TRUE(s.engine.isWorldPointOnCurrentFrame(p.position()));
+    }
     EXPECT_FALSE(s.engine.isWorldPointOnCurrentFrame({0.0, 0.0, 0.0}));
 }
 
@@ -478,10 +479,11 @@ TEST(FaultViewerEngine, PointsUnderTheMouseLieOnTheFaultsSurface)
             // The relief shown before any data is that distance, signed along the normal
             // (none where the line just misses the mesh at its edge).
             const float relief = s.engine.reliefImage()(c, r);
-            if (relief != -9999.0f)
+            if (relief != -9999.0f) {
                 EXPECT_NEAR(relief, (onSurface - onPlane).dot(s.engine.getWorldMouseAxe()), 1e-3);
-            else
+            } else {
                 ++missed;
+            }
             ++tried;
         }
     EXPECT_GT(tried, 20);
