@@ -148,7 +148,9 @@ TEST(FaultPlaneMapping, AFinerImageThanTheDataIsFilledBetweenSamplesAndKeepsItsO
             }
             ++inside;
             // The linear function within one voxel of rounding.
-            if (mapped(c, r) != kNo) EXPECT_NEAR(mapped(c, r), 100 + (1 + 0.5 * c) + 2 * (2 + 0.5 * r), 1.6);
+            if (mapped(c, r) != kNo) {
+                EXPECT_NEAR(mapped(c, r), 100 + (1 + 0.5 * c) + 2 * (2 + 0.5 * r), 1.6);
+            }
         }
     EXPECT_GE(valued(mapped), inside * 97 / 100);
 }
@@ -361,7 +363,9 @@ TEST(FaultPlaneMappingSettings, SmoothingActsAlongTheDirectionOfItsDeviationOnly
         const img::Image mapped = map(f.projected, f.imageToWorld, *data, s);
         const float spread = std::fabs(mapped(15, 15) - mapped(16, 15));
         EXPECT_EQ(spread < 5.0f, c.evened) << c.spatial << " " << c.vertical;
-        if (!c.evened) EXPECT_FLOAT_EQ(spread, 100.0f) << c.spatial << " " << c.vertical;
+        if (!c.evened) {
+            EXPECT_FLOAT_EQ(spread, 100.0f) << c.spatial << " " << c.vertical;
+        }
     }
 }
 

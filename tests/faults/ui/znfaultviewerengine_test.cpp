@@ -98,7 +98,9 @@ TEST(FaultViewerEngine, ShowingAFaultDisplaysItsProjectionAndTellsTheViewer)
     // Every picked point lies on the image, on the plane's layer.
     EXPECT_EQ(s.engine.pickedPointCount(), s.scene.surface->getPickedPoints().size());
     for (const core::PointWithBool& p : s.scene.surface->getPickedPoints()) {
-        if (!p.isSeparator()) EXPECT_TRUE(s.engine.isWorldPointOnCurrentFrame(p.position()));
+        if (!p.isSeparator()) {
+            EXPECT_TRUE(s.engine.isWorldPointOnCurrentFrame(p.position()));
+        }
     }
     EXPECT_FALSE(s.engine.isWorldPointOnCurrentFrame({0.0, 0.0, 0.0}));
 }
