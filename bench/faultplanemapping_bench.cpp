@@ -27,36 +27,18 @@
 #include <faultplanemapping.h>
 #include <znbloc.h>
 
+#include "benchtiming.h"
+
+using benchtiming::dropCache;
+using benchtiming::msOf;
+using benchtiming::Stats;
+using benchtiming::statsOf;
+
 namespace {
 
 constexpr int kSize = 512;
 constexpr double kDip = 60.0 * M_PI / 180.0;
 constexpr int kOffset = 40;  // crossline of the fault's top
-
-double msOf(const std::function<void()>& run)
-{
-    const auto start = std::chrono::steady_clock::now();
-    run();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
-struct Stats {
-    double min = 0, median = 0;
-};
-Stats statsOf(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return {v.front(), v[v.size() / 2]};
-}
-
-void dropCache(const QString& path)
-{
-    const int fd = ::open(path.toLocal8Bit().constData(), O_RDONLY);
-    if (fd < 0) return;
-    ::fdatasync(fd);
-    ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
-    ::close(fd);
-}
 
 // The resident high-water mark (kB), after resetting it to the present size when `reset`.
 long peakResidentKb(bool reset)
