@@ -90,13 +90,13 @@ void StudioFaultViewers::addMenuEntry(FaultSetDocument* document, int faultId, Q
 
 // ----- opening and showing -----
 
-void StudioFaultViewers::show(Entry& entry, FaultSetDocument* document, int faultId, bool force)
+bool StudioFaultViewers::show(Entry& entry, FaultSetDocument* document, int faultId, bool force)
 {
     ZNFaultViewer* viewer = entry.viewer;
     entry.document = document;
     viewer->engine().setFaultShown([document](const ZNFaultPatchManager*, int id) { return document->isFaultVisible(id); });
     viewer->setPickingSession(document->pickingSession());
-    viewer->showFault(document->faultSet(), faultId, force);
+    return viewer->showFault(document->faultSet(), faultId, force);
 }
 
 ZNFaultViewer* StudioFaultViewers::open(FaultSetDocument* document, int faultId)
@@ -121,7 +121,12 @@ ZNFaultViewer* StudioFaultViewers::open(FaultSetDocument* document, int faultId)
     });
     m_entries.append({viewer, identity, document});
     applyInteraction(m_entries.last());
-    show(m_entries.last(), document, faultId, true);
+    if (!show(m_entries.last(), document, faultId, true)) {  // the engine said why
+        m_entries.removeLast();
+        engine.setMappedFaultMarker(nullptr);
+        delete viewer;
+        return nullptr;
+    }
     QMdiSubWindow* window = m_frame->addSubWindow(viewer, viewer->windowTitle());
     connect(viewer, &ZNFaultViewer::captionChanged, window, &QWidget::setWindowTitle);
     connect(viewer, &ZNFaultViewer::gotoPointChanged, this, [this, viewer](const core::vec3& world) {

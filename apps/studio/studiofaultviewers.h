@@ -70,7 +70,7 @@ private:
         FaultSetDocument* document = nullptr;
     };
     Entry* entryOf(const ZNFaultViewer* viewer);
-    void show(Entry& entry, FaultSetDocument* document, int faultId, bool force);
+    bool show(Entry& entry, FaultSetDocument* document, int faultId, bool force);
     void applyInteraction(Entry& entry);
     void followDocument(FaultSetDocument* document);
     void closeDocument(FaultSetDocument* document);

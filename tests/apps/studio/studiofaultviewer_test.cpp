@@ -7,6 +7,7 @@
 #include <pictures.h>
 #include <zn3dfaultpatch.h>
 #include <zn3dviewer.h>
+#include <zneventbus.h>
 #include <znfaultpickingsession.h>
 #include <znfaultviewer.h>
 #include <znsectionview.h>
@@ -197,6 +198,12 @@ TEST_F(FaultViewerStudioTest, ViewersFollowTheCurrentFaultUnlessFrozenAndGoWithT
     openDemo(64);
     QList<int> faults = demo->faultIds();
     ASSERT_GE(faults.size(), 2);
+    // A hidden fault is not shown: no viewer, and a message says why.
+    demo->setFaultsVisible({{faults[1], false}});
+    EXPECT_EQ(viewers().open(demo, faults[1]), nullptr);
+    EXPECT_EQ(logTexts(ZNEventBus::Error).size(), 1);
+    EXPECT_TRUE(viewers().viewers().isEmpty());
+    demo->setFaultsVisible({{faults[1], true}});
     ZNFaultViewer* following = viewers().open(demo, faults[0]);
     ZNFaultViewer* frozen = viewers().open(demo, faults[0]);
     ASSERT_TRUE(following && frozen);
