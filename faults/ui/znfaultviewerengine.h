@@ -312,7 +312,8 @@ public:
     // "UPDATE_PALETTE_MANAGER". When the vertical domains of the data and of the fault
     // differ, a message box "Extract Data along Fault" says "Vertical domains not
     // compatible" and false is returned, nothing changed. True when done, also when
-    // nothing could be mapped; false when cancelled or failed (the image as it was).
+    // nothing could be mapped; false when cancelled or failed, without a data block or
+    // without a fault shown (the image as it was).
     bool extractData(ZNBloc* dataBlock, int progressParent);
     // The inputs of a mapping, copied, for work on another thread: the projection and its
     // image-to-world matrix; false without a fault.
