@@ -19,40 +19,21 @@
 #include <QTemporaryDir>
 
 #include <znbloc.h>
+
+#include "benchtiming.h"
 #include <znobjectfile.h>
 #include <znseismicblocviewerengine.h>
+
+using benchtiming::dropCache;
+using benchtiming::msOf;
+using benchtiming::Stats;
+using benchtiming::statsOf;
 
 namespace {
 
 constexpr int kSize = 512;
 constexpr int kSteps = 9;  // sections stepped through per case
 using Kind = ZNBlocViewerEngine::SectionKind;
-
-double msOf(const std::function<void()>& run)
-{
-    const auto start = std::chrono::steady_clock::now();
-    run();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-}
-
-struct Stats {
-    double min = 0, median = 0;
-};
-Stats statsOf(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return {v.front(), v[v.size() / 2]};
-}
-
-// Drops the file's pages from the page cache (they are clean, so no root is needed).
-void dropCache(const QString& path)
-{
-    const int fd = ::open(path.toLocal8Bit().constData(), O_RDONLY);
-    if (fd < 0) return;
-    ::fdatasync(fd);
-    ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
-    ::close(fd);
-}
 
 // The plainest read of a section's samples from the file: one pread per run of
 // consecutive samples (a row of a crossline, the whole slice, one sample of an inline).

@@ -1,6 +1,9 @@
 #include "studio3dviews.h"
 
 #include <QMdiSubWindow>
+#include <QMenu>
+
+#include <memory>
 
 #include <georef/unitobject.h>
 #include <zn3dfaultpatch.h>
@@ -8,6 +11,7 @@
 #include <zn3dvolumeitems.h>
 #include <znfaultpatchmanager.h>
 #include <znframe.h>
+#include <znmultipolygon.h>
 #include <znseismicblocviewerengine.h>
 #include <znsectionview.h>
 #include <znvolume.h>
@@ -74,6 +78,15 @@ ZN3DViewer* Studio3DViews::open3DView()
         if (faultOfItem(id, document, faultId)) emit faultClicked(document, faultId);
     });
     connect(viewer, &ZN3DViewer::referencePointPicked, m_sections, &StudioViews::centreOn);
+    viewer->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(viewer, &QWidget::customContextMenuRequested, this, [this, viewer](const QPoint& at) {
+        FaultSetDocument* document = nullptr;
+        int faultId = -9999;
+        if (!faultOfItem(viewer->pickAt(at).id, document, faultId)) return;
+        QMenu menu;
+        emit faultMenuRequested(document, faultId, &menu);
+        if (!menu.isEmpty()) menu.exec(viewer->mapToGlobal(at));
+    });
     connect(viewer, &QObject::destroyed, this, [this] { m_views.removeAll(nullptr); });
     m_frame->addSubWindow(viewer, tr("3D View"));
     return viewer;
@@ -150,6 +163,7 @@ void Studio3DViews::populate(ZN3DScene& scene)
         for (int faultId : m_faultsShown[document]) setFaultItems(scene, document, faultId);
     }
     setReferenceItem(scene);
+    for (const auto& mark : m_marks) setMarkItem(scene, mark.first, mark.second);
 }
 
 void Studio3DViews::setVolumeItem(ZN3DScene& scene, ZNVolume* volume)
@@ -198,6 +212,50 @@ void Studio3DViews::setReferenceItem(ZN3DScene& scene)
     scene.setItem(idOf(ItemKind::ReferencePoint, this), cross, false);
 }
 
+void Studio3DViews::setMarkItem(ZN3DScene& scene, const void* owner, const Mark& mark)
+{
+    const ZN3DFaultPatch* surface = mark.document ? mark.document->surface(mark.faultId) : nullptr;
+    const std::unique_ptr<ZNMultiPolygon> outline(surface ? surface->getMeshingPolygon() : nullptr);
+    ZN3DPolylineItem line;
+    line.colour = mark.pen.color();
+    line.width = static_cast<float>(mark.pen.widthF());
+    line.pointSize = 0.0f;
+    for (int p = 0; outline && p < outline->getNumberOfPolygon(); ++p) {
+        const core::Array<core::vec3>& corners = *outline->getPolygon(p);
+        if (corners.empty()) continue;
+        if (!line.points.empty()) line.points.push_back({core::kNoValueReal, core::kNoValueReal, core::kNoValueReal});
+        for (const core::vec3& c : corners) line.points.push_back(c);
+        line.points.push_back(corners[0]);  // closed
+    }
+    const int id = idOf(ItemKind::Mark, owner);
+    scene.setItem(id, std::move(line), false);
+    scene.setVisible(id, mark.document && mark.document->isFaultVisible(mark.faultId));
+}
+
+void Studio3DViews::setFaultMark(const void* owner, FaultSetDocument* document, int faultId, const QPen& pen)
+{
+    if (!document) {
+        m_marks.erase(owner);
+        forgetId(ItemKind::Mark, owner);
+        return;
+    }
+    const Mark mark{document, faultId, pen};
+    m_marks[owner] = mark;
+    forEachScene([&](ZN3DScene& s) { setMarkItem(s, owner, mark); });
+}
+
+int Studio3DViews::markItemOf(const void* owner) const
+{
+    return existingId(ItemKind::Mark, owner);
+}
+
+void Studio3DViews::refreshMarks(const FaultSetDocument* document, int faultId)
+{
+    for (const auto& mark : m_marks)
+        if (mark.second.document == document && (faultId == -9999 || mark.second.faultId == faultId))
+            forEachScene([&](ZN3DScene& s) { setMarkItem(s, mark.first, mark.second); });
+}
+
 void Studio3DViews::syncFaultSet(FaultSetDocument* document)
 {
     QList<int>& shown = m_faultsShown[document];
@@ -219,6 +277,7 @@ void Studio3DViews::followFaultSet(FaultSetDocument* document)
         // Names, colours and sticks may all have changed (an undo restores a whole set).
         for (int faultId : m_faultsShown[document])
             forEachScene([&](ZN3DScene& s) { setSticksItem(s, document, faultId); });
+        refreshMarks(document, -9999);
     });
     connect(document, &FaultSetDocument::faultGeometryChanged, this, [this, document](int faultId) {
         const int surfaceId = surfaceItemOf(document, faultId);
@@ -229,6 +288,7 @@ void Studio3DViews::followFaultSet(FaultSetDocument* document)
             else if (surfaceId != -9999) setFaultItems(s, document, faultId);
             setSticksItem(s, document, faultId);
         });
+        refreshMarks(document, faultId);
     });
     connect(document, &FaultSetDocument::faultAppearanceChanged, this, [this, document](int faultId) {
         const bool visible = document->isFaultVisible(faultId);
@@ -238,6 +298,7 @@ void Studio3DViews::followFaultSet(FaultSetDocument* document)
             s.displayChanged(surfaceId);
             if (sticksItemOf(document, faultId) != -9999) setSticksItem(s, document, faultId);
         });
+        refreshMarks(document, faultId);
     });
 }
 
@@ -256,6 +317,14 @@ void Studio3DViews::setCurrentFault(FaultSetDocument* document, int faultId)
 
 void Studio3DViews::removeFaultSet(FaultSetDocument* document)
 {
+    for (auto it = m_marks.begin(); it != m_marks.end();) {
+        if (it->second.document != document) {
+            ++it;
+            continue;
+        }
+        forgetId(ItemKind::Mark, it->first);
+        it = m_marks.erase(it);
+    }
     for (int faultId : m_faultsShown[document]) {
         forgetId(ItemKind::Surface, document, faultId);
         forgetId(ItemKind::Sticks, document, faultId);

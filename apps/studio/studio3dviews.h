@@ -4,11 +4,13 @@
 
 #include <QList>
 #include <QObject>
+#include <QPen>
 #include <QPointer>
 
 #include <core/vec3.h>
 
 class FaultSetDocument;
+class QMenu;
 class StudioProject;
 class StudioViews;
 class ZN3DScene;
@@ -46,15 +48,29 @@ public:
 
     // The fault whose sticks are drawn as current.
     void setCurrentFault(FaultSetDocument* document, int faultId);
+    // Marks a fault with its outline (the area its surface meshes) drawn with `pen`, on
+    // behalf of `owner` (a fault viewer marks the fault it shows); a null document removes
+    // the owner's mark. The mark follows the fault's changes and goes with it.
+    void setFaultMark(const void* owner, FaultSetDocument* document, int faultId, const QPen& pen);
+    // The scene item of an owner's mark; -9999 when it has none.
+    int markItemOf(const void* owner) const;
 
     static constexpr float kSticksWidth = 2.0f;         // pixels
     static constexpr float kCurrentSticksWidth = 4.0f;  // pixels
 
 signals:
     void faultClicked(FaultSetDocument* document, int faultId);
+    // A right click on a fault: the menu shown, for the host to fill (nothing is shown
+    // when it stays empty).
+    void faultMenuRequested(FaultSetDocument* document, int faultId, QMenu* menu);
 
 private:
-    enum class ItemKind { Outline, Section, Surface, Sticks, ReferencePoint };
+    enum class ItemKind { Outline, Section, Surface, Sticks, ReferencePoint, Mark };
+    struct Mark {
+        FaultSetDocument* document = nullptr;
+        int faultId = -9999;
+        QPen pen;
+    };
     using ItemKey = std::tuple<ItemKind, const void*, int>;
 
     // The id of the item of `key`, made on first use; the same in every view.
@@ -72,6 +88,9 @@ private:
     void setFaultItems(ZN3DScene& scene, FaultSetDocument* document, int faultId);
     void setSticksItem(ZN3DScene& scene, FaultSetDocument* document, int faultId);
     void setReferenceItem(ZN3DScene& scene);
+    void setMarkItem(ZN3DScene& scene, const void* owner, const Mark& mark);
+    // Draws again the marks of a fault (or of every fault of the document for -9999).
+    void refreshMarks(const FaultSetDocument* document, int faultId);
     // Brings the items of `document` in step with its faults (added, removed).
     void syncFaultSet(FaultSetDocument* document);
     void followFaultSet(FaultSetDocument* document);
@@ -90,4 +109,5 @@ private:
     FaultSetDocument* m_currentDocument = nullptr;
     int m_currentFault = -9999;
     int m_referenceHandler = 0;
+    std::map<const void*, Mark> m_marks;  // by owner
 };

@@ -190,4 +190,5 @@ void StudioTree::fillFaultMenu(FaultSetDocument* document, int faultId, QMenu* m
         selectFault(document, faultId);
         emit propertiesRequested(document, faultId);
     });
+    emit faultMenuRequested(document, faultId, menu);
 }

@@ -48,6 +48,8 @@ signals:
     void centreRequested(FaultSetDocument* document, int faultId);
     // Filling the menu of a fault set or of a volume (after the tree's own entries).
     void faultSetMenuRequested(FaultSetDocument* document, QMenu* menu);
+    // Filling the menu of a fault (after the tree's own entries).
+    void faultMenuRequested(FaultSetDocument* document, int faultId, QMenu* menu);
     void volumeMenuRequested(ZNVolume* volume, QMenu* menu);
 
 private:

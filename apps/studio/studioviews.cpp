@@ -1,6 +1,7 @@
 #include "studioviews.h"
 
 #include <QMdiSubWindow>
+#include <QMenu>
 
 #include <zn3dfaultpatch.h>
 #include <znfaulteraser.h>
@@ -88,17 +89,18 @@ ZNSectionView* StudioViews::openSectionView(ZNVolume* volume, Kind kind)
         setReferencePoint(world);
     });
     connect(view->viewer(), &ZNSectionViewer::clicked, this, [this, view](const QPointF& at) {
-        constexpr double kClickTolerance = 6.0;  // pixels
-        for (const SectionEntry& e : m_sections) {
-            if (e.view != view) continue;
-            for (const auto& faults : e.faults) {
-                const int faultId = faults.second->faultAt(at, kClickTolerance, view->engine());
-                if (faultId != -9999) {
-                    emit faultClicked(const_cast<FaultSetDocument*>(faults.first), faultId);
-                    return;
-                }
-            }
-        }
+        FaultSetDocument* document = nullptr;
+        int faultId = -9999;
+        if (faultAt(view, at, document, faultId)) emit faultClicked(document, faultId);
+    });
+    view->viewer()->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(view->viewer(), &QWidget::customContextMenuRequested, this, [this, view](const QPoint& at) {
+        FaultSetDocument* document = nullptr;
+        int faultId = -9999;
+        if (!faultAt(view, at, document, faultId)) return;
+        QMenu menu;
+        emit faultMenuRequested(document, faultId, &menu);
+        if (!menu.isEmpty()) menu.exec(view->viewer()->mapToGlobal(at));
     });
     // Compared as a plain object: while it is destroyed the view is no longer a view.
     const QObject* identity = view;
@@ -110,6 +112,23 @@ ZNSectionView* StudioViews::openSectionView(ZNVolume* volume, Kind kind)
     m_frame->addSubWindow(view, QStringLiteral("%1 \u2014 %2").arg(volume->name(), kindName(kind)));
     emit sectionShown(view);
     return view;
+}
+
+bool StudioViews::faultAt(const ZNSectionView* view, const QPointF& at, FaultSetDocument*& document, int& faultId) const
+{
+    constexpr double kClickTolerance = 6.0;  // pixels
+    for (const SectionEntry& e : m_sections) {
+        if (e.view != view) continue;
+        for (const auto& faults : e.faults) {
+            const int found = faults.second->faultAt(at, kClickTolerance, e.view->engine());
+            if (found != -9999) {
+                document = const_cast<FaultSetDocument*>(faults.first);
+                faultId = found;
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 QList<ZNSectionView*> StudioViews::sectionViews() const

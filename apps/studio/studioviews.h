@@ -10,6 +10,7 @@
 #include <znblocviewerengine.h>
 
 class FaultSetDocument;
+class QMenu;
 class StudioProject;
 class ZNFaultEraser;
 class ZNFaultPickingSession;
@@ -61,6 +62,9 @@ signals:
     void sectionShown(ZNSectionView* view);
     // A section view is being destroyed (`view` is no longer a section view).
     void sectionViewClosed(const QObject* view);
+    // A right click on a fault in a view: the menu shown, for the host to fill (nothing is
+    // shown when it stays empty).
+    void faultMenuRequested(FaultSetDocument* document, int faultId, QMenu* menu);
 
 private:
     struct SectionEntry {
@@ -79,6 +83,8 @@ private:
     void forEachFaults(const FaultSetDocument* document, F f);
     void removeFaultSet(FaultSetDocument* document);
     void removeVolume(ZNVolume* volume);
+    // The fault drawn at `at` (viewport) in `view`; false when none.
+    bool faultAt(const ZNSectionView* view, const QPointF& at, FaultSetDocument*& document, int& faultId) const;
     void showReferencePoint(const ZNSectionView* origin);
     void redrawAll();
 

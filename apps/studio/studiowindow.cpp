@@ -42,6 +42,7 @@
 #include "studioservices.h"
 #include "studiotree.h"
 #include "studio3dviews.h"
+#include "studiofaultviewers.h"
 #include "studioviews.h"
 
 namespace {
@@ -62,6 +63,7 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
     m_services = std::make_unique<StudioServices>(this, m_log, m_notifications, m_progressPanel, options.dialogs);
     m_views = new StudioViews(this, m_project, this);
     m_views3D = new Studio3DViews(this, m_project, m_views, this);
+    buildFaultViewers();
     buildMenus();
     installActionHandlers();
     restoreLayout();
@@ -139,6 +141,8 @@ StudioWindow::~StudioWindow()
     for (ZNBackgroundTask* task : findChildren<ZNBackgroundTask*>()) task->wait();
     qDeleteAll(findChildren<ZNBackgroundTask*>());
     delete m_cleaning.data();  // it leaves the frame's handlers too
+    delete m_faultViewers;  // before the 3D views, which show their marks
+    m_faultViewers = nullptr;
     delete m_views3D;  // they leave the frame's handlers, which go with the frame
     m_views3D = nullptr;
     delete m_views;
@@ -368,6 +372,7 @@ void StudioWindow::setInteraction(Interaction interaction)
                          : interaction == Interaction::Erase ? ZNFaultEraser::modeName()
                                                              : QString();
     m_views->setInteraction(mode, document ? document->pickingSession() : nullptr);
+    m_faultViewers->setInteraction(mode, document ? document->pickingSession() : nullptr);
 }
 
 FaultSetDocument* StudioWindow::newFaultSet(ZNVolume* volume)

@@ -21,6 +21,7 @@ class StudioProject;
 class StudioServices;
 class FaultCleaningWindow;
 class Studio3DViews;
+class StudioFaultViewers;
 class StudioTree;
 class StudioViews;
 class ZNBackgroundTask;
@@ -68,6 +69,7 @@ public:
     QUndoGroup* undoGroup() const { return m_undoGroup; }
     StudioViews* views() const { return m_views; }
     Studio3DViews* views3D() const { return m_views3D; }
+    StudioFaultViewers* faultViewers() const { return m_faultViewers; }
     ZNRecentFiles& recentFiles() { return m_recent; }
 
     // ----- files (each read runs in the background; the window announces its end) -----
@@ -149,6 +151,8 @@ protected:
 private:
     void buildDocks();
     void buildMenus();
+    // The fault viewers and their entries in the faults' menus (studiowindow_faultviewer.cpp).
+    void buildFaultViewers();
     void installActionHandlers();
     void updateRecentMenu();
     void setCurrentFault(FaultSetDocument* document, int faultId);
@@ -192,6 +196,7 @@ private:
     UnsavedChangesQuestion m_askUnsaved;
     StudioViews* m_views = nullptr;
     Studio3DViews* m_views3D = nullptr;
+    StudioFaultViewers* m_faultViewers = nullptr;
     ZNVolume* m_currentVolume = nullptr;  // the volume chosen last in the tree
     FaultSetDocument* m_currentDocument = nullptr;
     int m_currentFaultId = -9999;

@@ -261,6 +261,10 @@ public:
     // not positive, or for a grid too large. Owned by the caller.
     img::Image* getProjectionImage(georef::BlocSpace& blocSpace, core::mat4& matrix,
                                    double scale) const;
+    // The same on a grid of the given steps (along the strike, down the dip, along the
+    // normal; world units), whatever the gridding parameters.
+    img::Image* getProjectionImage(georef::BlocSpace& blocSpace, core::mat4& matrix,
+                                   const core::vec3& sampling) const;
     // The picked sticks flattened on the plane, on the grid around the hand-picked
     // points at (max(mesh resolution, 50), Z sampling, the same lateral step). With
     // `blocSpace`, the grid is written into it and every pixel inside the meshing polygon
@@ -276,6 +280,10 @@ public:
     // with the fault id too, so a fault without mesh shows them. Null when there is
     // neither mesh nor plane.
     img::Image* getProjectionImageForPicking(georef::BlocSpace& blocSpace, core::mat4& matrix) const;
+    // The same on a grid of the given steps (see getProjectionImage); null for a step that
+    // is not positive.
+    img::Image* getProjectionImageForPicking(georef::BlocSpace& blocSpace, core::mat4& matrix,
+                                             const core::vec3& sampling) const;
 
     // Sticks cut from the mesh: every `step`-th column of `blocSpace` (starting at step /
     // 2; a step below 1 counts as 1) defines the plane through it that holds the block's y

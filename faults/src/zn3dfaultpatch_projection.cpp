@@ -168,8 +168,15 @@ georef::BlocSpace ZN3DFaultPatch::getFaultBlocSpaceWithPointArray(
 img::Image* ZN3DFaultPatch::getProjectionImage(georef::BlocSpace& blocSpace, core::mat4& matrix,
                                                double scale) const
 {
-    if (m_facettes.empty() || !(scale > 0.0) || !std::isfinite(scale)) return nullptr;
-    const georef::BlocSpace space = blocSpaceAround(griddingSampling(false) * scale, false, 0);
+    if (!(scale > 0.0) || !std::isfinite(scale)) return nullptr;
+    return getProjectionImage(blocSpace, matrix, griddingSampling(false) * scale);
+}
+
+img::Image* ZN3DFaultPatch::getProjectionImage(georef::BlocSpace& blocSpace, core::mat4& matrix,
+                                               const core::vec3& sampling) const
+{
+    if (m_facettes.empty()) return nullptr;
+    const georef::BlocSpace space = blocSpaceAround(sampling, false, 0);
     img::Image* image = space.isEmpty() ? nullptr : newImage(space);
     if (!image) return nullptr;
     rasterizeFacettes(m_points, m_facettes, space.getFromWorldToBlocMatrix(),
@@ -217,7 +224,13 @@ img::Image* ZN3DFaultPatch::getProjectionImageFromPickedPoint(georef::BlocSpace*
 img::Image* ZN3DFaultPatch::getProjectionImageForPicking(georef::BlocSpace& blocSpace,
                                                          core::mat4& matrix) const
 {
-    const georef::BlocSpace space = blocSpaceAround(griddingSampling(false), true, kPickingMarginCells);
+    return getProjectionImageForPicking(blocSpace, matrix, griddingSampling(false));
+}
+
+img::Image* ZN3DFaultPatch::getProjectionImageForPicking(georef::BlocSpace& blocSpace,
+                                                         core::mat4& matrix, const core::vec3& sampling) const
+{
+    const georef::BlocSpace space = blocSpaceAround(sampling, true, kPickingMarginCells);
     img::Image* image = space.isEmpty() ? nullptr : newImage(space);
     if (!image) return nullptr;
     const float id = static_cast<float>(getFaultId());

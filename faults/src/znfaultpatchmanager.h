@@ -324,6 +324,13 @@ public:
 
     // True for a patch 1..n-1 that holds at least one picked point (separators aside).
     bool isPatchPicked(int id) const;
+    // The points a patch is made of, in the grid's indices: its voxels (getVoxelPosition)
+    // for a patch that has voxels, otherwise its picked points separators included, each
+    // taken to the grid by the fault set's block space and rounded half away from zero.
+    // getNumberOfPatchPoint counts them (0 for a bad id); getPatchPointPosition gives
+    // point j, or (-9999, -9999, -9999) for a bad id or index and for a separator.
+    int getNumberOfPatchPoint(int id) const;
+    core::Triplet getPatchPointPosition(int id, int j) const;
     // The attached 3D fault patch of fault `faultId`; null when none is attached. Not
     // owned by the fault set.
     ZN3DFaultPatch* findFaultPatch(int faultId) const;

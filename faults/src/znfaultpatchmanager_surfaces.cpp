@@ -1,11 +1,37 @@
 // The 3D fault patches of the fault set's faults.
 #include "znfaultpatchmanager.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "zn3dfaultpatch.h"
 
 bool ZNFaultPatchManager::isPatchPicked(int id) const
 {
     return getNumberOfValidPickedPoint(id) > 0;
+}
+
+int ZNFaultPatchManager::getNumberOfPatchPoint(int id) const
+{
+    if (!isValidPatchId(id)) return 0;
+    const int voxels = m_patchVoxels.getCount(id);
+    return voxels > 0 ? voxels : std::max(0, getNumberOfPickedPoint(id));
+}
+
+core::Triplet ZNFaultPatchManager::getPatchPointPosition(int id, int j) const
+{
+    const core::Triplet none(core::kNoValue, core::kNoValue, core::kNoValue);
+    if (!isValidPatchId(id) || j < 0 || j >= getNumberOfPatchPoint(id)) return none;
+    core::vec3 grid;
+    if (m_patchVoxels.getCount(id) > 0) {
+        grid = getVoxelPosition(id, *m_patchVoxels.element(id, j));
+    } else {
+        const core::PointWithBool* p = getPickedPoint(id, j);
+        if (!p || p->isSeparator()) return none;
+        grid = m_blocSpace.worldToBloc(p->position());
+    }
+    const auto index = [](double v) { return static_cast<int32_t>(std::lround(v)); };
+    return core::Triplet(index(grid.x), index(grid.y), index(grid.z));
 }
 
 ZN3DFaultPatch* ZNFaultPatchManager::findFaultPatch(int faultId) const

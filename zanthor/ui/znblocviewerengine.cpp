@@ -225,6 +225,16 @@ void ZNBlocViewerEngine::pan(const QPointF& delta)
     changed();
 }
 
+void ZNBlocViewerEngine::setView(const View& view)
+{
+    m_scaleX = std::clamp(view.scaleX, kMinScale, kMaxScale);
+    m_scaleY = std::clamp(view.scaleY, kMinScale, kMaxScale);
+    m_offset = view.offset;
+    m_fitted = view.fitted;
+    if (m_fitted) fit();
+    changed();
+}
+
 QPointF ZNBlocViewerEngine::imageToViewport(const QPointF& image) const
 {
     return m_offset + QPointF(image.x() * m_scaleX, image.y() * m_scaleY);

@@ -111,8 +111,20 @@ public:
     QRectF imageRectInViewport() const;
     double scaleAcross() const { return m_scaleX; }
     double scaleDown() const { return m_scaleY; }
+    // The transform of the image into the viewport, to be put back after the block was
+    // replaced by one of the same geometry (setBloc fits the view).
+    struct View {
+        double scaleX = 1.0;
+        double scaleY = 1.0;
+        QPointF offset;
+        bool fitted = true;
+    };
+    View view() const { return {m_scaleX, m_scaleY, m_offset, m_fitted}; }
+    void setView(const View& view);
 
-    core::vec3 viewportToWorld(const QPointF& viewport) const;
+    // The world point under a viewport point: on the section, or where a derived engine
+    // says (a fault viewer answers with the point on the fault's surface).
+    virtual core::vec3 viewportToWorld(const QPointF& viewport) const;
     // The viewport position of a world point projected onto the section and its distance
     // from it in voxels; false without block.
     bool worldToViewport(const core::vec3& world, QPointF& viewport, double* distance = nullptr) const;

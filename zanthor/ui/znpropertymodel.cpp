@@ -244,7 +244,12 @@ QVariant ZNPropertyModel::data(const QModelIndex& index, int role) const
     const ZNProperty* p = property(index);
     if (!p) return QVariant();
     if (role == Qt::ToolTipRole) return p->label != p->id ? QVariant(p->id) : QVariant();
-    if (index.column() == LabelColumn) return role == Qt::DisplayRole ? QVariant(p->label) : QVariant();
+    if (index.column() == LabelColumn) {
+        if (role == Qt::DisplayRole) return p->label;
+        if (role != Qt::DecorationRole) return QVariant();
+        const QImage icon = p->attribute(ZNProperty::icon()).value<QImage>();
+        return icon.isNull() ? QVariant() : QVariant(QIcon(QPixmap::fromImage(icon)));
+    }
     switch (role) {
     case Qt::DisplayRole:
         return displayText(*p);

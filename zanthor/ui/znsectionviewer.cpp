@@ -77,6 +77,18 @@ void ZNSectionViewer::goToWorldPoint(const core::vec3& world)
     m_engine->goToWorldPoint(world);
 }
 
+void ZNSectionViewer::setColourBarShown(bool shown)
+{
+    m_colourBarShown = shown;
+    update();
+}
+
+void ZNSectionViewer::setImageBackground(const QColor& colour)
+{
+    m_imageBackground = colour;
+    update();
+}
+
 void ZNSectionViewer::step(int steps)
 {
     m_engine->stepSection(steps);
@@ -98,7 +110,7 @@ void ZNSectionViewer::paintEvent(QPaintEvent*)
     const QRect inner = rect().marginsRemoved(m_engine->margins());
     painter.save();
     painter.setClipRect(inner);
-    painter.fillRect(area, QColor(250, 250, 250));  // no-value samples show this
+    painter.fillRect(area, m_imageBackground);  // no-value samples show this
     if (!picture.isNull()) painter.drawImage(area, picture, QRectF(picture.rect()));
     painter.setRenderHint(QPainter::Antialiasing);
     for (const auto& drawable : m_engine->drawables())
@@ -110,7 +122,7 @@ void ZNSectionViewer::paintEvent(QPaintEvent*)
     paintReferencePoint(painter);
     painter.restore();
     paintAxes(painter);
-    paintColourBar(painter);
+    if (m_colourBarShown) paintColourBar(painter);
 }
 
 void ZNSectionViewer::paintReferencePoint(QPainter& painter)

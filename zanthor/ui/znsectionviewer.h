@@ -2,6 +2,7 @@
 #include <map>
 #include <memory>
 
+#include <QColor>
 #include <QWidget>
 
 #include <core/vec3.h>
@@ -45,6 +46,12 @@ public:
 
     // Shows the section of the engine's kind through a world point (cross navigation).
     void goToWorldPoint(const core::vec3& world);
+    // Whether the colour bar is drawn at the right (it is by default).
+    void setColourBarShown(bool shown);
+    bool isColourBarShown() const { return m_colourBarShown; }
+    // The colour of the image's area where samples hold no value.
+    void setImageBackground(const QColor& colour);
+    const QColor& imageBackground() const { return m_imageBackground; }
 
     QSize sizeHint() const override { return {640, 480}; }
 
@@ -82,4 +89,6 @@ private:
     bool m_panning = false;
     bool m_dragged = false;  // the mouse moved while the button was down
     quint64 m_shownVersion = 0;
+    bool m_colourBarShown = true;
+    QColor m_imageBackground{250, 250, 250};
 };

@@ -220,6 +220,12 @@ std::vector<ZNSeismicViewerAbstractEngine::Tick> ticksOf(double first, double st
 }
 } // namespace
 
+std::vector<ZNSeismicViewerAbstractEngine::Tick> ZNSeismicViewerAbstractEngine::continuousTicks(
+    double first, double step, int count, double pixelsPerPosition, double spacing)
+{
+    return ticksOf(first, step, count, pixelsPerPosition, spacing, false);
+}
+
 std::vector<ZNSeismicViewerAbstractEngine::Tick> ZNSeismicViewerAbstractEngine::acrossTicks(double minimumSpacing) const
 {
     const AxisLine line = acrossLine();

@@ -50,18 +50,28 @@ public:
     const georef::LineNumbering& lineNumbering() const { return m_lines; }
     void setLineNumbering(const georef::LineNumbering& lines);
     // "Inline 1200", "Crossline 35", "Time 1204 ms" (or "Depth 850 m"), "Random line".
-    QString sectionTitle() const;
+    virtual QString sectionTitle() const;
     // The titles and the annotations of the horizontal and vertical axes, at round values
-    // at least `minimumSpacing` viewport pixels apart.
-    QString acrossTitle() const;
-    QString downTitle() const;
-    std::vector<Tick> acrossTicks(double minimumSpacing) const;
-    std::vector<Tick> downTicks(double minimumSpacing) const;
+    // at least `minimumSpacing` viewport pixels apart. Derived engines that show another
+    // kind of image say what its axes are.
+    virtual QString acrossTitle() const;
+    virtual QString downTitle() const;
+    virtual std::vector<Tick> acrossTicks(double minimumSpacing) const;
+    virtual std::vector<Tick> downTicks(double minimumSpacing) const;
 
 protected:
     // Reads the samples of the section shown; false when they cannot be read.
     virtual bool readSectionSamples(img::Image& out) = 0;
     void sectionChanged() override;
+    // Ticks at round values of an axis whose value at image position p is first + step * p,
+    // over positions 0..count-1, `pixelsPerPosition` viewport pixels apart: values every
+    // 1, 2 or 5 times a power of ten, at least `spacing` pixels apart.
+    static std::vector<Tick> continuousTicks(double first, double step, int count, double pixelsPerPosition,
+                                             double spacing);
+    // The unit of world y ("ms", "s", "m", "ft") and whether it is time, from the block's
+    // units.
+    QString verticalUnit() const;
+    bool isTime() const;
 
 private:
     // value = first + step * image position, along the horizontal or vertical axis.
@@ -71,9 +81,6 @@ private:
     };
     AxisLine acrossLine() const;
     AxisLine downLine() const;
-    // The vertical unit's short name ("ms", "s", "m", "ft") and whether it is time.
-    QString verticalUnit() const;
-    bool isTime() const;
     void takeRangeFromData();
     void dropPicture();
 

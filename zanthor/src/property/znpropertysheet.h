@@ -24,6 +24,8 @@ struct ZNProperty {
     static QString enumNames() { return QStringLiteral("enumNames"); }
     // QVariantList of QImage: the icon of each enumeration value, in value order.
     static QString enumIcons() { return QStringLiteral("enumIcons"); }
+    // QImage: the row's own icon, shown beside its label.
+    static QString icon() { return QStringLiteral("icon"); }
 
     QString id;            // what updates are addressed with
     QString label;         // what the user reads; may differ from the id
