@@ -16,6 +16,7 @@ class FaultSetDocument;
 class QLabel;
 class QUndoGroup;
 class StudioProject;
+class StudioProjectDock;
 class StudioServices;
 class StudioTree;
 class StudioViews;
@@ -63,6 +64,7 @@ public:
     ZNPropertyBrowser* propertyBrowser() const { return m_properties; }
     QUndoGroup* undoGroup() const { return m_undoGroup; }
     StudioViews* views() const { return m_views; }
+    StudioProjectDock* projectDock() const { return m_projectDock; }
     ZNRecentFiles& recentFiles() { return m_recent; }
 
     // ----- files (each read runs in the background; the window announces its end) -----
@@ -155,6 +157,7 @@ private:
     QLabel* m_status = nullptr;
     UnsavedChangesQuestion m_askUnsaved;
     StudioViews* m_views = nullptr;
+    StudioProjectDock* m_projectDock = nullptr;
     ZNVolume* m_currentVolume = nullptr;  // the volume chosen last in the tree
     FaultSetDocument* m_currentDocument = nullptr;
     int m_currentFaultId = -9999;

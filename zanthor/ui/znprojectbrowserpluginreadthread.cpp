@@ -1,0 +1,22 @@
+#include "znprojectbrowserpluginreadthread.h"
+
+ZNProjectBrowserPluginReadThread::ZNProjectBrowserPluginReadThread(QObject* parent) : QThread(parent) {}
+
+ZNProjectBrowserPluginReadThread::~ZNProjectBrowserPluginReadThread()
+{
+    requestInterruption();
+    wait();
+}
+
+void ZNProjectBrowserPluginReadThread::addPath(const QString& path)
+{
+    if (!isRunning()) m_paths << path;
+}
+
+void ZNProjectBrowserPluginReadThread::run()
+{
+    for (const QString& path : m_paths) {
+        if (isInterruptionRequested()) return;
+        emit fileRead(path, readFile(path));
+    }
+}
