@@ -1,6 +1,9 @@
 // Fuzz target of the fault set reader: every input is read as a whole fault set file,
 // once in the 2D form and once in the 3D form. A read may fail; it must not crash, leak,
 // read out of bounds or leave the fault set inconsistent (isValid), which aborts.
+// What was read is written back in the same form; when the writer accepts it, its own
+// reader must read the file again into the same patches, fathers, point counts and
+// faults (names in the form the file keeps), or the target aborts.
 // The text where the header would stand (from the end of the global header block to the
 // first zero byte) is also read as XML by the header tree and by the toolkit's reader
 // alone: they must agree on whether it is XML and on the document it holds.
@@ -12,26 +15,19 @@
 #include <QTemporaryDir>
 
 #include <znbytesource.h>
-#include <zneventbus.h>
 #include <znfaultpatchmanager.h>
 #include <znobjectfile.h>
 #include <znxmltree.h>
 
+#include "fuzzhost.h"
+
 namespace {
-// Messages of refused files are expected by the thousand: they are dropped.
-class SilentBus : public ZNEventBus {
-protected:
-    void message(int, const QString&) override {}
-};
+QTemporaryDir* g_scratch = nullptr;  // where sets are written back
 } // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
-    static SilentBus bus;
-    ZNEventBus::install(&bus);
-    // Descriptors read the user's viewer settings: keep them in an empty directory.
-    static QTemporaryDir settings;
-    qputenv("KORVALITH_SETTINGS_DIR", settings.path().toUtf8());
+    g_scratch = &fuzzhost::install();
     return 0;
 }
 
@@ -43,8 +39,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         buffer.open(QIODevice::ReadOnly);
         ZNDeviceSource source(buffer);
         ZNFaultPatchManager set;
-        set.readPickedFault(source, twoD, ZNFaultPatchManager::kNoProgressBar);
+        const bool read = set.readPickedFault(source, twoD, ZNFaultPatchManager::kNoProgressBar);
         if (!set.isValid()) std::abort();
+        if (read) fuzzhost::writeBackAndReadAgain(set, twoD, *g_scratch);
     }
 
     QByteArray header = bytes.mid(ZNObjectFile::kGlobalHeaderSize);

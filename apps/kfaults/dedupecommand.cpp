@@ -1,5 +1,6 @@
 #include <memory>
 #include <set>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -10,7 +11,6 @@
 #include "commandline.h"
 #include "commands.h"
 #include "interruptibleprogress.h"
-#include "lasterror.h"
 
 namespace kfaults {
 namespace {
@@ -23,11 +23,18 @@ struct DedupeArguments {
 // The patches of every fault with a descriptor, the faults in `dropped` left out.
 core::Array<int> patchesKept(const ZNFaultPatchManager& set, const std::set<int>& dropped)
 {
+    // Patches by root, so that each fault's patches are listed without a walk through
+    // every patch (in increasing id order, as a walk would give them).
+    std::vector<std::vector<int>> byRoot(static_cast<std::size_t>(set.getNumberOfPatch()));
+    for (int patch = 1; patch < set.getNumberOfPatch(); ++patch) {
+        const int root = set.getFather(patch);
+        if (root >= 1 && root < set.getNumberOfPatch()) byRoot[root].push_back(patch);
+    }
     core::Array<int> patches;
     for (const ZN3DFaultPatchLight* light : set.getFaultLightList()) {
-        if (dropped.count(light->getFaultId())) continue;
-        for (int patch = 1; patch < set.getNumberOfPatch(); ++patch)
-            if (set.getFather(patch) == light->getFaultId()) patches.add(patch);
+        const int id = light->getFaultId();
+        if (dropped.count(id) || id < 1 || id >= set.getNumberOfPatch()) continue;
+        for (int patch : byRoot[id]) patches.add(patch);
     }
     return patches;
 }
@@ -44,8 +51,8 @@ void runDedupe(const DedupeArguments& a, CommandIo& io)
     for (const ZN3DFaultPatchLight* light : set.getFaultLightList()) faults.add(light->getFaultId());
     std::set<int> dropped;
     for (int k = 0; k < pairs.size(); ++k) {
-        io.out << "duplicate: " << pairs[k].a << " \"" << names.value(k).first.toStdString() << "\" "
-               << pairs[k].b << " \"" << names.value(k).second.toStdString() << "\"\n";
+        io.out << "duplicate: " << pairs[k].a << " \"" << printable(names.value(k).first).toStdString() << "\" "
+               << pairs[k].b << " \"" << printable(names.value(k).second).toStdString() << "\"\n";
         dropped.insert(pairs[k].b);
     }
     const QString edgeCases = set.getFaultsEdgeCasesAnalysis(faults);
@@ -54,8 +61,10 @@ void runDedupe(const DedupeArguments& a, CommandIo& io)
     if (a.removeInto.empty()) return;
     std::unique_ptr<ZNFaultPatchManager> kept(set.extractSubFaultPatchManager(patchesKept(set, dropped)));
     const QString out = QString::fromStdString(a.removeInto);
-    if (!kept || !kept->writePickedFault(out, false, nullptr, false))
-        return io.fail(LastError::withDetail(QStringLiteral("%1: cannot be written").arg(out)), kExitFailure);
+    if (kept) keepFaultNamesApart(*kept, io);
+    if (stopIfInterrupted(io)) return;
+    if (!kept) return io.fail(QStringLiteral("out of memory"), kExitFailure);
+    if (!writeFaultSetOrFail(*kept, out, io)) return;
     io.out << "written: " << out.toStdString() << " (" << dropped.size() << " faults removed)\n";
 }
 

@@ -1,78 +1,25 @@
-#include <array>
-#include <map>
 #include <memory>
 
 #include <CLI/CLI.hpp>
-#include <QFileInfo>
 
 #include "commandline.h"
 #include "commands.h"
 #include "extractjob.h"
+#include "volumeinput.h"
 
 namespace kfaults {
 namespace {
 
 // What the command line gives besides the settings, before it is checked.
-struct ExtractArguments {
-    std::string input;
-    std::string format = "auto";
-    std::vector<int> size;
-    std::string byteOrder = "big";
-    std::string axisOrder = "zyx";
-    std::vector<double> spacing{1.0, 1.0, 1.0};
+struct ExtractArguments : VolumeArguments {
     std::string out = "kfaults-out";
 };
-
-// The input kind the user meant; false with `problem` set for an unknown one.
-bool inputKindOf(const ExtractArguments& a, InputKind& kind, QString& problem)
-{
-    if (a.input.empty()) {
-        kind = InputKind::Synthetic;
-        return true;
-    }
-    std::string format = a.format;
-    if (format == "auto")
-        format = volumeio::formatName(volumeio::formatOfFileName(QString::fromStdString(a.input))).toStdString();
-    static const std::map<std::string, InputKind> kKinds{
-        {"segy", InputKind::Segy}, {"raw", InputKind::Raw}, {"bloc", InputKind::Bloc}};
-    const auto it = kKinds.find(format);
-    if (it == kKinds.end()) {
-        problem = QStringLiteral("unknown input format \"%1\"").arg(QString::fromStdString(format));
-        return false;
-    }
-    kind = it->second;
-    return true;
-}
-
-bool rawLayoutOf(const ExtractArguments& a, volumeio::RawVolumeLayout& layout, QString& problem)
-{
-    if (a.size.size() != 3) {
-        problem = QStringLiteral("a raw volume needs --size NINLINE NCROSSLINE NSAMPLE");
-        return false;
-    }
-    layout.nInline = a.size[0];
-    layout.nCrossline = a.size[1];
-    layout.nSample = a.size[2];
-    layout.byteOrder = a.byteOrder == "little" ? volumeio::ByteOrder::LittleEndian
-                                               : volumeio::ByteOrder::BigEndian;
-    if (!volumeio::parseAxisOrder(QString::fromStdString(a.axisOrder), layout.axes)) {
-        problem = QStringLiteral("--axis-order takes three distinct letters of x, y, z, fastest first");
-        return false;
-    }
-    layout.spacing = core::vec3(a.spacing[0], a.spacing[1], a.spacing[2]);
-    return true;
-}
 
 void runExtractCommand(const ExtractArguments& a, ExtractOptions options, CommandIo& io)
 {
     QString problem;
-    if (!inputKindOf(a, options.input, problem)) return io.fail(problem, kExitFailure);
-    options.inputPath = QString::fromStdString(a.input);
+    if (!resolveInput(a, options.input, options.inputPath, options.raw, problem)) return io.fail(problem, kExitFailure);
     options.outputDir = QString::fromStdString(a.out);
-    if (options.input == InputKind::Raw && !rawLayoutOf(a, options.raw, problem))
-        return io.fail(problem, kExitFailure);
-    if (options.input != InputKind::Synthetic && !QFileInfo::exists(options.inputPath))
-        return io.fail(QStringLiteral("%1: no such file").arg(options.inputPath), kExitFailure);
     const ExtractResult result = runExtract(options);
     if (!result.ok())
         return io.fail(result.error, result.cancelled ? kExitCancelled : kExitFailure);
@@ -91,17 +38,10 @@ void addExtractCommand(CLI::App& tool, CommandIo& io)
         "--input is given) and write the fault set, surfaces, fault volume, pictures and "
         "report.json into the output folder. Each fault's surface is meshed from its sticks "
         "by the 3D fault patch (--surface-method). Prints the files written.");
-    c->add_option("-i,--input", arguments->input, "Likelihood volume: SEG-Y, raw float32 or block file");
-    c->add_option("--format", arguments->format, "Input format: auto (by extension), segy, raw, bloc")
-        ->check(CLI::IsMember({"auto", "segy", "raw", "bloc"}))->capture_default_str();
-    c->add_option("--size", arguments->size, "Raw input: samples along inline, crossline, sample")
-        ->expected(3);
-    c->add_option("--byte-order", arguments->byteOrder, "Raw input: big or little")
-        ->check(CLI::IsMember({"big", "little"}))->capture_default_str();
-    c->add_option("--axis-order", arguments->axisOrder,
-                  "Raw input: axes fastest first, x inline, y crossline, z sample")->capture_default_str();
-    c->add_option("--spacing", arguments->spacing, "Raw input: world units per voxel along x, y, z")
-        ->expected(3)->check(CLI::PositiveNumber);
+    addVolumeOptions(*c, *arguments, "Likelihood volume: SEG-Y, raw float32 or block file");
+    c->add_flag("--from-seismic", options->fromSeismic,
+                "The input is seismic amplitude (without --input: the built-in synthetic seismic): "
+                "its fault likelihood is computed first, as kfaults likelihood does");
     c->add_option("--synthetic-size", options->syntheticSize, "Built-in volume: voxels along each axis")
         ->check(CLI::Range(16, 1024))->capture_default_str();
     c->add_option("--seed", options->seed, "Built-in volume: seed of the noise")->capture_default_str();

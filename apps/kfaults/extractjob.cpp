@@ -6,19 +6,21 @@
 
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFileInfo>
 #include <QJsonArray>
-#include <QTemporaryDir>
 
+#include <faultextractionfromseismic.h>
 #include <faultextractionpipeline.h>
+#include <synthetic/syntheticseismic.h>
 #include <synthetic/syntheticvolume.h>
 #include <volumeio/volumesource.h>
 
 #include "extractoutputs.h"
 #include "interruptibleprogress.h"
 #include "lasterror.h"
+#include "outputfolder.h"
 #include "plantedtruth.h"
 #include "processmemory.h"
+#include "stagedfiles.h"
 
 namespace kfaults {
 namespace {
@@ -35,6 +37,18 @@ struct LoadedInput {
 LoadedInput loadInput(const ExtractOptions& o)
 {
     LoadedInput in;
+    if (o.input == InputKind::Synthetic && o.fromSeismic) {
+        const int n = o.syntheticSize;
+        fault::synthetic::SyntheticSeismic seismic =
+            fault::synthetic::generateSyntheticSeismic(fault::synthetic::defaultSeismicScene(n, n, n, o.seed));
+        if (!seismic.ok()) {
+            in.error = seismic.error;
+            return in;
+        }
+        in.truth = std::make_unique<PlantedTruth>(seismic.faults, seismic.plantedIds);
+        in.likelihood = std::move(seismic.amplitude);   // seismic amplitude until the attribute
+        return in;
+    }
     if (o.input == InputKind::Synthetic) {
         const int n = o.syntheticSize;
         fault::synthetic::SyntheticVolume volume =
@@ -87,13 +101,7 @@ ExtractResult failure(const QString& what)
 
 volumeio::VolumeSource volumeSourceOf(const ExtractOptions& o)
 {
-    volumeio::VolumeSource source;
-    source.path = o.inputPath;
-    source.raw = o.raw;
-    source.format = o.input == InputKind::Segy ? volumeio::VolumeFormat::Segy
-                    : o.input == InputKind::Bloc ? volumeio::VolumeFormat::Bloc
-                                                 : volumeio::VolumeFormat::Raw;
-    return source;
+    return volumeSource(o.input, o.inputPath, o.raw);
 }
 
 ExtractResult runExtract(const ExtractOptions& o)
@@ -103,8 +111,8 @@ ExtractResult runExtract(const ExtractOptions& o)
     total.start();
     const QString settingsProblem = o.sticks.problem();
     if (!settingsProblem.isEmpty()) return failure(settingsProblem);
-    if (!QDir().mkpath(o.outputDir))
-        return failure(QStringLiteral("%1: cannot create the output folder").arg(o.outputDir));
+    OutputFolder folder(o.outputDir);
+    if (!folder.isWritable()) return failure(folder.problem());
 
     StepClock clock;
     clock.start();
@@ -114,8 +122,10 @@ ExtractResult runExtract(const ExtractOptions& o)
     clock.stop("input");
 
     fault::FaultExtractionSettings settings{o.extraction, o.sticks, o.surfaceMethod, true};
-    fault::FaultExtraction x = fault::extractFaults(in.likelihood, in.units, settings, -1,
-                                                    [&clock](const char* step) { clock.stop(step); });
+    const auto observer = [&clock](const char* step) { clock.stop(step); };
+    fault::FaultExtraction x =
+        o.fromSeismic ? fault::extractFaultsFromSeismic(in.likelihood, in.units, o.attribute, settings, -1, observer)
+                      : fault::extractFaults(in.likelihood, in.units, settings, -1, observer);
     if (!x.ok()) return failure(LastError::withDetail(x.error));
 
     const ExtractionProducts products{o, *x.automatic, *x.picked, x.faults, x.surfaceSettings,
@@ -126,20 +136,15 @@ ExtractResult runExtract(const ExtractOptions& o)
                        {"faults", static_cast<int>(x.faults.size())},
                        {"duplicatePairs", x.duplicates.size()}};
 
-    QTemporaryDir staging(QDir(o.outputDir).filePath(QStringLiteral(".kfaults-partial-XXXXXX")));
-    if (!staging.isValid()) return failure(QStringLiteral("%1: cannot write in the output folder").arg(o.outputDir));
+    if (!folder.prepare()) return failure(folder.problem());
     ExtractResult result;
     QStringList staged;
-    const QString outputError = writeExtractionOutputs(products, staging.path(), clock.timings(),
+    const QString outputError = writeExtractionOutputs(products, folder.stagingPath(), clock.timings(),
                                                        clock.peaks(), counts, total, staged, result.report);
-    if (!outputError.isEmpty() || InterruptibleProgress::interrupted()) return failure(outputError);
-    for (const QString& file : staged) {
-        const QString target = QDir(o.outputDir).absoluteFilePath(QFileInfo(file).fileName());
-        QFile::remove(target);
-        if (!QFile::rename(file, target))
-            return failure(QStringLiteral("%1: cannot be written").arg(target));
-        result.files << target;
-    }
+    // Errors name the files where the user will look for them, not where they are staged.
+    if (!outputError.isEmpty() || InterruptibleProgress::interrupted())
+        return failure(QString(outputError).replace(folder.stagingPath(), QDir(o.outputDir).path()));
+    if (!folder.commit(staged, result.files, o.testStopAfterMoves)) return failure(folder.problem());
     return result;
 }
 

@@ -5,27 +5,26 @@
 #include <QString>
 #include <QStringList>
 
+#include <attribute/faultattributesettings.h>
 #include <automaticfaultextraction.h>
 #include <volumeio/rawvolume.h>
 #include <volumeio/volumesource.h>
 #include <zn3dfaultpatchlight.h>
 #include <znfaultsticksfromvoxels.h>
 
-namespace kfaults {
+#include "volumeinput.h"
 
-// Where the likelihood volume of an extraction comes from.
-enum class InputKind {
-    Synthetic,  // the built-in scene (defaultScene), generated in memory
-    Segy,       // a 3D post-stack SEG-Y file
-    Raw,        // raw float32 samples, layout given
-    Bloc,       // a block file of the library
-};
+namespace kfaults {
 
 // Everything `kfaults extract` needs. Defaults: the built-in 128^3 scene, seed 1, the
 // library's extraction and stick defaults, surfaces by "Minimum Envelop", outputs with
 // pictures in "kfaults-out".
 struct ExtractOptions {
     InputKind input = InputKind::Synthetic;
+    bool fromSeismic = false;                 // the input is seismic amplitude (built in:
+                                              // the synthetic seismic), whose fault
+                                              // likelihood is computed first
+    fault::attribute::FaultAttributeSettings attribute;   // for fromSeismic
     QString inputPath;                        // for every kind but Synthetic
     volumeio::RawVolumeLayout raw;            // for Raw
     int syntheticSize = 128;                  // voxels along each axis of the built-in scene
@@ -36,6 +35,9 @@ struct ExtractOptions {
     QString outputDir = QStringLiteral("kfaults-out");
     bool pictures = true;
     int unfoldedPictures = 4;                 // largest faults drawn unfolded
+    // For tests: stop the final move into the output folder after this many of its steps,
+    // as a killed run would (OutputFolder::commit); -1 runs it whole.
+    int testStopAfterMoves = -1;
 };
 
 // The outcome: on success the files written (absolute paths, report.json last) and the
@@ -56,10 +58,11 @@ volumeio::VolumeSource volumeSourceOf(const ExtractOptions& options);
 // (fault::extractFaults: segmentation, fault set from the labels, merging, sticks,
 // duplicates, surfaces), then the outputs. Each full-size volume is released as soon
 // as the next step no longer needs it, so that at most the likelihood and its labels
-// are held at once. Outputs are written into a temporary
-// folder inside the output folder and moved into place only once every one of them is
-// complete, so an error or a cancel leaves the output folder as it was (a file of the
-// same name from an earlier run is replaced only at the end).
+// are held at once. Outputs are written into a staging folder inside the output folder
+// and moved into place only once every one of them is complete (OutputFolder), so an
+// error or a cancel leaves the output folder as it was; the final move replaces each
+// earlier output in one step, removes earlier outputs this run did not write and moves
+// report.json in last, the mark of a complete run.
 ExtractResult runExtract(const ExtractOptions& options);
 
 } // namespace kfaults

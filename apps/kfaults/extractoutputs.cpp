@@ -1,6 +1,7 @@
 #include "extractoutputs.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 
 #include <QDir>
@@ -14,10 +15,11 @@
 #include <volumeio/rawvolume.h>
 #include <znbloc.h>
 #include <znfaultpatchmanager.h>
+#include <znwritefailure.h>
 
+#include "commands.h"
 #include "faultmesh.h"
 #include "faultunfolding.h"
-#include "lasterror.h"
 #include "mapviewpicture.h"
 #include "perspectivepicture.h"
 #include "picturefile.h"
@@ -28,10 +30,13 @@
 namespace kfaults {
 namespace {
 
-bool saveText(const QString& path, const QByteArray& bytes)
+// Empty on success, else why `path` cannot be written.
+QString saveText(const QString& path, const QByteArray& bytes)
 {
+    errno = 0;  // a failure names the system call that failed after this point
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit();
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) return QString();
+    return QStringLiteral("%1: cannot be written (%2)").arg(path, ZNWriteFailure::reason(file, errno));
 }
 
 // The fault volume: raw int32 samples (little-endian, inline fastest) beside a text
@@ -49,13 +54,15 @@ QString writeFaultVolume(const ZN3DImage<int>& labels, const QDir& dir, QStringL
         "byteOrder little\naxisOrder xyz\nnoValue -9999\n")
         .arg(OutputNames::volumeRaw).arg(labels.nx()).arg(labels.ny()).arg(labels.nz());
     const QString headerPath = dir.filePath(OutputNames::volumeHeader);
-    if (!saveText(headerPath, header.toUtf8())) return QStringLiteral("%1: cannot be written").arg(headerPath);
+    const QString headerError = saveText(headerPath, header.toUtf8());
+    if (!headerError.isEmpty()) return headerError;
     written << headerPath;
     const QString blocPath = dir.filePath(OutputNames::volumeBloc);
     ZNBloc bloc;
+    errno = 0;  // a failure names the system call that failed after this point
     if (!bloc.create(blocPath, labels.blocSpace(), 0, labels.nz(), ZNBloc::Int32) ||
         !bloc.writeSlices(0, labels, 0, labels.nz()) || !bloc.close())
-        return LastError::withDetail(QStringLiteral("%1: cannot be written").arg(blocPath));
+        return cannotBeWritten(blocPath, errno);
     written << blocPath;
     return QString();
 }
@@ -128,6 +135,7 @@ QJsonObject inputJson(const ExtractOptions& o, const georef::BlocSpace& space)
                    {"size", QJsonArray{space.nx(), space.ny(), space.nz()}}};
     if (o.input == InputKind::Synthetic) in.insert("seed", QString::number(o.seed));
     else in.insert("path", QDir().absoluteFilePath(o.inputPath));
+    in.insert("seismic", o.fromSeismic);
     return in;
 }
 
@@ -193,15 +201,15 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
     timer.start();
     const QDir dir(folder);
     const QString setPath = dir.filePath(OutputNames::faultSet);
-    if (!p.picked.writePickedFault(setPath, false, nullptr, false))
-        return LastError::withDetail(QStringLiteral("%1: cannot be written").arg(setPath));
+    errno = 0;  // a failure names the system call that failed after this point
+    if (!p.picked.writePickedFault(setPath, false, nullptr, false)) return cannotBeWritten(setPath, errno);
     written << setPath;
     const QString surfacePath = dir.filePath(OutputNames::surfaces);
     // A raw volume or the built-in scene says nothing of its vertical domain.
     const auto domain = p.picked.GetUnitObject().isTime() ? fault::exchange::VerticalDomain::Time
                                                           : fault::exchange::VerticalDomain::Unknown;
     const fault::exchange::ExchangeStatus status = fault::exchange::writeGocadTSurf(surfacePath, p.meshes, domain);
-    if (!status) return status.message;
+    if (!status) return QStringLiteral("%1: %2").arg(surfacePath, status.detail);
     written << surfacePath;
 
     QJsonObject match;
@@ -235,8 +243,8 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
                          {"faults", faultsJson(p)}};
     if (p.truth) report.insert("match", match);
     const QString reportPath = dir.filePath(OutputNames::report);
-    if (!saveText(reportPath, QJsonDocument(report).toJson(QJsonDocument::Indented)))
-        return QStringLiteral("%1: cannot be written").arg(reportPath);
+    const QString reportError = saveText(reportPath, QJsonDocument(report).toJson(QJsonDocument::Indented));
+    if (!reportError.isEmpty()) return reportError;
     written << reportPath;
     return QString();
 }

@@ -1,3 +1,5 @@
+#include <vector>
+
 #include <CLI/CLI.hpp>
 #include <QFileInfo>
 
@@ -13,19 +15,21 @@
 namespace kfaults {
 namespace {
 
-// Sticks and points of every patch of the fault of `faultId`.
+// Sticks and points of the patches of one fault.
 struct FaultCounts {
-    int sticks = 0;
-    int points = 0;
+    long long sticks = 0;
+    long long points = 0;
 };
 
-FaultCounts countFault(const ZNFaultPatchManager& set, int faultId)
+// The counts of every fault at its root's index, in one pass over the patches.
+std::vector<FaultCounts> countFaults(const ZNFaultPatchManager& set)
 {
-    FaultCounts counts;
+    std::vector<FaultCounts> counts(static_cast<std::size_t>(set.getNumberOfPatch()));
     for (int patch = 1; patch < set.getNumberOfPatch(); ++patch) {
-        if (set.getFather(patch) != faultId) continue;
-        counts.sticks += set.getNumberOfSticks(patch);
-        counts.points += set.getNumberOfValidPickedPoint(patch);
+        const int root = set.getFather(patch);
+        if (root < 1 || root >= set.getNumberOfPatch()) continue;
+        counts[root].sticks += set.getNumberOfSticks(patch);
+        counts[root].points += set.getNumberOfValidPickedPoint(patch);
     }
     return counts;
 }
@@ -45,7 +49,9 @@ void runInfo(const std::string& file, CommandIo& io)
     const QString path = QString::fromStdString(file);
     if (!QFileInfo::exists(path)) return io.fail(QStringLiteral("%1: no such file").arg(path), kExitFailure);
     ZNFaultPatchManager set;
-    if (!set.readPickedFault(path, false, ZNFaultPatchManager::kNoProgressBar)) {
+    const bool read = set.readPickedFault(path, false, kTopLevelBar);
+    if (stopIfInterrupted(io)) return;
+    if (!read) {
         const QString why = LastError::withDetail(QStringLiteral("%1: neither a fault set file nor a block file").arg(path));
         ZNBloc bloc;
         if (bloc.open(path)) return describeBloc(path, bloc, io.out);
@@ -60,11 +66,13 @@ void runInfo(const std::string& file, CommandIo& io)
         << "version: " << set.getVersion() << '\n'
         << "patches: " << set.getNumberOfPatch() << '\n'
         << "faults: " << set.getFaultLightList().size() << '\n'
-        << "crs: " << crs.toStdString() << '\n'
+        << "crs: " << printable(crs).toStdString() << '\n'
         << "domain: " << (units.isTime() ? "time" : "depth") << '\n';
+    const std::vector<FaultCounts> counts = countFaults(set);
     for (const ZN3DFaultPatchLight* light : set.getFaultLightList()) {
-        const FaultCounts c = countFault(set, light->getFaultId());
-        out << "fault " << light->getFaultId() << " \"" << light->GetFaultName().toStdString()
+        const int id = light->getFaultId();
+        const FaultCounts c = id >= 1 && id < set.getNumberOfPatch() ? counts[id] : FaultCounts();
+        out << "fault " << light->getFaultId() << " \"" << printable(light->GetFaultName()).toStdString()
             << "\": " << c.sticks << " sticks, " << c.points << " points\n";
     }
 }

@@ -31,10 +31,14 @@ void runMesh(const MeshArguments& a, CommandIo& io)
     std::vector<int> faultIds;
     for (const ZN3DFaultPatchLight* light : set.getFaultLightList()) faultIds.push_back(light->getFaultId());
     std::vector<fault::exchange::TriangleMesh> meshes;
-    for (int faultId : faultIds) meshes.push_back(fault::meshFault(set, faultId, settings).mesh);
+    for (int faultId : faultIds) {
+        if (stopIfInterrupted(io)) return;
+        meshes.push_back(fault::meshFault(set, faultId, settings).mesh);
+    }
+    if (stopIfInterrupted(io)) return;
     const fault::exchange::ExchangeStatus status =
         fault::exchange::writeGocadTSurf(out, meshes, verticalDomainOf(set));
-    if (!status) return io.fail(status.message, kExitFailure);
+    if (!status) return io.fail(QStringLiteral("%1: %2").arg(out, status.detail), kExitFailure);
     io.out << out.toStdString() << '\n';
 }
 

@@ -8,10 +8,15 @@
 namespace kfaults {
 
 PlantedTruth::PlantedTruth(fault::synthetic::SyntheticVolume& volume)
-    : m_faults(volume.faults), m_space(volume.plantedIds.blocSpace())
+    : PlantedTruth(volume.faults, volume.plantedIds)
 {
-    const int* ids = volume.plantedIds.data();
-    const std::size_t count = volume.plantedIds.voxelCount();
+}
+
+PlantedTruth::PlantedTruth(std::vector<fault::synthetic::PlantedFault> faults, ZN3DImage<int>& plantedIds)
+    : m_faults(std::move(faults)), m_space(plantedIds.blocSpace())
+{
+    const int* ids = plantedIds.data();
+    const std::size_t count = plantedIds.voxelCount();
     constexpr std::uint32_t kLongestRun = std::numeric_limits<std::uint32_t>::max();
     for (std::size_t i = 0; i < count; ++i) {
         if (ids[i] == core::kNoValue) continue;
@@ -22,7 +27,7 @@ PlantedTruth::PlantedTruth(fault::synthetic::SyntheticVolume& volume)
         else m_runs.push_back({i, 1, ids[i]});
     }
     m_runs.shrink_to_fit();
-    volume.plantedIds = ZN3DImage<int>();
+    plantedIds = ZN3DImage<int>();
 }
 
 ZN3DImage<int> PlantedTruth::plantedIds() const

@@ -21,6 +21,8 @@ public:
     // Takes the planted faults of `volume` and encodes its planted-id image, which is
     // released (left empty) once encoded; the likelihood is left as it is.
     explicit PlantedTruth(fault::synthetic::SyntheticVolume& volume);
+    // The same from planted faults and their id image, which is released once encoded.
+    PlantedTruth(std::vector<fault::synthetic::PlantedFault> faults, ZN3DImage<int>& plantedIds);
 
     const std::vector<fault::synthetic::PlantedFault>& faults() const { return m_faults; }
     // Number of runs held (for tests and sizing).

@@ -3,16 +3,14 @@
 #include <CLI/CLI.hpp>
 #include <QFileInfo>
 
-#include <core/multiarray.h>
+#include <exchange/faultsetsticks.h>
 #include <exchange/stickformat.h>
-#include <exchange/stickrows.h>
 #include <exchange/stickset.h>
 #include <zn3dfaultpatchlight.h>
 #include <znfaultpatchmanager.h>
 
 #include "commandline.h"
 #include "commands.h"
-#include "lasterror.h"
 
 namespace kfaults {
 namespace {
@@ -51,20 +49,14 @@ void runImport(const SticksArguments& a, CommandIo& io)
     if (!formatOf(a.format, in, format, problem)) return io.fail(problem, kExitFailure);
     fault::exchange::StickSet sticks;
     const fault::exchange::ExchangeStatus status = fault::exchange::readSticks(in, format, sticks);
-    if (!status) return io.fail(status.message, kExitFailure);
-    core::MultiArray<core::vec3> rows;
-    QStringList names;
-    if (!fault::exchange::toStickRows(sticks, rows, names))
-        return io.fail(QStringLiteral("out of memory"), kExitFailure);
-    const bool time = sticks.domain == fault::exchange::VerticalDomain::Time;
-    const georef::UnitObject units(georef::UnitObject::SpatialMetre,
-                                   time ? georef::UnitObject::VerticalMillisecond
-                                        : georef::UnitObject::VerticalMetre);
-    ZNFaultPatchManager set(rows, units);
-    for (int r = 0; r < names.size(); ++r)
-        if (ZN3DFaultPatchLight* light = set.findFaultLight(r + 1)) light->SetFaultName(names[r]);
-    if (!set.writePickedFault(out, false, nullptr, false))
-        return io.fail(LastError::withDetail(QStringLiteral("%1: cannot be written").arg(out)), kExitFailure);
+    if (stopIfInterrupted(io)) return;
+    if (!status) return io.fail(QStringLiteral("%1: %2").arg(in, status.detail), kExitFailure);
+    const std::unique_ptr<ZNFaultPatchManager> set(fault::exchange::faultSetFromSticks(sticks));
+    if (!set) return io.fail(QStringLiteral("out of memory"), kExitFailure);
+    keepFaultNamesApart(*set, io);
+    if (stopIfInterrupted(io)) return;
+    // The save's bar lets Ctrl-C stop it before the target is replaced.
+    if (!writeFaultSetOrFail(*set, out, io)) return;
     io.out << out.toStdString() << '\n';
 }
 
@@ -80,21 +72,11 @@ void runExport(const SticksArguments& a, CommandIo& io)
                        kExitFailure);
     ZNFaultPatchManager set;
     if (!readFaultSetOrFail(set, in, io)) return;
-    const QList<ZN3DFaultPatchLight*>& lights = set.getFaultLightList();
-    core::MultiArray<core::vec3> rows;
-    if (!rows.init(lights.size())) return io.fail(QStringLiteral("out of memory"), kExitFailure);
-    QStringList names;
-    for (int f = 0; f < lights.size(); ++f) {
-        core::Array<core::PointWithBool> points;
-        set.getFaultPickedPointArray(lights[f]->getFaultId(), points);
-        for (int k = 0; k < points.size(); ++k)
-            rows.addElement(f, core::vec3(points[k].x, points[k].y, points[k].z), false);
-        names << lights[f]->GetFaultName();
-    }
-    fault::exchange::StickSet sticks = fault::exchange::fromStickRows(rows, names);
-    sticks.domain = verticalDomainOf(set);
+    keepFaultNamesApart(set, io);  // a stick file joins faults of one name
+    const fault::exchange::StickSet sticks = fault::exchange::sticksOfFaultSet(set);
+    if (stopIfInterrupted(io)) return;
     const fault::exchange::ExchangeStatus status = fault::exchange::writeSticks(out, format, sticks);
-    if (!status) return io.fail(status.message, kExitFailure);
+    if (!status) return io.fail(QStringLiteral("%1: %2").arg(out, status.detail), kExitFailure);
     io.out << out.toStdString() << '\n';
 }
 

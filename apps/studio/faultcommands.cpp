@@ -13,6 +13,30 @@ QString tr(const char* text)
 }
 } // namespace
 
+FaultSetHistoryCommand::FaultSetHistoryCommand(FaultSetDocument* document, const QString& action, int steps)
+    : m_document(document), m_steps(steps)
+{
+    setText(action);
+}
+
+void FaultSetHistoryCommand::redo()
+{
+    if (m_made) {
+        m_made = false;
+        return;
+    }
+    core::vec3 focus;
+    for (int k = 0; k < m_steps; ++k) m_document->faultSet()->redoWithLastConfiguration(focus);
+    m_document->refreshFromFaultSet();
+}
+
+void FaultSetHistoryCommand::undo()
+{
+    core::vec3 focus;
+    for (int k = 0; k < m_steps; ++k) m_document->faultSet()->undoWithLastConfiguration(focus);
+    m_document->refreshFromFaultSet();
+}
+
 RenameFaultCommand::RenameFaultCommand(FaultSetDocument* document, int faultId, const QString& name)
     : m_document(document), m_faultId(faultId), m_name(name), m_previous(document->faultName(faultId))
 {

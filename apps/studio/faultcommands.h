@@ -13,6 +13,21 @@ class FaultSetDocument;
 // pushed on its document's undo stack, which applies it (redo) at once; its text is what
 // Edit > Undo and Redo say. A command whose edit cannot be made does nothing either way.
 
+// One edit of the fault set's own history (a picking edit): the edit is made when the
+// step is recorded, so the first redo does nothing; undo and redo walk the fault set's
+// snapshots over the steps the edit spans, then the document follows the fault set.
+class FaultSetHistoryCommand : public QUndoCommand {
+public:
+    FaultSetHistoryCommand(FaultSetDocument* document, const QString& action, int steps);
+    void redo() override;
+    void undo() override;
+
+private:
+    FaultSetDocument* m_document;
+    int m_steps;
+    bool m_made = true;  // the edit is in effect already: the first redo is the push
+};
+
 // Renames one fault.
 class RenameFaultCommand : public QUndoCommand {
 public:

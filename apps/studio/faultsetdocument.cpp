@@ -4,16 +4,26 @@
 
 #include <core/conventions.h>
 #include <zn3dfaultpatch.h>
+#include <znfaultpickingsession.h>
+
+#include "faultcommands.h"
 
 FaultSetDocument::FaultSetDocument(std::unique_ptr<ZNFaultPatchManager> set,
                                    std::map<int, std::unique_ptr<ZN3DFaultPatch>> surfaces,
                                    const QString& path, const QString& name, QObject* parent)
     : QObject(parent), m_set(std::move(set)), m_surfaces(std::move(surfaces)), m_path(path),
-      m_name(name), m_undo(new QUndoStack(this))
+      m_name(name), m_undo(new QUndoStack(this)), m_picking(new ZNFaultPickingSession(m_set.get(), this))
 {
+    m_undo->setUndoLimit(kUndoLimit);
     for (int faultId : faultIds())
         if (!m_surfaces.count(faultId)) makeSurface(faultId);
     connect(m_undo, &QUndoStack::cleanChanged, this, [this] { emit modifiedChanged(isModified()); });
+    connect(m_picking, &ZNFaultPickingSession::edited, this, &FaultSetDocument::onPickingEdit);
+    connect(m_picking, &ZNFaultPickingSession::historyRestarted, this, [this] {
+        // The fault set grew: its earlier snapshots restore nothing any more.
+        m_undo->clear();
+        markModified();
+    });
 }
 
 FaultSetDocument::~FaultSetDocument()
@@ -159,11 +169,63 @@ void FaultSetDocument::surfaceSettingsChanged(int faultId, bool remesh)
     light->copy(s, false);
     markModified();
     if (remesh) {
+        s->setPickedPoints(pointsOf(faultId));
         s->updateMeshWithPickedPoint();
         emit faultGeometryChanged(faultId);
     }
     emit faultsChanged();
     emit faultAppearanceChanged(faultId);
+}
+
+core::Array<core::PointWithBool> FaultSetDocument::pointsOf(int faultId) const
+{
+    core::Array<core::PointWithBool> points;
+    m_set->getFaultPickedPointArray(faultId, points);
+    return points;
+}
+
+void FaultSetDocument::onPickingEdit(const QString& action, int faultId, int steps)
+{
+    m_undo->push(new FaultSetHistoryCommand(this, action, steps));
+    refreshFromFaultSet();
+    emit picked(action, faultId);
+}
+
+void FaultSetDocument::refreshFromFaultSet()
+{
+    const QList<int> ids = faultIds();
+    bool listChanged = false;
+    for (auto it = m_surfaces.begin(); it != m_surfaces.end();) {
+        if (ids.contains(it->first)) {
+            ++it;
+            continue;
+        }
+        it = m_surfaces.erase(it);
+        listChanged = true;
+    }
+    for (int faultId : ids) {
+        ZN3DFaultPatch* s = surface(faultId);
+        if (!s) {
+            makeSurface(faultId);
+            listChanged = true;
+            continue;
+        }
+        const ZN3DFaultPatchLight* light = m_set->findFaultLight(faultId);
+        if (light && (light->GetFaultName() != s->GetFaultName() || light->getPen() != s->getPen())) {
+            s->setDescriptor(*light);
+            emit faultAppearanceChanged(faultId);
+        }
+        const core::Array<core::PointWithBool> points = pointsOf(faultId);
+        const core::Array<core::PointWithBool>& shown = s->getPickedPoints();
+        bool same = points.size() == shown.size();
+        for (int k = 0; same && k < points.size(); ++k)
+            same = points[k].position() == shown[k].position() && points[k].flag == shown[k].flag;
+        if (same) continue;
+        s->setPickedPoints(points);
+        s->updateMeshWithPickedPoint();
+        emit faultGeometryChanged(faultId);
+    }
+    if (listChanged) emit faultsChanged();
 }
 
 void FaultSetDocument::makeSurface(int faultId)

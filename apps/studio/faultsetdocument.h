@@ -9,6 +9,7 @@
 #include <znfaultpatchmanager.h>
 
 class QUndoStack;
+class ZNFaultPickingSession;
 class ZN3DFaultPatch;
 class ZNObject;
 
@@ -33,6 +34,12 @@ public:
 
     ZNFaultPatchManager* faultSet() const { return m_set.get(); }
     QUndoStack* undoStack() const { return m_undo; }
+    // The picking front end of this fault set: its edits become steps of the undo stack
+    // and remesh the fault they changed.
+    ZNFaultPickingSession* pickingSession() const { return m_picking; }
+    // History steps the undo stack keeps: each picking edit spans at most two of the fault
+    // set's snapshots, which keeps every step restorable within its history limit.
+    static constexpr int kUndoLimit = ZNFaultPatchManager::kDefaultHistoryLimit / 2;
     const QString& path() const { return m_path; }
     void setPath(const QString& path);
     const QString& name() const { return m_name; }
@@ -69,10 +76,18 @@ public:
 
     // After the surface of `faultId` changed one of its settings (its property sheet):
     // the fault set's descriptor takes the surface's settings, and with `remesh` the
-    // surface is meshed again.
+    // surface takes the fault's picked points and is meshed again.
     void surfaceSettingsChanged(int faultId, bool remesh);
+    // After the fault set changed under the surfaces (a picking edit, an undo or redo of
+    // its history): a surface is made for every new fault and dropped for every fault
+    // gone, and each surface whose fault's hand-picked points changed takes them and is
+    // meshed again. Signals what changed.
+    void refreshFromFaultSet();
 
 signals:
+    // A picking edit was made (after the undo step was recorded and the surface meshed):
+    // the host auto-saves here.
+    void picked(const QString& action, int faultId);
     // Faults were added, removed or renamed: lists of faults must be rebuilt.
     void faultsChanged();
     // The name, colour or visibility of a fault changed.
@@ -83,6 +98,9 @@ signals:
 
 private:
     void makeSurface(int faultId);
+    // The fault's picked points as its surface takes them.
+    core::Array<core::PointWithBool> pointsOf(int faultId) const;
+    void onPickingEdit(const QString& action, int faultId, int steps);
     void setDirty(bool dirty);
 
     std::unique_ptr<ZNFaultPatchManager> m_set;
@@ -91,5 +109,6 @@ private:
     QString m_path;
     QString m_name;
     QUndoStack* m_undo;
+    ZNFaultPickingSession* m_picking;
     bool m_dirty = false;  // edits outside the undo stack since the last save
 };

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QElapsedTimer>
+#include <QMessageBox>
 #include <QTimer>
 
 #include <cstdio>
@@ -64,6 +65,12 @@ int main(int argc, char** argv)
     StudioWindow window(StudioWindow::Options{});
     if (parser.isSet(screenshot)) screenshotWhenReady(window, parser.value(screenshot), sinceStart);
     window.show();
+    window.offerEmergencyRestore([&window](const QStringList& files) {
+        return QMessageBox::question(&window, QObject::tr("Restore picking"),
+                                     QObject::tr("The last session ended without saving its picks. Restore them from "
+                                                 "its emergency saves?\n%1")
+                                         .arg(files.join(QLatin1Char('\n')))) == QMessageBox::Yes;
+    });
     if (parser.isSet(demo)) window.openDemo();
     window.openFiles(parser.positionalArguments());
     return app.exec();

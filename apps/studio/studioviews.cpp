@@ -3,6 +3,10 @@
 #include <QMdiSubWindow>
 
 #include <zn3dfaultpatch.h>
+#include <znfaulteraser.h>
+#include <znfaultpatchmanager.h>
+#include <znfaultpickingsession.h>
+#include <znfaultpickingtool.h>
 #include <znfaultsectiondrawable.h>
 #include <znframe.h>
 #include <znprocess.h>
@@ -63,8 +67,20 @@ ZNSectionView* StudioViews::openSectionView(ZNVolume* volume, Kind kind)
                                                                      : img::ColourScale::Map::Seismic);
     engine->setSection(kind, engine->sectionCount(kind) / 2);
     auto* view = new ZNSectionView(std::move(engine));
-    m_sections.append({view, volume, {}});
-    for (FaultSetDocument* document : m_project->faultSets()) addFaultSetTo(m_sections.last(), document);
+    m_sections.append({view, view, volume, {}, nullptr, nullptr});
+    SectionEntry& entry = m_sections.last();
+    for (FaultSetDocument* document : m_project->faultSets()) addFaultSetTo(entry, document);
+    auto picking = std::make_unique<ZNFaultPickingTool>();
+    auto eraser = std::make_unique<ZNFaultEraser>();
+    entry.picking = picking.get();
+    entry.eraser = eraser.get();
+    view->viewer()->addTool(ZNFaultPickingTool::modeName(), std::move(picking));
+    view->viewer()->addTool(ZNFaultEraser::modeName(), std::move(eraser));
+    applyInteraction(entry);
+    // The picked fault's automatic points follow the section shown in the view picked in.
+    connect(view->viewer(), &ZNSectionViewer::sectionChanged, this, [this, view] {
+        if (m_session && !m_mode.isEmpty()) m_session->sectionChanged(view->engine());
+    });
     if (m_hasReference) view->engine().setReferencePoint(m_reference);
     connect(view->viewer(), &ZNSectionViewer::referencePointPicked, this, [this, view](const core::vec3& world) {
         m_referenceOrigin = view;
@@ -83,9 +99,11 @@ ZNSectionView* StudioViews::openSectionView(ZNVolume* volume, Kind kind)
             }
         }
     });
-    connect(view, &QObject::destroyed, this, [this] {
+    // Compared as a plain object: while it is destroyed the view is no longer a view.
+    const QObject* identity = view;
+    connect(view, &QObject::destroyed, this, [this, identity] {
         for (int i = m_sections.size() - 1; i >= 0; --i)
-            if (!m_sections[i].view) m_sections.removeAt(i);
+            if (m_sections[i].identity == identity) m_sections.removeAt(i);
     });
     m_frame->addSubWindow(view, QStringLiteral("%1 \u2014 %2").arg(volume->name(), kindName(kind)));
     return view;
@@ -111,6 +129,31 @@ void StudioViews::setReferencePoint(const core::vec3& world)
     m_reference = world;
     m_hasReference = true;
     ZNProcess::sendActionToMdi(kUpdateReferencePoint, nullptr);
+}
+
+void StudioViews::setInteraction(const QString& mode, ZNFaultPickingSession* session)
+{
+    m_mode = mode;
+    m_session = session;
+    for (SectionEntry& e : m_sections)
+        if (e.view) applyInteraction(e);
+}
+
+void StudioViews::applyInteraction(SectionEntry& entry)
+{
+    ZNFaultPickingSession* session = m_session.data();
+    entry.picking->setSession(session);
+    entry.eraser->setSession(session);
+    ZNSeismicViewerAbstractEngine& engine = entry.view->engine();
+    engine.removeDrawable(entry.eraser->outline().get());
+    if (m_mode == ZNFaultEraser::modeName()) engine.addDrawable(entry.eraser->outline());
+    // The patches of the fault being picked are the ones the view shows for picking.
+    engine.setPatchShown([session](const ZNObject* set, int patchId) {
+        return session && set == static_cast<const ZNObject*>(session->faultSet()) &&
+               session->faultSet()->getFather(patchId) == session->currentFault();
+    });
+    entry.view->viewer()->setMouseMode(m_mode);
+    entry.view->viewer()->setCursor(m_mode.isEmpty() ? Qt::ArrowCursor : Qt::CrossCursor);
 }
 
 void StudioViews::centreOn(const core::vec3& world)

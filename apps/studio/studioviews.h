@@ -11,6 +11,9 @@
 
 class FaultSetDocument;
 class StudioProject;
+class ZNFaultEraser;
+class ZNFaultPickingSession;
+class ZNFaultPickingTool;
 class ZNFaultSectionDrawable;
 class ZNFrame;
 class ZNSectionView;
@@ -45,6 +48,12 @@ public:
     // goes to its section through it).
     void centreOn(const core::vec3& world);
 
+    // What the mouse does in every section view: navigate (an empty name), pick faults
+    // (ZNFaultPickingTool::modeName()) or erase their points (ZNFaultEraser::modeName()),
+    // for the fault set of `session` (the picking session of the document being picked).
+    void setInteraction(const QString& mode, ZNFaultPickingSession* session);
+    const QString& interactionMode() const { return m_mode; }
+
 signals:
     // A fault's sticks or trace clicked in a view.
     void faultClicked(FaultSetDocument* document, int faultId);
@@ -52,9 +61,13 @@ signals:
 private:
     struct SectionEntry {
         QPointer<ZNSectionView> view;
+        const QObject* identity = nullptr;  // the view, for comparisons while it is destroyed
         ZNVolume* volume = nullptr;
         std::map<const FaultSetDocument*, std::shared_ptr<ZNFaultSectionDrawable>> faults;
+        ZNFaultPickingTool* picking = nullptr;  // owned by the view's viewer
+        ZNFaultEraser* eraser = nullptr;
     };
+    void applyInteraction(SectionEntry& entry);
     void addFaultSet(FaultSetDocument* document);
     void addFaultSetTo(SectionEntry& entry, FaultSetDocument* document);
     // Calls `f(drawable)` for the drawable of `document` in every view.
@@ -74,4 +87,6 @@ private:
     FaultSetDocument* m_currentDocument = nullptr;
     int m_currentFault = -9999;
     int m_referenceHandler = 0;
+    QString m_mode;
+    QPointer<ZNFaultPickingSession> m_session;
 };

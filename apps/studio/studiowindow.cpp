@@ -26,6 +26,15 @@
 #include <zn3dfaultpatch.h>
 #include <property/znpropertysheet.h>
 
+#include <QDir>
+#include <QFileInfo>
+
+#include <znfaulteraser.h>
+#include <znfaultpatchtools.h>
+#include <znfaultpickingsession.h>
+#include <znfaultpickingtool.h>
+#include <znsettings.h>
+
 #include "faultcommands.h"
 #include "faultsetdocument.h"
 #include "studioproject.h"
@@ -76,6 +85,17 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
         if (m_currentVolume == volume) m_currentVolume = nullptr;
     });
     connect(this, &StudioWindow::currentFaultChanged, m_views, &StudioViews::setCurrentFault);
+    connect(m_project, &StudioProject::faultSetAdded, this, [this](FaultSetDocument* document) {
+        // A fault the picking makes current is the current fault everywhere; every pick
+        // counts towards the emergency save.
+        connect(document->pickingSession(), &ZNFaultPickingSession::currentFaultChanged, this,
+                [this, document](int faultId) { m_studioTree->selectFault(document, faultId); });
+        connect(document, &FaultSetDocument::picked, this, [document] {
+            ZNFaultPatchManager* set = document->faultSet();
+            QDir().mkpath(workingFolder());
+            set->autoSave(workingFolder(), false, set->GetUnitObject().isTime());
+        });
+    });
     connect(m_views, &StudioViews::faultClicked, this,
             [this](FaultSetDocument* document, int faultId) { m_studioTree->selectFault(document, faultId); });
     connect(m_studioTree, &StudioTree::propertiesRequested, this, [this] {
@@ -188,6 +208,31 @@ void StudioWindow::buildMenus()
     QMenu* faults = new QMenu(tr("Fa&ults"), this);
     faults->setObjectName(QStringLiteral("faultsMenu"));
     faults->addAction(tr("&Extract from Likelihood Volume..."), this, [this] { chooseAndExtract(); });
+    faults->addSeparator();
+    m_interactionGroup = new QActionGroup(this);
+    const std::tuple<QString, Interaction, QKeySequence> modes[] = {
+        {tr("&Navigate"), Interaction::Navigate, QKeySequence(Qt::Key_Escape)},
+        {tr("&Pick Faults"), Interaction::Pick, QKeySequence(Qt::CTRL | Qt::Key_P)},
+        {tr("E&rase Points"), Interaction::Erase, QKeySequence(Qt::CTRL | Qt::Key_E)}};
+    for (const auto& mode : modes) {
+        QAction* a = faults->addAction(std::get<0>(mode));
+        a->setCheckable(true);
+        a->setChecked(std::get<1>(mode) == m_interaction);
+        a->setShortcut(std::get<2>(mode));
+        a->setActionGroup(m_interactionGroup);
+        a->setData(static_cast<int>(std::get<1>(mode)));
+        const Interaction interaction = std::get<1>(mode);
+        connect(a, &QAction::triggered, this, [this, interaction] { setInteraction(interaction); });
+    }
+    faults->addSeparator();
+    faults->addAction(tr("New Fault &Set"), this, [this] { newFaultSet(); });
+    faults->addAction(tr("New &Fault"), this, [this] {
+        if (FaultSetDocument* d = targetDocument() ? targetDocument() : newFaultSet()) d->pickingSession()->newFault();
+    });
+    faults->addAction(tr("&Clean Picking of Current Fault"), this, [this] {
+        if (m_currentDocument && !m_currentDocument->pickingSession()->cleanCurrentFault())
+            ZNEventBus::sendMessage(ZNEventBus::Information, tr("Nothing to clean in the current fault"));
+    });
 
     QMenu* newView = new QMenu(tr("New &Section View"), this);
     newView->setObjectName(QStringLiteral("newSectionViewMenu"));
@@ -248,7 +293,7 @@ void StudioWindow::setCurrentFault(FaultSetDocument* document, int faultId)
     m_currentDocument = document;
     m_currentFaultId = document ? faultId : core::kNoValue;
     if (document) {
-        document->faultSet()->setCurrentPickedFaultId(m_currentFaultId);
+        document->pickingSession()->setCurrentFault(m_currentFaultId);
         m_undoGroup->setActiveStack(document->undoStack());
         m_studioTree->selectFault(document, m_currentFaultId);
     }
@@ -294,6 +339,67 @@ void StudioWindow::onPropertyEdited(const QString& id, const QVariant& value)
     refreshProperties();
 }
 
+void StudioWindow::setInteraction(Interaction interaction)
+{
+    FaultSetDocument* document = interaction == Interaction::Navigate ? m_currentDocument : targetDocument();
+    if (interaction != Interaction::Navigate && !document) document = newFaultSet();
+    if (interaction != Interaction::Navigate && !document) {
+        reportFailure(tr("Open a volume first: faults are picked on its sections"));
+        interaction = Interaction::Navigate;
+    }
+    m_interaction = interaction;
+    for (QAction* a : m_interactionGroup->actions()) a->setChecked(a->data().toInt() == static_cast<int>(interaction));
+    if (document && document != m_currentDocument) m_studioTree->selectFault(document, -9999);
+    const QString mode = interaction == Interaction::Pick    ? ZNFaultPickingTool::modeName()
+                         : interaction == Interaction::Erase ? ZNFaultEraser::modeName()
+                                                             : QString();
+    m_views->setInteraction(mode, document ? document->pickingSession() : nullptr);
+}
+
+FaultSetDocument* StudioWindow::newFaultSet(ZNVolume* volume)
+{
+    if (!volume) volume = m_currentVolume ? m_currentVolume : (m_project->volumes().isEmpty() ? nullptr : m_project->volumes().first());
+    if (!volume) return nullptr;
+    auto set = std::make_unique<ZNFaultPatchManager>();
+    set->setBlocSpace(volume->blocSpace());
+    set->SetUnitObject(volume->units());
+    const QString name = m_project->uniqueName(tr("Picks"));
+    set->setObjectName(name);
+    FaultSetDocument* document = m_project->addFaultSet(std::make_unique<FaultSetDocument>(
+        std::move(set), std::map<int, std::unique_ptr<ZN3DFaultPatch>>(), QString(), name));
+    m_studioTree->selectFault(document, -9999);
+    return document;
+}
+
+QString StudioWindow::workingFolder()
+{
+    const QString chosen = ZNSettings::value(QStringLiteral("Studio"), QStringLiteral("StudioWorkingFolder")).toString();
+    return chosen.isEmpty() ? ZNSettings::userSettingsFile(QStringLiteral("work")) : chosen;
+}
+
+int StudioWindow::offerEmergencyRestore(const std::function<bool(const QStringList&)>& ask)
+{
+    QStringList found;
+    for (const QString& name : {ZNFaultPatchTools::getAutoSaveFileNameTime(), ZNFaultPatchTools::getAutoSaveFileNameDepth()})
+        if (QFileInfo(QDir(workingFolder()).filePath(name)).isFile()) found << QDir(workingFolder()).filePath(name);
+    if (found.isEmpty() || !ask(found)) return 0;
+    for (const QString& path : found) {
+        // Opened as a new fault set: saving asks where, and the emergency file stays until
+        // the session ends cleanly.
+        auto loaded = std::make_shared<LoadedFaultSet>();
+        runTask(tr("Restore %1").arg(QFileInfo(path).fileName()), [path, loaded] { *loaded = readFaultSetFile(path); },
+                [this, loaded, path] {
+                    if (!loaded->ok()) {
+                        reportFailure(loaded->error);
+                        return false;
+                    }
+                    addLoadedFaultSet(*loaded, QString(), tr("Recovered %1").arg(QFileInfo(path).fileName()));
+                    return true;
+                });
+    }
+    return found.size();
+}
+
 FaultSetDocument* StudioWindow::targetDocument() const
 {
     if (m_currentDocument) return m_currentDocument;
@@ -328,5 +434,8 @@ void StudioWindow::closeEvent(QCloseEvent* event)
             return;
         }
     }
+    // A session that ends here leaves nothing to restore.
+    for (const QString& name : {ZNFaultPatchTools::getAutoSaveFileNameTime(), ZNFaultPatchTools::getAutoSaveFileNameDepth()})
+        QFile::remove(QDir(workingFolder()).filePath(name));
     ZNFrame::closeEvent(event);
 }

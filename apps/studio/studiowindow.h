@@ -13,6 +13,7 @@
 #include "studioloading.h"
 
 class FaultSetDocument;
+class QActionGroup;
 class QLabel;
 class QUndoGroup;
 class StudioProject;
@@ -93,6 +94,26 @@ public:
     // The built-in synthetic volume (`size` voxels a side) and its extracted faults.
     void openDemo(int size = 128, quint64 seed = 1);
 
+    // ----- picking -----
+
+    // What the mouse does in the section views: navigate, pick faults or erase points,
+    // for the current fault set (a new one, "Picks", is made over the current volume when
+    // there is none).
+    enum class Interaction { Navigate, Pick, Erase };
+    void setInteraction(Interaction interaction);
+    Interaction interaction() const { return m_interaction; }
+    // A new empty picked fault set over `volume`'s survey (the current volume when null),
+    // made current.
+    FaultSetDocument* newFaultSet(ZNVolume* volume = nullptr);
+    // The folder of the emergency-save files: the user settings' "StudioWorkingFolder"
+    // (group "Studio"), else "work" in the user settings directory.
+    static QString workingFolder();
+    // Emergency-save files left in the working folder by a session that ended without
+    // saving (a crash): offered for restoring at start-up, opened as new fault sets when
+    // the user accepts. `ask` answers for the user (true: restore). Returns how many were
+    // opened.
+    int offerEmergencyRestore(const std::function<bool(const QStringList&)>& ask);
+
     // Number of background tasks still running.
     int runningTaskCount() const { return m_runningTasks; }
 
@@ -162,5 +183,7 @@ private:
     FaultSetDocument* m_currentDocument = nullptr;
     int m_currentFaultId = -9999;
     int m_runningTasks = 0;
+    Interaction m_interaction = Interaction::Navigate;
+    QActionGroup* m_interactionGroup = nullptr;
     int m_untitled = 0;
 };

@@ -4,9 +4,9 @@
 #include <cmath>
 #include <cstdlib>
 
-#include <QFileInfo>
 
 #include <core/assertion.h>
+#include <znfilename.h>
 #include <znsettings.h>
 #include <znxml.h>
 
@@ -113,7 +113,7 @@ auto ZN3DFaultPatchLight::writeHeader(Document& doc) const -> decltype(doc.creat
     auto e = doc.createElement(getZNObjectType());
     ZNXml::appendPen(doc, e, kPen, m_pen);
     ZNXml::appendInt(doc, e, kFaultId, m_faultId);
-    ZNXml::appendString(doc, e, kFaultName, QFileInfo(m_faultName).completeBaseName());
+    ZNXml::appendString(doc, e, kFaultName, ZNFileName::completeBaseName(m_faultName));
     ZNXml::appendInt(doc, e, kUtmPrecision, m_utmPrecision);
     ZNXml::appendInt(doc, e, kTimePrecision, m_timePrecision);
     ZNXml::appendInt(doc, e, kFilterSize, m_filterSize);

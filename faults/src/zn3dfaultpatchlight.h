@@ -70,7 +70,8 @@ public:
     // "pen", "faultId", "faultName", "utmPrecision", "timePrecision", "filterSize",
     // "interpolationSize", "meshingMethod", "drawPickedPoint", "drawPickingIntersection",
     // "showPreview", "transparency". The name is written as its complete base name as a
-    // file name ("dir/F1.v2" is written "F1"): names are sanitised on every save.
+    // file name (ZNFileName::completeBaseName: "dir/F1.v2" and "dir\\F1.v2" are written
+    // "F1"): names are sanitised on every save, kept for file compatibility.
     QDomElement createHeader(QDomDocument& doc) const;
     // The same element in a flat XML tree: what the fault set writes for each fault.
     ZNXmlElement createHeader(ZNXmlTree& doc) const;

@@ -36,8 +36,7 @@ ZNFaultPatchManager::~ZNFaultPatchManager()
 {
     ZNProcess::removeProcessObject(this);
     clearUndoConfigurationList();
-    qDeleteAll(m_faultLights);
-    m_faultLights.clear();
+    deleteFaultLights();
 }
 
 void ZNFaultPatchManager::initMembers()
@@ -62,7 +61,7 @@ void ZNFaultPatchManager::copyModelFrom(const ZNFaultPatchManager& other)
     m_minimumPatchSize = other.m_minimumPatchSize;
     m_pickedPoints = other.m_pickedPoints;
     for (const ZN3DFaultPatchLight* light : other.m_faultLights)
-        m_faultLights.append(new ZN3DFaultPatchLight(*light));
+        appendFaultLight(new ZN3DFaultPatchLight(*light));
     m_locked = other.m_locked;
     m_storedId = other.m_storedId;
     m_version = other.m_version;
@@ -106,13 +105,13 @@ void ZNFaultPatchManager::init(int numberOfPatch, bool resetDescriptors)
     if (resetDescriptors) {
         m_templateFaultLight.init();
         m_secondFaultLight.init();
-        qDeleteAll(m_faultLights);
-        m_faultLights.clear();
+        deleteFaultLights();
     } else {
         for (int i = m_faultLights.size() - 1; i >= 0; --i) {
             if (isValidPatchId(m_faultLights[i]->getFaultId())) continue;
             delete m_faultLights.takeAt(i);
         }
+        m_lightIndexCurrent = false;
     }
 }
 
@@ -145,11 +144,12 @@ int ZNFaultPatchManager::addPatch()
     }
     ZNFaultPatch record;
     record.setFather(id);
+    // Every patch carries the units; the set's are read from its middle patch, which a
+    // new patch may become.
+    if (id > 0) record.SetUnitObject(GetUnitObject());
     m_patches.add(record);
     m_visitStamps.add(m_currentStamp);
-    m_nextInFault.add(kEndOfList);
-    // The former last patch may now be linked: the lists depend on which patch is last.
-    initElementListBis();
+    m_nextInFault.add(kEndOfList);  // a new patch is a fault of its own
     return id;
 }
 
@@ -220,9 +220,9 @@ void ZNFaultPatchManager::initElementListBis()
     m_nextInFault.fill(n, kEndOfList);
     // Walking down and inserting each patch right after its root leaves every list in
     // increasing id order behind the root.
-    for (int i = n - 2; i >= 1; --i) {
+    for (int i = n - 1; i >= 1; --i) {
         const int root = getFather(i);
-        if (root == i || root < 1 || root >= n - 1) continue;
+        if (root == i || root < 1 || root >= n) continue;
         m_nextInFault[i] = m_nextInFault[root];
         m_nextInFault[root] = i;
     }
@@ -235,7 +235,7 @@ void ZNFaultPatchManager::getPatchListWithLinkedList(int id, core::Array<int>& l
     const int n = getNumberOfPatch();
     if (id < 0 || id >= n) return;
     const int root = getFather(id);
-    if (id == 0 || id == n - 1 || root < 1 || root >= n - 1) {
+    if (id == 0 || root < 1 || root >= n) {
         list.add(id);
         return;
     }

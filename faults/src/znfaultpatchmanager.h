@@ -169,8 +169,8 @@ public:
     int getNumberOfPatch() const { return m_patches.size(); }
     // True for a patch that may hold picks: 1 to getNumberOfPatch() - 1.
     bool isValidPatchId(int id) const { return id >= 1 && id < m_patches.size(); }
-    // Appends an empty patch (its own father) and returns its id; -9999 when memory ran
-    // out (nothing changed).
+    // Appends an empty patch (its own father, with the fault set's units) and returns its
+    // id; -9999 when memory ran out (nothing changed).
     int addPatch();
     // The record of patch `id` (0 included), owned by the fault set; null for a bad id.
     ZNFaultPatch* getFaultPatch(int id) { return m_patches.at(id); }
@@ -207,12 +207,11 @@ public:
     // well-formed tree; bounded by the patch count like getFather.
     int getInitialFather(int id) const;
     // Rebuilds the linked list of every tree from the fathers: root first, then the other
-    // patches in increasing id order. Patch 0 and the last patch are never linked.
+    // patches in increasing id order. Patch 0 is never linked.
     void initElementListBis();
     // Every patch of the fault that contains `id`, appended to `list` (emptied first with
-    // `clearFirst`). An id outside the array adds nothing; patch 0 and the last patch add
-    // themselves only, and so does a patch whose root is one of them or lies outside the
-    // array. A linked list that does not end within the patch count sends "Loop in
+    // `clearFirst`). An id outside the array adds nothing; patch 0 adds itself only, and
+    // so does a patch whose root is patch 0 or lies outside the array. A linked list that does not end within the patch count sends "Loop in
     // getPatchListWithLinkedList" (kind 1) and the walk stops.
     void getPatchListWithLinkedList(int id, core::Array<int>& list, bool clearFirst) const;
     // The patches of every fault that contains one of `patches`, each fault once, in the
@@ -269,7 +268,9 @@ public:
     // is not a patch id 1..n-1 is deleted and false returned.
     bool insertNewFaultLight(ZN3DFaultPatchLight* light);
     // The first descriptor in list order whose id is `faultId`; null when there is none
-    // or the id is not 1..n-1. Owned by the fault set.
+    // or the id is not 1..n-1. Owned by the fault set. Found through an index of the
+    // descriptors by id, so a descriptor's id must not be changed while the fault set
+    // holds it (remove it and insert a new one instead).
     ZN3DFaultPatchLight* findFaultLight(int faultId) const;
     // Deletes the descriptor found by findFaultLight(faultId), if any.
     void removeFaultLight(int faultId);
@@ -396,6 +397,22 @@ public:
     // moved to the same entry's new position, or -9999 when that entry was removed.
     // Returns the number of entries removed.
     int removeAutomaticPickedPoints(int patchId, int* currentIndex);
+
+    // ----- erasing (_picking.cpp) -----
+
+    // The eraser of the picking front end: removes the entries (hand-picked or automatic)
+    // of patch `patchId` whose screen position in `viewer` lies inside or on the ellipse
+    // of centre `centre` and half-axes radiusX, radiusY (pixels); then separators left
+    // next to each other, or at the start of the list, are removed too, so that the
+    // remaining points keep their sticks. The moving point cursor follows its entry, or is
+    // unset when it was erased; a cursor that pointed outside the list is unset with the
+    // message "pb with currentMovingPointId" (kind 4). Returns the number of entries
+    // removed; 0 for a bad id, a null viewer or a half-axis that is not positive.
+    int removePickedPointInsideEllipseForOnePatch(int patchId, const core::vec2& centre, double radiusX,
+                                                  double radiusY, const ZNPickingViewer* viewer);
+    // The same for every patch of the fault of `faultId`.
+    int removePickedPointInsideEllipseForOneFault(int faultId, const core::vec2& centre, double radiusX,
+                                                  double radiusY, const ZNPickingViewer* viewer);
 
     // ----- section resampling (_resample.cpp) -----
 
@@ -703,7 +720,7 @@ public:
     // Joins the faults of a and b: root(a)'s father becomes root(b) and the fault's list
     // is b's patches followed by a's. Father chains met on the way may be shortened
     // (every patch keeps its root). False, nothing changed, when both have one root or
-    // either id is not 1..n-2 (patch 0 and the spare last patch are never linked).
+    // either id or root is not 1..n-1 (patch 0 is never linked).
     bool mergePatch(int a, int b);
     // Every (patch of fault A, patch of fault B) pair in contact, in A's list order then
     // contact order; `contacts` is replaced. Empty when the faults are one.
@@ -852,6 +869,10 @@ private:
     core::MultiArray<core::ByteTriplet> m_patchVoxels;    // voxels of each patch
     core::MultiArray<core::PointWithBool> m_pickedPoints; // picked points of each patch
     QList<ZN3DFaultPatchLight*> m_faultLights;            // owned, one per fault
+    // Position in m_faultLights of the first descriptor of each fault id (-1: none), so
+    // that finding a descriptor costs no walk through the list; valid while current.
+    mutable std::vector<int> m_lightPosition;
+    mutable bool m_lightIndexCurrent = false;
     bool m_locked = false;                                // must not be edited
     int m_currentPickedFaultId = -9999;                   // patch receiving picks
     int m_currentMovingPointId = -9999;                   // entry being dragged
@@ -885,6 +906,12 @@ private:
     bool initFromLabels(ZNLabelSlabReader& labels);
     // Empty contact lists for every patch unless the lists already cover them.
     bool ensureContactLists();
+    // Appends `light` (owned from now on) to the descriptors, keeping the index current.
+    void appendFaultLight(ZN3DFaultPatchLight* light);
+    // Deletes every descriptor.
+    void deleteFaultLights();
+    // Rebuilds the index of the descriptors by fault id.
+    void indexFaultLights() const;
     // Root of `id`, pointing every patch met on the way straight at it.
     int findRootCompressing(int id);
     // Joins two roots (b's list then a's); `tails` (may be null) holds the last patch of

@@ -100,7 +100,7 @@ ZNFaultPatchManager* ZNFaultPatchManager::extractSubFaultPatchManager(
         const int root = light->getFaultId();
         if (!isValidPatchId(root) || newRootOf[root] < 0 || sub->findFaultLight(newRootOf[root]))
             continue;
-        sub->m_faultLights.append(copyForFault(*light, newRootOf[root]));
+        sub->appendFaultLight(copyForFault(*light, newRootOf[root]));
     }
     sub->initElementListBis();
     sub->fillFaultLightListPatchList();
@@ -137,7 +137,7 @@ bool ZNFaultPatchManager::concatFaultPatchManager(const ZNFaultPatchManager& oth
         other.m_patchVoxels.copyOneArray(q, m_patchVoxels, q + shift);
     }
     for (const ZN3DFaultPatchLight* light : other.m_faultLights)
-        m_faultLights.append(copyForFault(*light, light->getFaultId() + shift));
+        appendFaultLight(copyForFault(*light, light->getFaultId() + shift));
     if (m_blocSpace.isEmpty()) m_blocSpace = other.m_blocSpace;
     m_visitStamps.fill(size, m_currentStamp);
     initElementListBis();

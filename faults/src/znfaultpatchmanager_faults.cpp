@@ -53,16 +53,48 @@ bool ZNFaultPatchManager::insertNewFaultLight(ZN3DFaultPatchLight* light)
     const core::vec3 sampling = getMergedSamplingVect(light->getPatchList());
     light->setUtmPrecision(static_cast<int>(std::min(sampling.x, sampling.z)));
     light->setTimePrecision(static_cast<int>(sampling.y));
-    m_faultLights.append(light);
+    appendFaultLight(light);
     return true;
+}
+
+void ZNFaultPatchManager::appendFaultLight(ZN3DFaultPatchLight* light)
+{
+    m_faultLights.append(light);
+    if (!m_lightIndexCurrent) return;
+    const int id = light->getFaultId();
+    if (id < 0 || id >= static_cast<int>(m_lightPosition.size()))
+        m_lightIndexCurrent = false;
+    else if (m_lightPosition[id] < 0)
+        m_lightPosition[id] = m_faultLights.size() - 1;
+}
+
+void ZNFaultPatchManager::deleteFaultLights()
+{
+    qDeleteAll(m_faultLights);
+    m_faultLights.clear();
+    m_lightIndexCurrent = false;
+}
+
+void ZNFaultPatchManager::indexFaultLights() const
+{
+    m_lightPosition.assign(static_cast<std::size_t>(getNumberOfPatch()), -1);
+    for (int k = 0; k < m_faultLights.size(); ++k) {
+        const int id = m_faultLights[k]->getFaultId();
+        if (isValidPatchId(id) && m_lightPosition[id] < 0) m_lightPosition[id] = k;
+    }
+    m_lightIndexCurrent = true;
 }
 
 ZN3DFaultPatchLight* ZNFaultPatchManager::findFaultLight(int faultId) const
 {
     if (!isValidPatchId(faultId)) return nullptr;
-    for (ZN3DFaultPatchLight* light : m_faultLights)
-        if (light->getFaultId() == faultId) return light;
-    return nullptr;
+    if (!m_lightIndexCurrent || faultId >= static_cast<int>(m_lightPosition.size())) indexFaultLights();
+    const int k = m_lightPosition[faultId];
+    if (k < 0) return nullptr;
+    if (k < m_faultLights.size() && m_faultLights[k]->getFaultId() == faultId) return m_faultLights[k];
+    indexFaultLights();  // an id changed in place: look again once
+    const int again = m_lightPosition[faultId];
+    return again < 0 ? nullptr : m_faultLights[again];
 }
 
 void ZNFaultPatchManager::removeFaultLight(int faultId)
@@ -73,6 +105,7 @@ void ZNFaultPatchManager::removeFaultLight(int faultId)
 void ZNFaultPatchManager::removeFaultLight(ZN3DFaultPatchLight* light)
 {
     if (!light || !m_faultLights.removeOne(light)) return;
+    m_lightIndexCurrent = false;
     delete light;
 }
 
@@ -122,6 +155,7 @@ bool ZNFaultPatchManager::restorePickedFault(const RemovedFault& removed)
     if (removed.descriptorIndex >= 0) {
         auto* light = new ZN3DFaultPatchLight(removed.descriptor);
         m_faultLights.insert(std::min(removed.descriptorIndex, static_cast<int>(m_faultLights.size())), light);
+        m_lightIndexCurrent = false;
     }
     return true;
 }

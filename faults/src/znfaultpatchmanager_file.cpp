@@ -299,7 +299,7 @@ bool ZNFaultPatchManager::applyHeader(const Element& header, HeaderParts& parts,
         const int id = parts.lights[k]->getFaultId();
         if (!isValidPatchId(id))
             return refuse(QStringLiteral("a descriptor names patch %1 of %2").arg(id).arg(n));
-        m_faultLights.append(parts.lights[k].release());
+        appendFaultLight(parts.lights[k].release());
         if (progress.next()) return false;
     }
     return true;
@@ -369,7 +369,7 @@ bool ZNFaultPatchManager::readFathers(ZNByteSource& file)
     const int n = getNumberOfPatch();
     core::Array<uchar> raw;
     core::Array<int> fathers;
-    if (!file.mayHold(qint64(n) * kIntBytes) || !raw.resize(n * kIntBytes) ||
+    if (n > INT_MAX / kIntBytes || !file.mayHold(qint64(n) * kIntBytes) || !raw.resize(n * kIntBytes) ||
         !file.read(raw.data(), raw.size()) || !fathers.resize(n))
         return refuse(QStringLiteral("the fathers of the %1 patches are cut short").arg(n));
     for (int i = 0; i < n; ++i) {
@@ -483,6 +483,7 @@ void ZNFaultPatchManager::takeModelFrom(ZNFaultPatchManager& other)
     m_patchVoxels.swap(other.m_patchVoxels);
     m_nextInFault.swap(other.m_nextInFault);
     m_faultLights.swap(other.m_faultLights);
+    m_lightIndexCurrent = other.m_lightIndexCurrent = false;
     m_visitStamps.fill(getNumberOfPatch(), m_currentStamp);
     m_workingPatchList.clear();
     m_currentPickedFaultId = core::kNoValue;

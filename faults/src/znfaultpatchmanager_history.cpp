@@ -199,12 +199,11 @@ core::vec3 ZNFaultPatchManager::setConfiguration(const ZNFaultPatchManagerConfig
     }
     m_storedId = config->getStoredId();
     if (!config->isEditionMode()) {
-        qDeleteAll(m_faultLights);
-        m_faultLights.clear();
+        deleteFaultLights();
         for (const ZN3DFaultPatchLight* light : config->getFaultLights()) {
             auto* copy = new ZN3DFaultPatchLight();
             copy->copy(light, true);
-            m_faultLights.append(copy);
+            appendFaultLight(copy);
         }
     }
     initElementListBis();

@@ -233,12 +233,10 @@ void ZNFaultPatchManager::mergeRoots(int rootA, int rootB, core::Array<int>* tai
 
 bool ZNFaultPatchManager::mergePatch(int a, int b)
 {
-    const int lastLinkable = getNumberOfPatch() - 2;
-    if (a < 1 || b < 1 || a > lastLinkable || b > lastLinkable) return false;
+    if (!isValidPatchId(a) || !isValidPatchId(b)) return false;
     const int rootA = findRootCompressing(a);
     const int rootB = findRootCompressing(b);
-    if (rootA == rootB || rootA < 1 || rootB < 1 || rootA > lastLinkable || rootB > lastLinkable)
-        return false;
+    if (rootA == rootB || !isValidPatchId(rootA) || !isValidPatchId(rootB)) return false;
     mergeRoots(rootA, rootB, nullptr);
     return true;
 }
@@ -336,7 +334,6 @@ bool ZNFaultPatchManager::fastContactMerging(double maxCost, int progressParent)
     core::Heap<core::Duplet> heap;
     if (!getSortedDirectContact(heap, kHeapThresholdShare * maxCost, progressParent)) return false;
 
-    const int lastLinkable = getNumberOfPatch() - 2;
     core::Array<int> tails(kPatchGrowthStep);
     listTails(*this, tails);
     FaultCache faults(*this);
@@ -347,9 +344,7 @@ bool ZNFaultPatchManager::fastContactMerging(double maxCost, int progressParent)
         if (!bar.isCancelled()) {
             const int rootA = findRootCompressing(pair.a);
             const int rootB = findRootCompressing(pair.b);
-            const bool linkable = rootA >= 1 && rootB >= 1 && rootA <= lastLinkable &&
-                                  rootB <= lastLinkable;
-            if (linkable && rootA != rootB) {
+            if (isValidPatchId(rootA) && isValidPatchId(rootB) && rootA != rootB) {
                 const double spread = getMergeCost(faults.record(rootA), faults.record(rootB));
                 const double gap = dipGap(faults.normal(rootA), faults.normal(rootB));
                 if (spread <= maxCost && gap <= kMaxMergeDipDifference) {
@@ -400,7 +395,6 @@ bool ZNFaultPatchManager::fastContactMergingWithFaultContactBis(
     if (!getSortedFaultContact(heap, minFaultSize, minContactCount, maxCost, progressParent))
         return false;
 
-    const int n = getNumberOfPatch();
     std::vector<long long> size = faultSizes(*this);
     core::Array<int> tails(kPatchGrowthStep);
     listTails(*this, tails);
@@ -412,8 +406,7 @@ bool ZNFaultPatchManager::fastContactMergingWithFaultContactBis(
     while (heap.pop(cost, pair)) {
         const int rootA = bar.isCancelled() ? 0 : findRootCompressing(pair.a);
         const int rootB = bar.isCancelled() ? 0 : findRootCompressing(pair.b);
-        const bool linkable = rootA >= 1 && rootB >= 1 && rootA <= n - 2 && rootB <= n - 2;
-        if (linkable && rootA != rootB) {
+        if (isValidPatchId(rootA) && isValidPatchId(rootB) && rootA != rootB) {
             const double c = getContactArrayPlanarMergeCost(rootA, rootB, false);
             if (c != core::kNoValueReal && c <= maxCost && testFaultPatchMerge(rootA, rootB)) {
                 mergeRoots(rootA, rootB, &tails);

@@ -6,6 +6,7 @@
 
 #include <core/conventions.h>
 #include <core/stickrules.h>
+#include <zneventbus.h>
 #include <znpickingviewer.h>
 
 #include "znfaultsurface.h"
@@ -274,4 +275,42 @@ int ZNFaultPatchManager::removePickingInterruptionForOnePatch(int patchId)
         });
     if (removed > 0) m_currentMovingPointId = core::kNoValue;
     return removed;
+}
+
+// ----- erasing -----
+
+int ZNFaultPatchManager::removePickedPointInsideEllipseForOnePatch(int patchId, const core::vec2& centre,
+                                                                    double radiusX, double radiusY,
+                                                                    const ZNPickingViewer* viewer)
+{
+    if (!isValidPatchId(patchId) || !viewer || !(radiusX > 0.0) || !(radiusY > 0.0)) return 0;
+    int* cursor = patchId == m_currentPickedFaultId ? &m_currentMovingPointId : nullptr;
+    if (cursor && *cursor != core::kNoValue && (*cursor < 0 || *cursor >= getNumberOfPickedPoint(patchId))) {
+        ZNEventBus::sendMessage(ZNEventBus::Detail, QStringLiteral("pb with currentMovingPointId"));
+        *cursor = core::kNoValue;
+    }
+    const int erased = removeEntries(patchId, cursor, [&](const core::PointWithBool* p, int, int k) {
+        if (p[k].isSeparator()) return false;
+        const core::vec2 d = viewer->projectToScreen(p[k].position()) - centre;
+        const double u = d.x / radiusX;
+        const double v = d.y / radiusY;
+        return u * u + v * v <= 1.0;
+    });
+    if (erased == 0) return 0;
+    // The sticks that remain keep one separator between them and none in front.
+    removeEntries(patchId, cursor, [](const core::PointWithBool* p, int count, int k) {
+        return p[k].isSeparator() && (k == 0 || (k + 1 < count && p[k + 1].isSeparator()));
+    });
+    return erased;
+}
+
+int ZNFaultPatchManager::removePickedPointInsideEllipseForOneFault(int faultId, const core::vec2& centre,
+                                                                    double radiusX, double radiusY,
+                                                                    const ZNPickingViewer* viewer)
+{
+    core::Array<int> fault(16);
+    if (!collectFault(faultId, fault)) return 0;
+    int erased = 0;
+    for (int id : fault) erased += removePickedPointInsideEllipseForOnePatch(id, centre, radiusX, radiusY, viewer);
+    return erased;
 }

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 
 #include <QDir>
+#include <QFileInfo>
+#include <QImage>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -18,27 +21,16 @@
 #include <zn3dfaultpatchlight.h>
 #include <znfaultpatchmanager.h>
 
+#include <znbloc.h>
+
 #include <commandline.h>
 #include <interruptibleprogress.h>
 
-namespace {
-struct Outcome {
-    int code = -1;
-    std::string out;
-    std::string err;
-};
+#include "kfaultstesthelpers.h"
 
-Outcome runTool(std::vector<std::string> args)
-{
-    args.insert(args.begin(), "kfaults");
-    std::ostringstream out;
-    std::ostringstream err;
-    Outcome r;
-    r.code = kfaults::runKfaults(args, out, err);
-    r.out = out.str();
-    r.err = err.str();
-    return r;
-}
+namespace {
+using kfaultstest::Outcome;
+using kfaultstest::runTool;
 
 QStringList lines(const std::string& text)
 {
@@ -141,7 +133,7 @@ TEST(Kfaults, CtrlCCancelsAndLeavesNoOutput)
 TEST(Kfaults, EveryCommandHasHelp)
 {
     for (const char* command : {"extract", "info", "sticks", "sticks import", "sticks export", "mesh",
-                                "dedupe", "synth"}) {
+                                "dedupe", "synth", "likelihood"}) {
         std::vector<std::string> args;
         for (const QString& word : QString(command).split(' ')) args.push_back(word.toStdString());
         args.push_back("--help");
@@ -329,4 +321,66 @@ TEST(Kfaults, InfoDescribesBlockFiles)
     ASSERT_EQ(info.code, 0) << info.err;
     EXPECT_NE(info.out.find("size: 16 x 16 x 16"), std::string::npos) << info.out;
     EXPECT_NE(info.out.find("sample type: int32"), std::string::npos) << info.out;
+}
+
+TEST(Kfaults, SynthSeismicThenLikelihoodWritesBlocksRawWithHeadersAndThePicture)
+{
+    QTemporaryDir dir;
+    const Outcome synth = runTool({"synth", "--seismic", "--size", "40", "-o", dir.filePath("s").toStdString()});
+    ASSERT_EQ(synth.code, 0) << synth.err;
+    EXPECT_EQ(lines(synth.out).size(), 4);
+    const QJsonArray planted = readJson(dir.filePath("s/planted_faults.json"))["faults"].toArray();
+    ASSERT_GE(planted.size(), 3);
+    for (const auto& f : planted) EXPECT_GT(f.toObject()["throw"].toDouble(), 0.0);
+
+    const Outcome r = runTool({"likelihood", "-i", dir.filePath("s/seismic.bloc").toStdString(), "-o",
+                               dir.filePath("out").toStdString()});
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_TRUE(r.err.empty());
+    QStringList names;
+    for (const QString& line : lines(r.out)) names << QFileInfo(line).fileName();
+    names.sort();
+    EXPECT_EQ(names, QStringList({"dip.bloc", "dip.float32.raw", "dip.float32.txt", "likelihood.bloc",
+                                  "likelihood.float32.raw", "likelihood.float32.txt", "likelihood.png",
+                                  "strike.bloc", "strike.float32.raw", "strike.float32.txt"}));
+    ZNBloc likelihood;
+    ZN3DImage<float> values;
+    ASSERT_TRUE(likelihood.open(dir.filePath("out/likelihood.bloc")));
+    ASSERT_TRUE(likelihood.readBox(0, 0, 0, 40, 40, 40, values));
+    EXPECT_TRUE(std::all_of(values.data(), values.data() + values.voxelCount(), [](float v) { return v >= 0.0F && v <= 1.0F; }));
+    QFile header(dir.filePath("out/strike.float32.txt"));
+    ASSERT_TRUE(header.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(header.readAll());
+    for (const char* field : {"file strike.float32.raw", "nInline 40", "nSample 40", "sampleType float32", "byteOrder little"})
+        EXPECT_TRUE(text.contains(field)) << field;
+    EXPECT_EQ(QFileInfo(dir.filePath("out/likelihood.float32.raw")).size(), 40 * 40 * 40 * 4);
+    const QImage picture(dir.filePath("out/likelihood.png"));
+    EXPECT_FALSE(picture.isNull());
+}
+
+TEST(Kfaults, LikelihoodRunsOnTheSegySamplesAndRefusesAMissingFile)
+{
+    QTemporaryDir dir;
+    for (const char* sample : {"f3.sgy", "small.sgy"}) {
+        const Outcome r = runTool({"likelihood", "-i", QDir(KORVALITH_SAMPLES_DIR).filePath(sample).toStdString(), "-o",
+                                   dir.filePath(sample).toStdString()});
+        EXPECT_EQ(r.code, 0) << sample << r.err;
+        EXPECT_EQ(lines(r.out).size(), 10) << sample;
+    }
+    const Outcome missing = runTool({"likelihood", "-i", dir.filePath("none.sgy").toStdString()});
+    EXPECT_EQ(missing.code, 1);
+    EXPECT_EQ(lines(missing.err).size(), 1);
+    EXPECT_TRUE(missing.out.empty());
+}
+
+TEST(Kfaults, ExtractFromSeismicReportsItsInputAndThePlantedFaults)
+{
+    QTemporaryDir dir;
+    const Outcome r = runTool({"extract", "--from-seismic", "--synthetic-size", "96", "--no-pictures", "-o",
+                               dir.filePath("x").toStdString()});
+    ASSERT_EQ(r.code, 0) << r.err;
+    const QJsonObject report = readJson(dir.filePath("x/report.json"));
+    EXPECT_TRUE(report["input"].toObject()["seismic"].toBool());
+    EXPECT_TRUE(report["timingsMs"].toObject().contains("likelihood"));
+    EXPECT_EQ(report["match"].toObject()["planted"].toArray().size(), 3);
 }

@@ -200,6 +200,8 @@ TEST(FaultDescriptorHeader, NameIsWrittenAsItsCompleteBaseName)
     const struct { const char* stored; const char* written; } cases[] = {
         {"Fault.1", "Fault"}, {"dir/Fault", "Fault"}, {"F1.v2", "F1"}, {"F1", "F1"},
         {"a.b.c", "a.b"}, {"dir/sub/F.x", "F"},
+        // The file-name rules judge what follows either separator: so does the writer.
+        {"dir\\F1.v2", "F1"}, {"A\x1f\\B", "B"}, {"a.b\\c/d.e", "d"},
     };
     for (const auto& c : cases) {
         ZN3DFaultPatchLight d;

@@ -213,10 +213,55 @@ TEST(AutomaticFaultMerging, MergingRelinksTheFaultAndRefusesPatchesOfOneFault)
     core::Array<int> list;
     set.getPatchListWithLinkedList(1, list, true);
     EXPECT_EQ(std::vector<int>(list.begin(), list.end()), (std::vector<int>{4, 3, 1}));
-    for (const auto& pair : {std::pair{1, 1}, std::pair{3, 1}, std::pair{0, 2}, std::pair{2, 5}})
+    for (const auto& pair : {std::pair{1, 1}, std::pair{3, 1}, std::pair{0, 2}, std::pair{2, 0},
+                             std::pair{2, 6}, std::pair{-1, 2}})
         EXPECT_FALSE(set.mergePatch(pair.first, pair.second)) << pair.first << pair.second;
     EXPECT_EQ(set.getFather(2), 2);
     EXPECT_TRUE(set.isValid());
+}
+
+TEST(AutomaticFaultMerging, TheLastPatchJoinsAFaultLikeAnyOtherAndStaysJoinedInTheFile)
+{
+    struct Case {
+        int patches, a, b;
+        std::vector<int> fathers;  // after the merge
+        std::vector<int> fault;    // the patches of b's fault, root first
+    };
+    const Case cases[] = {
+        {3, 2, 1, {0, 1, 1}, {1, 2}},
+        {3, 1, 2, {0, 2, 2}, {2, 1}},
+        {5, 4, 2, {0, 1, 2, 3, 2}, {2, 4}},
+    };
+    QTemporaryDir dir;
+    for (const Case& c : cases) {
+        ZNFaultPatchManager set(c.patches);
+        ASSERT_TRUE(set.mergePatch(c.a, c.b)) << c.patches << c.a << c.b;
+        const QString path = dir.filePath(QStringLiteral("set%1%2").arg(c.a).arg(c.b));
+        ASSERT_TRUE(set.writePickedFault(path, false, nullptr, false));
+        ZNFaultPatchManager read;
+        ASSERT_TRUE(read.readPickedFault(path, false, -1));
+        for (const ZNFaultPatchManager* s : {&set, &read}) {
+            std::vector<int> fathers;
+            for (int i = 0; i < s->getNumberOfPatch(); ++i) fathers.push_back(s->getFather(i));
+            EXPECT_EQ(fathers, c.fathers) << c.patches << c.a << c.b;
+            core::Array<int> list;
+            s->getPatchListWithLinkedList(c.a, list, true);
+            EXPECT_EQ(std::vector<int>(list.begin(), list.end()), c.fault);
+        }
+        EXPECT_FALSE(read.mergePatch(c.a, c.b));  // already one fault
+        EXPECT_FALSE(read.mergePatch(0, c.b));    // patch 0 stands for no fault
+    }
+}
+
+TEST(AutomaticFaultMerging, ContactMergingJoinsAPatchInTheLastPlace)
+{
+    // Only two real patches: 1 and the last one, touching on one plane.
+    ZNFaultPatchManager set(3);
+    addPlane(set, 1, {0, 0, 0}, X, Y, 5, 5);
+    addPlane(set, 2, {5, 0, 0}, X, Y, 5, 5);
+    set.addContact(1, 2);
+    EXPECT_TRUE(set.fastContactMerging(1.0, -1));
+    EXPECT_EQ(set.getFather(1), set.getFather(2));
 }
 
 TEST(AutomaticFaultMerging, ContactCostsAreTheMeanOrTheLargestOfThePairs)

@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
+
+#include <QTemporaryDir>
+
 #include <core/conventions.h>
 #include <znfaultpatchmanager.h>
 
@@ -295,4 +300,62 @@ TEST(FaultSetConversions, ACopyIsIndependentOfItsSource)
     EXPECT_EQ(source.getNumberOfPickedPoint(1), 3);
     EXPECT_EQ(source.findFaultLight(1)->GetFaultName(), "Main");
     EXPECT_TRUE(copy.isValid());
+}
+
+namespace {
+// The first descriptor of `faultId` in list order, found by walking the list.
+const ZN3DFaultPatchLight* walkFor(const ZNFaultPatchManager& set, int faultId)
+{
+    if (faultId < 1 || faultId >= set.getNumberOfPatch()) return nullptr;
+    for (const ZN3DFaultPatchLight* light : set.getFaultLightList())
+        if (light->getFaultId() == faultId) return light;
+    return nullptr;
+}
+} // namespace
+
+TEST(FaultDescriptors, FindingThroughTheIndexAgreesWithTheListAfterEveryChange)
+{
+    // Descriptors are found through an index by id: every way the list changes must
+    // leave findFaultLight answering as a walk through the list would.
+    const std::function<void(ZNFaultPatchManager&)> changes[] = {
+        [](ZNFaultPatchManager& set) { set.insertNewFaultLight(3); },
+        [](ZNFaultPatchManager& set) { set.insertNewFaultLight(2); },  // a second of 2
+        [](ZNFaultPatchManager& set) { set.removeFaultLight(2); },
+        [](ZNFaultPatchManager& set) { set.removeFaultLight(set.getFaultLightList().first()); },
+        [](ZNFaultPatchManager& set) { set.addPatch(); set.insertNewFaultLight(set.getNumberOfPatch() - 1); },
+        [](ZNFaultPatchManager& set) { set.concatFaultPatchManager(set); },
+        [](ZNFaultPatchManager& set) {
+            QTemporaryDir dir;
+            ASSERT_TRUE(set.writePickedFault(dir.filePath("set"), false, nullptr, false));
+            ASSERT_TRUE(set.readPickedFault(dir.filePath("set"), false, -1));
+        },
+        [](ZNFaultPatchManager& set) {
+            core::Array<int> patches;
+            for (int p = 1; p < set.getNumberOfPatch(); p += 2) patches.add(p);
+            std::unique_ptr<ZNFaultPatchManager> sub(set.extractSubFaultPatchManager(patches));
+            ASSERT_TRUE(sub);
+            for (int id = -1; id <= sub->getNumberOfPatch(); ++id)
+                EXPECT_EQ(sub->findFaultLight(id), walkFor(*sub, id)) << "sub " << id;
+        },
+        [](ZNFaultPatchManager& set) {
+            // A fault taken out and put back: its descriptor returns to its place.
+            const int id = set.getFaultLightList()[1]->getFaultId();
+            set.addPickedPoint(id, core::PointWithBool(1, 2, 3));
+            ZNFaultPatchManager::RemovedFault removed;
+            ASSERT_TRUE(set.removePickedFault(id, &removed));
+            EXPECT_EQ(set.findFaultLight(id), walkFor(set, id));
+            ASSERT_TRUE(set.restorePickedFault(removed));
+        },
+        [](ZNFaultPatchManager& set) { set.init(set.getNumberOfPatch(), false); },
+        [](ZNFaultPatchManager& set) { set.init(4, true); set.insertNewFaultLight(1); },
+    };
+    ZNFaultPatchManager set(6);
+    for (int id = 1; id < 6; ++id) set.insertNewFaultLight(id);
+    int step = 0;
+    for (const auto& change : changes) {
+        ASSERT_NO_FATAL_FAILURE(change(set));
+        ++step;
+        for (int id = -1; id <= set.getNumberOfPatch(); ++id)
+            EXPECT_EQ(set.findFaultLight(id), walkFor(set, id)) << "after change " << step << ", id " << id;
+    }
 }

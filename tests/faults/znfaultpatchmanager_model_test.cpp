@@ -136,15 +136,15 @@ TEST(FaultSetModel, AFaultListsEachOfItsPatchesOnceRootFirst)
     set.setFather(3, 2);
     set.setFather(6, 5);
     set.setFather(5, 2);
-    set.setFather(7, 2);  // the last patch is never linked
+    set.setFather(7, 2);  // the last patch is linked like any other
     set.initElementListBis();
-    const std::vector<int> fault{2, 3, 5, 6};
+    const std::vector<int> fault{2, 3, 5, 6, 7};
     EXPECT_EQ(listOf(set, 6), fault);
     EXPECT_EQ(listOf(set, 3), fault);
     EXPECT_EQ(listOf(set, 2), fault);
     EXPECT_EQ(listOf(set, 4), std::vector<int>{4});
     EXPECT_EQ(listOf(set, 0), std::vector<int>{0});
-    EXPECT_EQ(listOf(set, 7), std::vector<int>{7});
+    EXPECT_EQ(listOf(set, 7), fault);
     EXPECT_TRUE(listOf(set, 8).empty());
     EXPECT_TRUE(listOf(set, -1).empty());
 
@@ -259,9 +259,22 @@ TEST(FaultSetModel, AnAddedPatchIsAnEmptyFaultOfItsOwn)
     EXPECT_EQ(set.getFather(id), id);
     EXPECT_TRUE(set.addPickedPoint(id, P(1, 2)));
     set.setFather(1, id);
-    set.addPatch();  // patch 2 is no longer the last one: it may hold a list now
+    set.initElementListBis();
+    EXPECT_EQ(listOf(set, 1), (std::vector<int>{2, 1}));  // the last patch holds a list
+    const int next = set.addPatch();
     EXPECT_EQ(listOf(set, 1), (std::vector<int>{2, 1}));
+    EXPECT_EQ(listOf(set, next), std::vector<int>{next});
     EXPECT_TRUE(set.isValid());
+}
+
+TEST(FaultSetModel, AddedPatchesTakeTheUnitsOfTheSetWhichSoStaysInItsDomain)
+{
+    ZNFaultPatchManager set;
+    const georef::UnitObject time(georef::UnitObject::SpatialMetre, georef::UnitObject::VerticalMillisecond);
+    set.SetUnitObject(time);
+    for (int k = 0; k < 10; ++k) set.addPatch();  // the middle patch, read for the set's units, is a new one
+    EXPECT_EQ(set.getUnitObject(set.getNumberOfPatch() - 1), time);
+    EXPECT_TRUE(set.GetUnitObject().isTime());
 }
 
 TEST(FaultSetModel, TheValidityCheckNamesStaleLinkedLists)

@@ -324,3 +324,57 @@ TEST(FaultPicking, CleaningAFaultTidiesEachOfItsPatchesAndNoOther)
     EXPECT_EQ(set.removeIsolatedPointForAllPatch(), 1);
     EXPECT_EQ(pointsOf(set, 3), (Points{S, S}));
 }
+
+// ----- erasing inside an ellipse -----
+
+TEST(FaultErasing, PointsInsideTheEllipseGoAndTheRemainingSticksKeepOneSeparator)
+{
+    struct Case {
+        const char* what;
+        double cx, cy, rx, ry;
+        Points expected;
+    };
+    // Screen = world x, y (the orthographic viewer's identity). Sticks at x = 0, 10, 20.
+    const Points sticks{P(0, 0), P(0, 10), S, P(10, 0), P(10, 10), S, P(20, 0), P(20, 10)};
+    const Case cases[] = {
+        {"nothing inside", 50, 50, 3, 3, sticks},
+        {"one point", 10, 10, 1, 1, {P(0, 0), P(0, 10), S, P(10, 0), S, P(20, 0), P(20, 10)}},
+        {"a whole stick: its separator goes too", 10, 5, 2, 8, {P(0, 0), P(0, 10), S, P(20, 0), P(20, 10)}},
+        {"the first stick: no separator in front", 0, 5, 2, 8, {P(10, 0), P(10, 10), S, P(20, 0), P(20, 10)}},
+        {"a wide flat ellipse takes the top of every stick", 10, 0, 30, 2, {P(0, 10), S, P(10, 10), S, P(20, 10)}},
+        {"on the rim counts as inside", 10, 10, 10, 1, {P(0, 0), S, P(10, 0), S, P(20, 0)}},
+    };
+    OrthographicViewer viewer;
+    for (const Case& c : cases) {
+        ZNFaultPatchManager set(2);
+        append(set, 1, sticks);
+        const int erased = set.removePickedPointInsideEllipseForOneFault(1, {c.cx, c.cy}, c.rx, c.ry, &viewer);
+        EXPECT_EQ(pointsOf(set, 1), c.expected) << c.what;
+        EXPECT_EQ(erased, int(std::count_if(sticks.begin(), sticks.end(), [](auto& p) { return !p.isSeparator(); })) -
+                              int(std::count_if(c.expected.begin(), c.expected.end(), [](auto& p) { return !p.isSeparator(); })))
+            << c.what;
+    }
+}
+
+TEST(FaultErasing, TheMovingPointFollowsItsEntryAndEveryPatchOfTheFaultIsErased)
+{
+    OrthographicViewer viewer;
+    ZNFaultPatchManager set(4);
+    append(set, 1, {P(0, 0), P(0, 10), S, P(10, 0)});
+    append(set, 2, {P(5, 5), P(40, 40)});
+    append(set, 3, {P(5, 5)});  // another fault: untouched
+    linkPatches(set, 1, {2});
+    set.setCurrentPickedFaultId(1);
+    set.setCurrentMovingPointId(3);  // P(10, 0)
+    EXPECT_EQ(set.removePickedPointInsideEllipseForOneFault(1, {2, 5}, 6, 6, &viewer), 3);  // (0,0), (0,10), (5,5)
+    EXPECT_EQ(pointsOf(set, 1), (Points{P(10, 0)}));
+    EXPECT_EQ(pointsOf(set, 2), (Points{P(40, 40)}));
+    EXPECT_EQ(pointsOf(set, 3).size(), 1u);
+    EXPECT_EQ(set.getCurrentMovingPointId(), 0);
+    set.removePickedPointInsideEllipseForOneFault(1, {10, 0}, 1, 1, &viewer);
+    EXPECT_EQ(set.getCurrentMovingPointId(), kNo);
+
+    for (const double bad : {0.0, -1.0}) EXPECT_EQ(set.removePickedPointInsideEllipseForOnePatch(2, {40, 40}, bad, 5, &viewer), 0);
+    EXPECT_EQ(set.removePickedPointInsideEllipseForOnePatch(2, {40, 40}, 5, 5, nullptr), 0);
+    EXPECT_EQ(set.removePickedPointInsideEllipseForOnePatch(9, {40, 40}, 5, 5, &viewer), 0);
+}

@@ -1,7 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <georef/blocspace.h>
 #include <geom/symmetriceigen.h>
+#include <zn3dimage.h>
 
 #include <cmath>
 
@@ -35,6 +38,17 @@ TEST(BlocSpace, RefusesASingularMatrixAndClampsSizes)
     EXPECT_TRUE(grid.contains({1, 1, 1}));
     EXPECT_FALSE(grid.contains({2, 0, 0}));
     EXPECT_FALSE(grid.contains({0, -1, 0}));
+}
+
+TEST(BlocSpace, AVoxelCountBeyond64BitsSaturates)
+{
+    const int big = std::numeric_limits<int>::max();
+    EXPECT_EQ(BlocSpace(big, big, 1).voxelCount(), static_cast<long long>(big) * big);
+    EXPECT_EQ(BlocSpace(big, big, 2).voxelCount(), 2 * static_cast<long long>(big) * big);
+    EXPECT_EQ(BlocSpace(big, big, 3).voxelCount(), std::numeric_limits<long long>::max());
+    EXPECT_EQ(BlocSpace(big, big, big).voxelCount(), std::numeric_limits<long long>::max());
+    EXPECT_FALSE(BlocSpace(big, big, big).isEmpty());
+    EXPECT_TRUE(ZN3DImage<float>(BlocSpace(big, big, big)).isNull());
 }
 
 TEST(SymmetricEigen, PairsComeInDecreasingOrderWithUnitVectors)

@@ -290,12 +290,13 @@ TEST_F(BlocTest, AnOpenedBlockSavesACopyOfItselfAsAnObjectFile)
 
 TEST_F(BlocTest, CorruptFilesAreRefusedWithoutChangingTheBlock)
 {
-    auto element = [](const QString& nx, const QString& type, const QString& matrix) {
+    auto element = [](const QString& nx, const QString& type, const QString& matrix,
+                      const QString& ny = QStringLiteral("3"), const QString& nz = QStringLiteral("5")) {
         QDomDocument doc;
         QDomElement e = doc.createElement(QStringLiteral("ZNBloc"));
         if (!nx.isEmpty()) ZNXml::appendString(doc, e, QStringLiteral("nx"), nx);
-        ZNXml::appendString(doc, e, QStringLiteral("ny"), QStringLiteral("3"));
-        ZNXml::appendString(doc, e, QStringLiteral("nz"), QStringLiteral("5"));
+        ZNXml::appendString(doc, e, QStringLiteral("ny"), ny);
+        ZNXml::appendString(doc, e, QStringLiteral("nz"), nz);
         ZNXml::appendString(doc, e, QStringLiteral("sampleType"), type);
         if (!matrix.isEmpty())
             ZNXml::appendString(doc, e, QStringLiteral("fromBlocToWorld"), matrix);
@@ -307,6 +308,7 @@ TEST_F(BlocTest, CorruptFilesAreRefusedWithoutChangingTheBlock)
         const char* what;
         QString nx, type, matrix;
         QByteArray data;
+        QString ny = QStringLiteral("3"), nz = QStringLiteral("5");
     };
     const std::vector<Case> cases{
         {"one byte short", "4", "float32", identity, full.left(full.size() - 1)},
@@ -319,11 +321,16 @@ TEST_F(BlocTest, CorruptFilesAreRefusedWithoutChangingTheBlock)
         {"unknown type", "4", "float64", identity, full},
         {"singular matrix", "4", "float32", QStringLiteral("0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0"),
          full},
+        // Sizes whose products overflow 64 bits (a slice, then the samples): refused
+        // without the product being made.
+        {"huge slice", "2147483647", "float32", identity, full, "2147483647"},
+        {"huge slices", "2147483647", "int16", identity, full, "2147483647", "2147483647"},
+        {"many slices", "2147483647", "float32", identity, full, "2", "2147483647"},
     };
     const QString good = writeRamp();
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
-        const QString bad = writeRaw(element(c.nx, c.type, c.matrix), c.data);
+        const QString bad = writeRaw(element(c.nx, c.type, c.matrix, c.ny, c.nz), c.data);
         ZNBloc bloc;
         ASSERT_TRUE(bloc.open(good));
         EXPECT_FALSE(bloc.open(bad));

@@ -127,6 +127,20 @@ TEST_F(ObjectFileTest, HeaderIsReadWithoutTheData)
     EXPECT_EQ(ZNObjectFile::readObjectType(path()), QStringLiteral("NoteObject"));
 }
 
+TEST_F(ObjectFileTest, AReaderOfOneTypeRefusesAnotherBeforeBuildingItsDocument)
+{
+    NoteObject object;
+    ASSERT_TRUE(object.writeObjectFile(path(), 0));
+    ZNObjectFile::Header header;
+    header.type = QStringLiteral("untouched");
+    EXPECT_FALSE(ZNObjectFile::readHeader(path(), header, QStringLiteral("ZNBloc")));
+    EXPECT_EQ(header.type, QStringLiteral("untouched"));
+    EXPECT_TRUE(header.document.isNull());
+    ASSERT_TRUE(ZNObjectFile::readHeader(path(), header, QStringLiteral("NoteObject")));
+    EXPECT_EQ(header.type, QStringLiteral("NoteObject"));
+    EXPECT_EQ(ZNXml::readString(header.objectHeader, QStringLiteral("note")), QStringLiteral("first"));
+}
+
 TEST_F(ObjectFileTest, DataOffsetOfDamagedGlobalHeadersIsMinusOne)
 {
     const QByteArray size10 = "<GlobalHeader><headerSize value=\"10\"/>";

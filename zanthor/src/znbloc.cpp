@@ -166,7 +166,13 @@ int ZNBloc::sampleTypeFromName(const QString& name)
 
 bool ZNBloc::isOpen() const { return m_reader.isOpen() || m_writer != nullptr || m_memory != nullptr; }
 
-qint64 ZNBloc::sliceBytes() const { return qint64(nx()) * ny() * bytesPerSample(m_type); }
+qint64 ZNBloc::sliceBytes() const
+{
+    qint64 bytes = 0;
+    if (__builtin_mul_overflow(qint64(nx()) * ny(), qint64(bytesPerSample(m_type)), &bytes))
+        return std::numeric_limits<qint64>::max();
+    return bytes;
+}
 
 void ZNBloc::reset()
 {
@@ -224,7 +230,7 @@ bool ZNBloc::open(const QString& path)
 {
     reset();
     ZNObjectFile::Header header;
-    if (!ZNObjectFile::readHeader(path, header) || header.type != kType ||
+    if (!ZNObjectFile::readHeader(path, header, kType) ||
         !getHeader(&header.objectHeader)) {
         ZNEventBus::sendMessage(ZNEventBus::FileError,
                                 QStringLiteral("Not a readable block file: ") + path);
@@ -232,12 +238,12 @@ bool ZNBloc::open(const QString& path)
         return false;
     }
     m_reader.setFileName(ZNObjectFile::platformPath(path));
-    const qint64 slices = nz();
-    const bool fits =
-        sliceBytes() == 0 ||
-        slices <= (std::numeric_limits<qint64>::max() - header.dataOffset) / sliceBytes();
+    // The samples must fit the file: every product is checked before it is made.
+    qint64 sampleBytes = 0;
+    const bool fits = !__builtin_mul_overflow(sliceBytes(), qint64(nz()), &sampleBytes) &&
+                      sampleBytes <= std::numeric_limits<qint64>::max() - header.dataOffset;
     if (!fits || !m_reader.open(QIODevice::ReadOnly) ||
-        m_reader.size() < header.dataOffset + slices * sliceBytes()) {
+        m_reader.size() < header.dataOffset + sampleBytes) {
         ZNEventBus::sendMessage(ZNEventBus::FileError,
                                 QStringLiteral("Block file too short for its samples: ") + path);
         reset();

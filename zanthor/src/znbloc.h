@@ -135,6 +135,7 @@ private:
     bool readSamples(qint64 sampleIndex, qint64 count, char* destination);
     bool finishCreated();
     void reset();
+    // Bytes of one slice; INT64_MAX when the header's sizes make more than 64 bits hold.
     qint64 sliceBytes() const;
 
     QString m_path;                              // the block's file

@@ -5,7 +5,24 @@
 namespace {
 
 const QString kForbiddenCharacters = QStringLiteral("<>:\"|?*");
-constexpr ushort kFirstPrintable = 32;  // characters below it are control characters
+
+// Why `name` cannot be carried by a text file at all; empty when it can. Control
+// characters would also reach a terminal that shows the name.
+QString unwritableCharacterIn(const QString& name)
+{
+    for (int k = 0; k < name.size(); ++k) {
+        const QChar c = name[k];
+        if (c.category() == QChar::Other_Control)
+            return QStringLiteral("a file name cannot contain control characters");
+        const bool paired = k + 1 < name.size() && c.isHighSurrogate() && name[k + 1].isLowSurrogate();
+        if (paired) {
+            ++k;
+        } else if (c.isSurrogate() || c.unicode() == 0xfffe || c.unicode() == 0xffff) {
+            return QStringLiteral("a file name cannot contain characters that are not text");
+        }
+    }
+    return {};
+}
 
 bool isReservedDeviceName(const QString& part)
 {
@@ -22,8 +39,6 @@ QString problemOf(const QString& part)
     if (part == QLatin1String(".") || part == QLatin1String(".."))
         return QStringLiteral("a file name cannot be a directory reference");
     for (const QChar c : part) {
-        if (c.unicode() < kFirstPrintable)
-            return QStringLiteral("a file name cannot contain control characters");
         if (kForbiddenCharacters.contains(c))
             return QStringLiteral("a file name cannot contain '%1'").arg(c);
     }
@@ -43,12 +58,21 @@ QString fileNamePart(const QString& name)
     return name.mid(slash + 1);
 }
 
-bool isAcceptable(const QString& name) { return problemOf(fileNamePart(name)).isEmpty(); }
+QString completeBaseName(const QString& name)
+{
+    const QString part = fileNamePart(name);
+    const int dot = part.lastIndexOf(QLatin1Char('.'));
+    return dot < 0 ? part : part.left(dot);
+}
+
+bool isAcceptable(const QString& name) { return describeProblem(name).isEmpty(); }
 
 QString describeProblem(const QString& name)
 {
+    QString problem = unwritableCharacterIn(name);
+    if (!problem.isEmpty()) return QStringLiteral("\"%1\" (%2)").arg(name, problem);
     const QString part = fileNamePart(name);
-    const QString problem = problemOf(part);
+    problem = problemOf(part);
     if (problem.isEmpty()) return {};
     return QStringLiteral("\"%1\" (%2)").arg(part, problem);
 }

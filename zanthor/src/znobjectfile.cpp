@@ -135,12 +135,12 @@ qint64 ZNObjectFile::getDataOffset(const QString& path)
     return getDataOffset(file);
 }
 
-bool ZNObjectFile::readHeader(const QString& path, Header& header)
+bool ZNObjectFile::readHeader(const QString& path, Header& header, const QString& type)
 {
     QFile file(platformPath(path));
     if (!file.open(QIODevice::ReadOnly)) return false;
     ZNDeviceSource source(file);
-    return readHeader(source, header);
+    return readHeader(source, header, type);
 }
 
 bool ZNObjectFile::readHeaderText(ZNByteSource& file, QByteArray& text, qint64& dataOffset)
@@ -158,12 +158,13 @@ bool ZNObjectFile::readHeaderText(ZNByteSource& file, QByteArray& text, qint64& 
     return true;
 }
 
-bool ZNObjectFile::readHeader(ZNByteSource& file, Header& header)
+bool ZNObjectFile::readHeader(ZNByteSource& file, Header& header, const QString& type)
 {
     // Parsed as a flat tree first: its reader bounds the nesting, which a DOM parser does
     // not (a deeply nested hostile header would exhaust the stack when freed).
     TreeHeader read;
     if (!readHeader(file, read)) return false;
+    if (!type.isEmpty() && !read.objectHeader.hasTag(type)) return false;
     header.document = read.tree.toDocument();
     header.objectHeader = header.document.documentElement().firstChildElement();
     header.type = header.objectHeader.tagName();
@@ -188,8 +189,11 @@ bool ZNObjectFile::readHeader(ZNByteSource& file, TreeHeader& header)
 
 QString ZNObjectFile::readObjectType(const QString& path)
 {
-    Header header;
-    return readHeader(path, header) ? header.type : QString();
+    QFile file(platformPath(path));
+    if (!file.open(QIODevice::ReadOnly)) return QString();
+    ZNDeviceSource source(file);
+    TreeHeader read;
+    return readHeader(source, read) ? read.objectHeader.tagName() : QString();
 }
 
 bool ZNObjectFile::rewriteHeader(const QString& path, const QDomDocument& doc, int* error)

@@ -77,11 +77,13 @@ public:
     };
     // Reads the header of the file at `path` into `header`. False, `header` untouched,
     // when the file cannot be opened, is not an object file, its header does not fit
-    // inside the file, is not XML, or holds no object header element.
-    static bool readHeader(const QString& path, Header& header);
+    // inside the file, is not XML, or holds no object header element; also, when `type`
+    // is given, when the object is of another type: then no DOM document is built (the
+    // long header of another object costs only its flat tree).
+    static bool readHeader(const QString& path, Header& header, const QString& type = QString());
     // The same from a byte source holding a whole object file (read from its start;
     // position changed).
-    static bool readHeader(ZNByteSource& file, Header& header);
+    static bool readHeader(ZNByteSource& file, Header& header, const QString& type = QString());
     // The header as a flat tree (ZNXmlTree): what readers of long headers use, at a
     // fraction of a DOM document's cost. Not copyable: its elements point into its tree.
     struct TreeHeader {

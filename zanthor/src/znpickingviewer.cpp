@@ -7,6 +7,11 @@
 
 ZNPickingViewer::~ZNPickingViewer() = default;
 
+double ZNPickingViewer::distanceToSection(const core::vec3&) const
+{
+    return 0.0;
+}
+
 namespace {
 
 // Parameter t of the foot of the perpendicular from `c` on segment (a, b), and the

@@ -34,6 +34,9 @@ public:
     // The section the view shows, in the fault set's space; false (line untouched) when
     // the view shows no section.
     virtual bool getShownRandomLine(geom::RandomLine& line) const = 0;
+    // How far `point` lies from the section shown, in the view's own unit (voxels for a
+    // view of a block); 0 for a view that shows all of its space at once (the default).
+    virtual double distanceToSection(const core::vec3& point) const;
 
     // The entry of `points` (count entries, separators skipped) whose screen position is
     // nearest to `cursor` (first one on ties), and, when the foot of the perpendicular

@@ -321,8 +321,16 @@ bool ZNBlocViewerEngine::goToWorldPoint(const core::vec3& world)
 core::vec2 ZNBlocViewerEngine::projectToScreen(const core::vec3& point) const
 {
     QPointF viewport;
-    if (!worldToViewport(point, viewport)) return {};
+    double distance = 0.0;
+    if (!worldToViewport(point, viewport, &distance) || distance > kPickingBand) return {kOffSection, kOffSection};
     return {viewport.x(), viewport.y()};
+}
+
+double ZNBlocViewerEngine::distanceToSection(const core::vec3& point) const
+{
+    QPointF image;
+    double distance = 0.0;
+    return blocToImage(worldToBloc(point), image, &distance) ? distance : 0.0;
 }
 
 bool ZNBlocViewerEngine::isPatchShown(const ZNObject* faultSet, int patchId) const

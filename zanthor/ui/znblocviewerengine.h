@@ -143,7 +143,12 @@ public:
 
     // ----- ZNPickingViewer -----
 
+    // Points farther than pickingBand() voxels from the section are placed far outside
+    // the screen, so that picking on one section never reaches the points of another.
+    static constexpr double kPickingBand = 0.5;
+    static constexpr double kOffSection = 1e9;  // screen coordinates of such points
     core::vec2 projectToScreen(const core::vec3& point) const override;
+    double distanceToSection(const core::vec3& point) const override;
     bool isPatchShown(const ZNObject* faultSet, int patchId) const override;
     // The section as a vertical section of world space (vertical axis y); false for a
     // time slice or without block.

@@ -2,6 +2,7 @@
 
 class QKeyEvent;
 class QMouseEvent;
+class QWheelEvent;
 class ZNSectionViewer;
 
 // What one mouse mode of a section viewer does with the user's gestures (picking fault
@@ -17,4 +18,5 @@ public:
     virtual bool mouseRelease(ZNSectionViewer& viewer, QMouseEvent* event);
     virtual bool mouseDoubleClick(ZNSectionViewer& viewer, QMouseEvent* event);
     virtual bool keyPress(ZNSectionViewer& viewer, QKeyEvent* event);
+    virtual bool wheel(ZNSectionViewer& viewer, QWheelEvent* event);
 };

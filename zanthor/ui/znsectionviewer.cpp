@@ -24,6 +24,7 @@ bool ZNSectionTool::mouseMove(ZNSectionViewer&, QMouseEvent*) { return false; }
 bool ZNSectionTool::mouseRelease(ZNSectionViewer&, QMouseEvent*) { return false; }
 bool ZNSectionTool::mouseDoubleClick(ZNSectionViewer&, QMouseEvent*) { return false; }
 bool ZNSectionTool::keyPress(ZNSectionViewer&, QKeyEvent*) { return false; }
+bool ZNSectionTool::wheel(ZNSectionViewer&, QWheelEvent*) { return false; }
 
 ZNSectionViewer::ZNSectionViewer(std::unique_ptr<ZNSeismicViewerAbstractEngine> engine, QWidget* parent)
     : QWidget(parent), m_engine(std::move(engine))
@@ -224,6 +225,7 @@ void ZNSectionViewer::mouseDoubleClickEvent(QMouseEvent* event)
 
 void ZNSectionViewer::wheelEvent(QWheelEvent* event)
 {
+    if (ZNSectionTool* t = currentTool(); t && t->wheel(*this, event)) return;
     const double notches = event->angleDelta().y() / 120.0;
     if (notches == 0.0) return;
     m_engine->zoomAt(event->position(), std::pow(kWheelZoom, notches));

@@ -6,13 +6,11 @@
 
 #include <core/vec3.h>
 
+#include "znmetatypes.h"
 #include "znseismicviewerabstractengine.h"
 #include "znsectiontool.h"
 
 class ZNSectionDrawable;
-
-// World points travel in signals, also between threads.
-Q_DECLARE_METATYPE(core::vec3)
 
 // The widget of a section viewer: paints what its engine shows (the section through its
 // colour scale, the drawables, the reference point, the annotated axes, the colour bar

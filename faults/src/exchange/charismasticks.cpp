@@ -108,12 +108,15 @@ QString formatPoint(const StickPoint& point)
         point.inlineNumber == core::kNoValue ? kCharismaUnknownLine : point.inlineNumber;
     const int crosslineNumber =
         point.crosslineNumber == core::kNoValue ? kCharismaUnknownLine : point.crosslineNumber;
-    return QStringLiteral("INLINE-%1%2%3%4%5")
+    // Columns of 12, 11 and 16 characters, each opening with a space whatever the
+    // value's length (a coordinate of 1e10 fills 16 characters): the reader splits on
+    // spaces.
+    return QStringLiteral("INLINE-%1 %2 %3 %4 %5")
         .arg(inlineNumber, 12)
-        .arg(crosslineNumber, 11)
-        .arg(file.x, 16, 'f', kFileDecimals)
-        .arg(file.y, 16, 'f', kFileDecimals)
-        .arg(file.z, 16, 'f', kFileDecimals);
+        .arg(crosslineNumber, 10)
+        .arg(file.x, 15, 'f', kFileDecimals)
+        .arg(file.y, 15, 'f', kFileDecimals)
+        .arg(file.z, 15, 'f', kFileDecimals);
 }
 
 } // namespace

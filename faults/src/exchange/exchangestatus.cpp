@@ -11,10 +11,8 @@ ExchangeStatus ExchangeStatus::failure(const QString& path, int line, const QStr
     ExchangeStatus status;
     status.ok = false;
     status.line = line > 0 ? line : 0;
-    const QString file = QFileInfo(path).fileName();
-    status.message = status.line > 0
-                         ? QStringLiteral("%1: line %2: %3").arg(file).arg(status.line).arg(problem)
-                         : QStringLiteral("%1: %2").arg(file, problem);
+    status.detail = status.line > 0 ? QStringLiteral("line %1: %2").arg(status.line).arg(problem) : problem;
+    status.message = QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), status.detail);
     ZNEventBus::sendMessage(ZNEventBus::FileError, status.message);
     return status;
 }

@@ -12,6 +12,8 @@ struct ExchangeStatus {
     bool ok = true;
     int line = 0;     // 1-based number of the offending line; 0 when no line is at fault
     QString message;  // empty on success
+    QString detail;   // the message without its file name: "line <n>: <problem>" or
+                      // "<problem>", for callers that name the file as their user gave it
 
     static ExchangeStatus success() { return {}; }
     // Builds the failure and sends its message on the event bus.

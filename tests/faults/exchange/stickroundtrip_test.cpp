@@ -1,5 +1,10 @@
 // Behaviours every fault stick format shares: round trips keep names and stick structure,
 // writers are atomic, readers survive hostile files and leave their output alone.
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <limits>
+
 #include <QDir>
 #include <QTemporaryDir>
 
@@ -178,4 +183,52 @@ TEST(StickFormats, EveryReaderSurvivesEveryTruncationOfItsOwnOutput)
             else EXPECT_FALSE(status.message.isEmpty());
         }
     }
+}
+
+TEST(StickFormats, ExtremeValuesReadBackOrAreRefusedWithAClearError)
+{
+    // A writer never leaves a file its own reader refuses: wide numbers keep their
+    // separating space, values a format cannot carry are refused by name.
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double inf = std::numeric_limits<double>::infinity();
+    const struct {
+        const char* what;
+        core::vec3 world;     // world (X, Z, Y)
+        int inlineNumber, crosslineNumber;
+        const char* refusal;  // empty: every format reads the value back
+    } cases[] = {
+        {"X of 1e10", {1e10, 1500.0, 6.78e6}, 10, 20, ""},
+        {"Y of -1e9", {4.5e5, 1500.0, -1e9}, 10, 20, ""},
+        {"X and Y of 1e15", {1e15, 1500.0, -1e15}, 10, 20, ""},
+        {"Z of -1e9", {4.5e5, -1e9, 6.78e6}, 10, 20, "IESX Z column"},
+        {"extreme line numbers", {4.5e5, 1500.0, 6.78e6}, INT_MIN, INT_MAX - 1, ""},
+        {"NaN X", {nan, 1500.0, 6.78e6}, 10, 20, "not a finite number"},
+        {"infinite Z", {4.5e5, inf, 6.78e6}, 10, 20, "not a finite number"},
+    };
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("sticks.txt"));
+    for (const FormatCase& c : kFormats)
+        for (const auto& v : cases) {
+            SCOPED_TRACE(label(c) + ": " + v.what);
+            StickSet written;
+            written.faults.push_back({QStringLiteral("F"), {{{v.world, v.inlineNumber, v.crosslineNumber},
+                                                             {v.world + core::vec3(0, 10, 0), 1, 2}}}});
+            RecordingEventBus bus;
+            const ExchangeStatus wrote = writeSticks(path, c.format, written);
+            const bool refused = *v.refusal && (c.format == StickFormat::Iesx ||
+                                                QString(v.refusal) == "not a finite number");
+            if (refused) {
+                EXPECT_FALSE(wrote);
+                EXPECT_TRUE(wrote.message.contains(QLatin1String(v.refusal))) << wrote.message.toStdString();
+                continue;
+            }
+            ASSERT_TRUE(wrote) << wrote.message.toStdString();
+            StickSet read;
+            const ExchangeStatus status = readSticks(path, c.format, read);
+            ASSERT_TRUE(status) << status.message.toStdString();
+            ASSERT_EQ(read.pointCount(), 2);
+            const core::vec3 back = read.faults[0].sticks[0][0].world;
+            const double scale = std::max({1.0, std::fabs(v.world.x), std::fabs(v.world.y), std::fabs(v.world.z)});
+            EXPECT_LT((back - v.world).length(), std::max(c.tolerance, 1e-7 * scale));
+        }
 }

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <volumeio/segylayout.h>
 #include <volumeio/segyreader.h>
 
 #include "segytestfile.h"
@@ -49,7 +50,7 @@ TEST(SegySampleFiles, SmallReadsAsFiveByFiveIbmTraces)
     EXPECT_EQ(r.info.inlineNumbers, (std::vector<int>{1, 2, 3, 4, 5}));
     EXPECT_EQ(r.info.crosslineNumbers, (std::vector<int>{20, 21, 22, 23, 24}));
     EXPECT_EQ(r.info.formatCode, 1);
-    EXPECT_EQ(segyFormatName(r.info.formatCode), "IBM float");
+    EXPECT_EQ(segyFormatDescription(r.info.formatCode), "4-byte IBM float");
     EXPECT_EQ(r.info.sorting, SegySorting::Inline);
     EXPECT_EQ(r.info.sampleIntervalMicro, 4000);
     EXPECT_EQ(r.info.traceCount, 25);
@@ -221,7 +222,7 @@ TEST_F(SegyFiles, BadFilesAreRefusedWithAOneLineReason)
          "(supported: 1, 2, 3, 5, 8)"},
         {"truncated", good.left(good.size() - 10), 2,
          "truncated: the 6990 bytes after the headers are not a whole number of 280-byte "
-         "traces (10 samples, IEEE float)"},
+         "traces (10 samples, 4-byte IEEE float)"},
         {"missing trace", buildSegy(missing), 1,
          "irregular geometry: 24 traces for 5 inlines x 5 crosslines"},
         {"trace twice", buildSegy(twice), 1,
@@ -230,12 +231,13 @@ TEST_F(SegyFiles, BadFilesAreRefusedWithAOneLineReason)
          "irregular geometry: inline numbers are not evenly spaced (step 1, but 4 follows 2)"},
         {"no samples", buildSegy(noSamples), 1, "no sample count in the headers"},
         {"format 4", buildSegy(fixedPoint), 1,
-         "not a SEG-Y file, or an unsupported one: sample format code 4 "
+         "4-byte fixed-point with gain samples (format 4) are not supported "
          "(supported: 1, 2, 3, 5, 8)"},
         {"extended headers", buildSegy(extended), 1,
          "no trace after the headers (first trace at byte 96003600 of 4624)"},
-        {"negative extended headers", buildSegy(negative), 1,
-         "no trace after the headers (first trace at byte 400 of 4624)"},
+        {"variable extended headers without their end", buildSegy(negative), 1,
+         "a variable number of extended textual headers (-1) without the record that ends "
+         "them ((SEG: EndText))"},
     };
     for (const Case& c : cases) {
         RecordingEventBus bus;
@@ -297,4 +299,114 @@ TEST_F(SegyFiles, CancellingTheProgressBarAbandonsTheRead)
     EXPECT_TRUE(r.image.isEmpty());
     EXPECT_EQ(progress.titles, QStringList{"Reading SEG-Y"});
     EXPECT_EQ(progress.closed, 1);
+}
+
+TEST_F(SegyFiles, FilesSegyioReadsAreReadWhateverTheirHeadersSayOfCountsAndExtensions)
+{
+    struct Case {
+        const char* what;
+        TestSegy segy;
+    };
+    // Two traces whose samples count up from the trace's line numbers.
+    const auto twoTraces = [](int samples) { return gridSegy(1, 1, 2, 10, 1, 1, samples); };
+    Case cases[] = {
+        {"40000 samples in the 16-bit count", twoTraces(40000)},
+        {"revision 2 extended sample count", twoTraces(70000)},
+        {"revision 2 additional trace headers", twoTraces(6)},
+        {"variable extended textual headers", twoTraces(6)},
+        {"revision 2 first trace offset", twoTraces(6)},
+        {"little-endian 40000 samples", twoTraces(40000)},
+    };
+    cases[1].segy.binarySamples = 0;
+    cases[1].segy.extendedSamples = 70000;
+    cases[1].segy.revision = 0x0200;
+    cases[2].segy.revision = 0x0200;
+    cases[2].segy.extraTraceHeaders = 2;
+    cases[3].segy.extendedHeaders = 3;
+    cases[3].segy.declaredExtendedHeaders = 0xFFFF;  // -1
+    cases[3].segy.endStanza = true;
+    cases[5].segy.littleEndian = true;
+    for (Case& c : cases) {
+        QByteArray bytes = buildSegy(c.segy);
+        if (QLatin1String(c.what) == QLatin1String("revision 2 first trace offset")) {
+            // -1 extended headers, none ending with a stanza, but the offset is given.
+            TestSegy s = c.segy;
+            s.revision = 0x0200;
+            s.extendedHeaders = 2;
+            s.declaredExtendedHeaders = 0xFFFF;
+            bytes = buildSegy(s);
+            const quint64 first = 3600 + 2 * 3200;
+            for (int k = 0; k < 8; ++k) bytes[3520 + k] = char((first >> (8 * (7 - k))) & 0xFF);
+        }
+        const QString file = dir.filePath(QStringLiteral("case.sgy"));
+        ASSERT_TRUE(writeFileBytes(file, bytes));
+        const SegyReadResult r = readSegyVolume(file);
+        ASSERT_TRUE(r.ok()) << c.what << ": " << r.error.toStdString();
+        const int samples = static_cast<int>(c.segy.traces[0].samples.size());
+        EXPECT_EQ(r.info.sampleCount, samples) << c.what;
+        EXPECT_EQ(r.info.traceCount, 2) << c.what;
+        for (int i = 0; i < 2; ++i)
+            for (int k : {0, samples - 1}) EXPECT_EQ(r.image(i, 0, k), float((1 + i) * 100 + 10 + k)) << c.what;
+    }
+}
+
+TEST_F(SegyFiles, FilesThatCannotBeReadNameTheRealReason)
+{
+    struct Case {
+        const char* what;
+        QByteArray bytes;
+        const char* reason;
+    };
+    TestSegy unsignedBig = gridSegy(1, 1, 2, 1, 1, 1, 4);
+    unsignedBig.format = 10;
+    TestSegy unsignedLittle = unsignedBig;
+    unsignedLittle.littleEndian = true;
+    TestSegy doubles = unsignedLittle;
+    doubles.format = 6;
+    const QByteArray headersOnly = buildSegy(gridSegy(1, 1, 2, 1, 1, 1, 4)).left(3600);
+    TestSegy wrongExtra = gridSegy(1, 1, 2, 1, 1, 1, 4);
+    wrongExtra.revision = 0x0200;
+    wrongExtra.extraTraceHeaders = 1;
+    QByteArray extraClaimed = buildSegy(wrongExtra);
+    extraClaimed[3509] = 3;  // claims three additional headers per trace where one stands
+    const Case cases[] = {
+        {"format 10", buildSegy(unsignedBig),
+         "4-byte unsigned integer samples (format 10) are not supported (supported: 1, 2, 3, 5, 8)"},
+        {"format 10 little-endian", buildSegy(unsignedLittle),
+         "4-byte unsigned integer samples (format 10) are not supported (supported: 1, 2, 3, 5, 8)"},
+        {"format 6 little-endian", buildSegy(doubles),
+         "8-byte IEEE float samples (format 6) are not supported (supported: 1, 2, 3, 5, 8)"},
+        {"headers only", headersOnly,
+         "no trace after the headers (the file ends at byte 3600, where the first trace would begin)"},
+        {"wrong additional headers", extraClaimed,
+         "truncated: the 992 bytes after the headers are not a whole number of 976-byte traces "
+         "(4 samples, 4-byte IEEE float, 3 additional trace headers)"},
+    };
+    for (const Case& c : cases) {
+        RecordingEventBus bus;
+        const QString file = dir.filePath(QStringLiteral("bad.sgy"));
+        ASSERT_TRUE(writeFileBytes(file, c.bytes));
+        const SegyReadResult r = readSegyVolume(file);
+        EXPECT_EQ(r.error.toStdString(), (file + ": " + c.reason).toStdString()) << c.what;
+    }
+}
+
+TEST(SegyLayout, HostileCountsAreCheckedAgainstTheFileBeforeAnyProduct)
+{
+    // Counts near 2^31 and 2^32 in every field that multiplies: refused, never overflowed.
+    QTemporaryDir dir;
+    for (const int extra : {0, 0x7FFFFFFF, -1})
+        for (const int samples : {0x7FFFFFFF, -1, 65535}) {
+            TestSegy s = gridSegy(1, 1, 1, 1, 1, 1, 2);
+            s.revision = 0x0200;
+            s.binarySamples = 0;
+            s.extendedSamples = samples;
+            s.extraTraceHeaders = extra;
+            s.writtenExtraTraceHeaders = 0;
+            const QString file = dir.filePath(QStringLiteral("hostile.sgy"));
+            ASSERT_TRUE(writeFileBytes(file, buildSegy(s)));
+            volumeio::SegyLayout layout;
+            RecordingEventBus bus;
+            EXPECT_TRUE(volumeio::readSegyLayout(file, layout).isSet()) << extra << " " << samples;
+        }
 }

@@ -55,6 +55,10 @@ QByteArray buildSegy(const TestSegy& s)
     put(b, 3224, s.format, 2, le);
     const int declared = s.declaredExtendedHeaders >= 0 ? s.declaredExtendedHeaders : s.extendedHeaders;
     put(b, 3504, declared, 2, le);
+    put(b, 3500, s.revision, 2, le);
+    put(b, 3268, s.extendedSamples, 4, le);
+    put(b, 3506, s.extraTraceHeaders, 4, le);
+    if (s.endStanza && s.extendedHeaders > 0) b.replace(3600 + 3200 * (s.extendedHeaders - 1), 16, "((SEG: EndText))");
     const int bytes = sampleBytes(s.format);
     for (const TestTrace& t : s.traces) {
         QByteArray h(240, 0);
@@ -71,7 +75,8 @@ QByteArray buildSegy(const TestSegy& s)
         QByteArray data(bytes * static_cast<int>(t.samples.size()), 0);
         for (std::size_t k = 0; k < t.samples.size(); ++k)
             put(data, bytes * static_cast<int>(k), encodeSample(s.format, t.samples[k]), bytes, le);
-        b += h + data;
+        const int extra = s.writtenExtraTraceHeaders >= 0 ? s.writtenExtraTraceHeaders : s.extraTraceHeaders;
+        b += h + QByteArray(240 * extra, 0) + data;
     }
     return b;
 }

@@ -24,6 +24,12 @@ struct TestSegy {
     int binarySamples = -1;          // bytes 3221-3222; -1: the first trace's count
     int extendedHeaders = 0;         // extended text headers written after the binary one
     int declaredExtendedHeaders = -1;  // bytes 3505-3506; -1: extendedHeaders
+    bool endStanza = false;          // "((SEG: EndText))" opens the last extended header
+    int revision = 0x0100;           // bytes 3501-3502, major revision in the high byte
+    int extendedSamples = 0;         // revision 2, bytes 3269-3272
+    int extraTraceHeaders = 0;       // revision 2, bytes 3507-3510
+    int writtenExtraTraceHeaders = -1;  // zero headers written after each trace header;
+                                        // -1: extraTraceHeaders
     int16_t delayMilli = 0;          // every trace, bytes 109-110
     std::vector<TestTrace> traces;
 };

@@ -1,11 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <QDomDocument>
+#include <QFileDevice>
 #include <QTemporaryDir>
 
 #include <testfiles.h>
 #include <testservices.h>
 #include <volumeio/volumesource.h>
 #include <znbloc.h>
+#include <znobjectfile.h>
+#include <znobjectfilewriter.h>
+#include <znxml.h>
 
 #include "segytestfile.h"
 
@@ -96,4 +101,30 @@ TEST(VolumeSource, AFileThatCannotBeReadGivesAnEmptyImageAndAnErrorNamingIt)
     }
     EXPECT_TRUE(bus.contains(ZNEventBus::FileError, QDir::toNativeSeparators(garbage) +
                                                         QStringLiteral(": not a readable block file")));
+}
+
+TEST(VolumeSource, ABlockFileTooLargeForMemoryIsRefusedForThatReason)
+{
+    // A block file of 16384 x 16384 x 1024 float samples (1 TiB, sparse on disk): it opens,
+    // but its samples cannot be held, as SEG-Y and raw readers say too.
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("huge.bloc"));
+    QDomDocument doc;
+    QDomElement e = doc.createElement(QStringLiteral("ZNBloc"));
+    ZNXml::appendInt(doc, e, QStringLiteral("nx"), 16384);
+    ZNXml::appendInt(doc, e, QStringLiteral("ny"), 16384);
+    ZNXml::appendInt(doc, e, QStringLiteral("nz"), 1024);
+    ZNXml::appendString(doc, e, QStringLiteral("sampleType"), QStringLiteral("float32"));
+    ZNObjectFile::createHeaderDocument(doc).appendChild(e);
+    ZNObjectFileWriter writer(path);
+    const qint64 offset = writer.create(doc, 0);
+    ASSERT_GE(offset, 0);
+    auto* file = qobject_cast<QFileDevice*>(writer.device());
+    ASSERT_TRUE(file && file->resize(offset + (qint64(1) << 40)));
+    ASSERT_TRUE(writer.commit());
+
+    RecordingEventBus bus;
+    const VolumeReadResult r = readVolume({VolumeFormat::Bloc, path, {}});
+    EXPECT_TRUE(r.image.isEmpty());
+    EXPECT_EQ(r.error, path + QStringLiteral(": not enough memory for the volume"));
 }

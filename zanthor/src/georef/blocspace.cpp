@@ -1,5 +1,7 @@
 #include "georef/blocspace.h"
 
+#include <limits>
+
 namespace georef {
 
 BlocSpace::BlocSpace(int nx, int ny, int nz) { setSize(nx, ny, nz); }
@@ -19,7 +21,12 @@ void BlocSpace::setSize(int nx, int ny, int nz)
 
 long long BlocSpace::voxelCount() const
 {
-    return static_cast<long long>(m_nx) * m_ny * m_nz;
+    // Sizes come from file headers: three of them near 2^31 overflow 64 bits.
+    long long count = 0;
+    if (__builtin_mul_overflow(static_cast<long long>(m_nx), m_ny, &count) ||
+        __builtin_mul_overflow(count, m_nz, &count))
+        return std::numeric_limits<long long>::max();
+    return count;
 }
 
 bool BlocSpace::setFromBlocToWorldMatrix(const core::mat4& matrix)

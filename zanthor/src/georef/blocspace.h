@@ -20,7 +20,7 @@ public:
     int nz() const { return m_nz; }
     // Sizes are clamped at 0.
     void setSize(int nx, int ny, int nz);
-    // Number of voxels nx * ny * nz.
+    // Number of voxels nx * ny * nz; LLONG_MAX when that does not fit 64 bits.
     long long voxelCount() const;
     bool isEmpty() const { return voxelCount() == 0; }
 

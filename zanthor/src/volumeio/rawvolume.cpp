@@ -1,6 +1,7 @@
 #include "volumeio/rawvolume.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -14,6 +15,7 @@
 
 #include "volumeio/gridaxes.h"
 #include "znstridedprogress.h"
+#include "znwritefailure.h"
 
 namespace volumeio {
 namespace {
@@ -203,10 +205,12 @@ QString writeRawVolume(const QString& path, const ZN3DImage<T>& image, ByteOrder
     if (image.isEmpty())
         return reportVolumeError(ZNEventBus::Error, path,
                                  QStringLiteral("the volume to write is empty"));
+    errno = 0;  // a failure names the system call that failed after this point
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return reportVolumeError(ZNEventBus::FileError, path,
                                  QStringLiteral("cannot write: ") + file.errorString());
+    QString failure;  // why a write failed, taken before the cancel rewords it
     const bool swap = !hostIs(byteOrder);
     const std::size_t count = image.voxelCount();
     std::vector<quint32> chunk(std::min(count, kChunkSamples));
@@ -217,14 +221,17 @@ QString writeRawVolume(const QString& path, const ZN3DImage<T>& image, ByteOrder
             chunk[i] = encode<T>(image.data()[cursor.index()], swap);
         const qint64 bytes = qint64(n * kSampleBytes);
         if (file.write(reinterpret_cast<const char*>(chunk.data()), bytes) != bytes) {
+            failure = ZNWriteFailure::reason(file, errno);
             file.cancelWriting();
             break;
         }
         done += n;
     }
-    if (!file.commit())
-        return reportVolumeError(ZNEventBus::FileError, path,
-                                 QStringLiteral("cannot write: ") + file.errorString());
+    const int systemError = errno;
+    if (!file.commit()) {
+        if (failure.isEmpty()) failure = ZNWriteFailure::reason(file, systemError ? systemError : errno);
+        return reportVolumeError(ZNEventBus::FileError, path, QStringLiteral("cannot write: ") + failure);
+    }
     return {};
 }
 

@@ -12,20 +12,14 @@
 #include <zneventbus.h>
 
 #include "znstridedprogress.h"
+#include "volumeio/segylayout.h"
 #include "volumeio/segyworld.h"
 
 namespace volumeio {
 namespace {
-constexpr qint64 kHeadersBytes = SEGY_TEXT_HEADER_SIZE + SEGY_BINARY_HEADER_SIZE;
 constexpr double kMicroToMilli = 1e-3;
 
-// A failure: the reason and the event kind it is reported with.
-struct Problem {
-    int kind = ZNEventBus::Error;
-    QString reason;
-    bool isSet() const { return !reason.isEmpty(); }
-};
-
+using Problem = SegyProblem;
 Problem fileProblem(const QString& reason) { return {ZNEventBus::FileError, reason}; }
 Problem contentProblem(const QString& reason) { return {ZNEventBus::Error, reason}; }
 
@@ -35,88 +29,15 @@ struct SegyHandle {
     ~SegyHandle() { if (fp) segy_close(fp); }
 };
 
-bool isSupportedFormat(int code)
-{
-    return code == SEGY_IBM_FLOAT_4_BYTE || code == SEGY_SIGNED_INTEGER_4_BYTE ||
-           code == SEGY_SIGNED_SHORT_2_BYTE || code == SEGY_IEEE_FLOAT_4_BYTE ||
-           code == SEGY_SIGNED_CHAR_1_BYTE;
-}
-
-// What the binary header and the file size say about the traces.
-struct TraceLayout {
-    int format = 0;
-    bool littleEndian = false;
-    int samples = 0;
-    int intervalMicro = 0;
-    long trace0 = 0;          // byte offset of the first trace header
-    int sampleBytes = 0;      // bytes of one trace's samples
-    int traceCount = 0;
-};
-
-// Reads the binary header into `bh`, detecting the byte order from the format code.
-Problem readBinaryHeader(segy_file* fp, char* bh, TraceLayout& layout)
-{
-    if (segy_binheader(fp, bh) != SEGY_OK)
-        return fileProblem(QStringLiteral("cannot read the binary header"));
-    const int code = segy_format(bh);
-    const int swapped = ((code & 0xFF) << 8) | ((code >> 8) & 0xFF);
-    layout.littleEndian = !isSupportedFormat(code) && isSupportedFormat(swapped);
-    layout.format = layout.littleEndian ? swapped : code;
-    if (!isSupportedFormat(layout.format))
-        return contentProblem(QStringLiteral("not a SEG-Y file, or an unsupported one: sample "
-                                             "format code %1 (supported: 1, 2, 3, 5, 8)")
-                                  .arg(code));
-    if (segy_set_format(fp, layout.format | (layout.littleEndian ? SEGY_LSB : SEGY_MSB)) != SEGY_OK)
-        return contentProblem(QStringLiteral("unsupported sample format %1").arg(layout.format));
-    if (layout.littleEndian && segy_binheader(fp, bh) != SEGY_OK)
-        return fileProblem(QStringLiteral("cannot read the binary header"));
-    return {};
-}
-
-// The first trace header, once its offset is known to lie inside the file.
-Problem readFirstTraceHeader(segy_file* fp, const TraceLayout& layout, qint64 fileSize, char* th)
-{
-    if (layout.trace0 < kHeadersBytes || layout.trace0 + SEGY_TRACE_HEADER_SIZE > fileSize)
-        return contentProblem(QStringLiteral("no trace after the headers (first trace at byte %1 "
-                                             "of %2)").arg(layout.trace0).arg(fileSize));
-    if (segy_traceheader(fp, 0, th, layout.trace0, 0) != SEGY_OK)
-        return fileProblem(QStringLiteral("cannot read the first trace header"));
-    return {};
-}
-
-Problem readTraceLayout(segy_file* fp, qint64 fileSize, TraceLayout& layout)
+// Tells segyio the sample format and byte order of `layout`, so that it swaps what it
+// reads into the machine's order.
+Problem setFormat(segy_file* fp, const SegyLayout& layout)
 {
     char bh[SEGY_BINARY_HEADER_SIZE];
-    Problem p = readBinaryHeader(fp, bh, layout);
-    if (p.isSet()) return p;
-    layout.trace0 = segy_trace0(bh);
-    char th[SEGY_TRACE_HEADER_SIZE];
-    p = readFirstTraceHeader(fp, layout, fileSize, th);
-    if (p.isSet()) return p;
-    int32_t value = 0;
-    layout.samples = segy_samples(bh);
-    if (layout.samples <= 0 && segy_get_field(th, SEGY_TR_SAMPLE_COUNT, &value) == SEGY_OK)
-        layout.samples = value;
-    if (layout.samples <= 0)
-        return contentProblem(QStringLiteral("no sample count in the headers"));
-    if (segy_get_bfield(bh, SEGY_BIN_INTERVAL, &value) == SEGY_OK && value > 0)
-        layout.intervalMicro = value;
-    else if (segy_get_field(th, SEGY_TR_SAMPLE_INTER, &value) == SEGY_OK && value > 0)
-        layout.intervalMicro = value;
-    layout.sampleBytes = segy_trsize(layout.format, layout.samples);
-    const qint64 traceBytes = SEGY_TRACE_HEADER_SIZE + qint64(layout.sampleBytes);
-    const qint64 dataBytes = fileSize - layout.trace0;
-    if (dataBytes % traceBytes != 0)
-        return fileProblem(
-            QStringLiteral("truncated: the %1 bytes after the headers are not a whole "
-                           "number of %2-byte traces (%3 samples, %4)")
-                .arg(dataBytes)
-                .arg(traceBytes)
-                .arg(layout.samples)
-                .arg(segyFormatName(layout.format)));
-    if (dataBytes / traceBytes > INT32_MAX)
-        return contentProblem(QStringLiteral("too many traces"));
-    layout.traceCount = static_cast<int>(dataBytes / traceBytes);
+    if (segy_binheader(fp, bh) != SEGY_OK)
+        return fileProblem(QStringLiteral("cannot read the binary header"));
+    if (segy_set_format(fp, layout.format | (layout.littleEndian ? SEGY_LSB : SEGY_MSB)) != SEGY_OK)
+        return contentProblem(QStringLiteral("unsupported sample format %1").arg(layout.format));
     return {};
 }
 
@@ -145,12 +66,12 @@ bool field(const char* th, int byte, int& out)
     return true;
 }
 
-Problem readTraceHeaders(segy_file* fp, const TraceLayout& layout, const SegyReadOptions& options,
+Problem readTraceHeaders(segy_file* fp, const SegyLayout& layout, const SegyReadOptions& options,
                          ZNStridedProgress& progress, TraceHeaders& out)
 {
     char th[SEGY_TRACE_HEADER_SIZE];
     for (int t = 0; t < layout.traceCount; ++t) {
-        if (segy_traceheader(fp, t, th, layout.trace0, layout.sampleBytes) != SEGY_OK)
+        if (segy_traceheader(fp, t, th, layout.trace0, layout.traceBodyBytes()) != SEGY_OK)
             return fileProblem(QStringLiteral("cannot read the header of trace %1").arg(t + 1));
         int il = 0, xl = 0, scalar = 0, cdpX = 0, cdpY = 0, srcX = 0, srcY = 0, delay = 0;
         if (!field(th, options.inlineByte, il) || !field(th, options.crosslineByte, xl))
@@ -197,17 +118,19 @@ void toFloat(int format, const char* in, int count, float* out)
 }
 
 // Reads every trace into its column of `image`.
-Problem readTraces(segy_file* fp, const TraceLayout& layout, const SegyGrid& grid,
+Problem readTraces(segy_file* fp, const SegyLayout& layout, const SegyGrid& grid,
                    ZNStridedProgress& progress, ZN3DImage<float>& image)
 {
-    std::vector<char> raw(layout.sampleBytes);
+    // segyio reads a trace's additional headers with its samples: they come first.
+    std::vector<char> raw(layout.traceBodyBytes());
+    char* samples = raw.data() + (layout.traceBodyBytes() - layout.sampleBytes);
     std::vector<float> trace(layout.samples);
     const std::size_t slice = image.sliceSize();
     for (int t = 0; t < layout.traceCount; ++t) {
-        if (segy_readtrace(fp, t, raw.data(), layout.trace0, layout.sampleBytes) != SEGY_OK)
+        if (segy_readtrace(fp, t, raw.data(), layout.trace0, layout.traceBodyBytes()) != SEGY_OK)
             return fileProblem(QStringLiteral("cannot read the samples of trace %1").arg(t + 1));
-        segy_to_native(layout.format, layout.samples, raw.data());
-        toFloat(layout.format, raw.data(), layout.samples, trace.data());
+        segy_to_native(layout.format, layout.samples, samples);
+        toFloat(layout.format, samples, layout.samples, trace.data());
         float* column = image.data() +
                         image.index(grid.inlineIndexOfTrace[t], grid.crosslineIndexOfTrace[t], 0);
         for (int k = 0; k < layout.samples; ++k) column[slice * k] = trace[k];
@@ -229,7 +152,7 @@ SegyCoordinateSource chooseCoordinates(const TraceHeaders& h)
     return SegyCoordinateSource::None;
 }
 
-SegyInfo describe(const TraceLayout& layout, const SegyGrid& grid, double delayMilli,
+SegyInfo describe(const SegyLayout& layout, const SegyGrid& grid, double delayMilli,
                   SegyCoordinateSource coordinates)
 {
     SegyInfo i;
@@ -250,16 +173,15 @@ SegyInfo describe(const TraceLayout& layout, const SegyGrid& grid, double delayM
 Problem readVolume(const QString& path, const SegyReadOptions& options, SegyReadResult& out)
 {
     const QFileInfo info(path);
-    if (!info.isFile()) return fileProblem(QStringLiteral("cannot open: no such file"));
-    if (info.size() < kHeadersBytes + SEGY_TRACE_HEADER_SIZE)
-        return contentProblem(
-            QStringLiteral("not a SEG-Y file: %1 bytes, fewer than its headers take")
-                .arg(info.size()));
+    if (!info.exists()) return fileProblem(QStringLiteral("cannot open: no such file"));
+    if (!info.isFile()) return fileProblem(QStringLiteral("cannot open: a folder, not a file"));
+    SegyLayout layout;
+    Problem p = readSegyLayout(path, layout);
+    if (p.isSet()) return p;
     SegyHandle file;
     file.fp = segy_open(QFile::encodeName(path).constData(), "rb");
     if (!file.fp) return fileProblem(QStringLiteral("cannot open"));
-    TraceLayout layout;
-    Problem p = readTraceLayout(file.fp, info.size(), layout);
+    p = setFormat(file.fp, layout);
     if (p.isSet()) return p;
     ZNStridedProgress progress(QStringLiteral("Reading SEG-Y"), 2 * std::size_t(layout.traceCount));
     TraceHeaders headers;
@@ -287,19 +209,6 @@ Problem readVolume(const QString& path, const SegyReadOptions& options, SegyRead
     return {};
 }
 } // namespace
-
-QString segyFormatName(int formatCode)
-{
-    switch (formatCode) {
-    case SEGY_IBM_FLOAT_4_BYTE: return QStringLiteral("IBM float");
-    case SEGY_SIGNED_INTEGER_4_BYTE: return QStringLiteral("32-bit integer");
-    case SEGY_SIGNED_SHORT_2_BYTE: return QStringLiteral("16-bit integer");
-    case SEGY_IEEE_FLOAT_4_BYTE: return QStringLiteral("IEEE float");
-    case SEGY_SIGNED_CHAR_1_BYTE: return QStringLiteral("8-bit integer");
-    default: break;
-    }
-    return QStringLiteral("format %1").arg(formatCode);
-}
 
 SegyReadResult readSegyVolume(const QString& path, const SegyReadOptions& options)
 {

@@ -49,15 +49,12 @@ struct SegyReadResult : VolumeReadResult {
     SegyInfo info;                      // filled on success
 };
 
-// Reads a whole post-stack volume. Refused with an error (see volumereadresult.h):
-// a file that cannot be opened, is shorter than its 3600-byte headers, gives a sample
-// format other than 1, 2, 3, 5 or 8 (either byte order), has no sample count, does not
-// hold a whole number of traces after its headers (truncated), has traces that do not
-// fill a regular inline/crossline grid, or a cancelled read (bar "Reading SEG-Y").
+// Reads a whole post-stack volume, its headers as readSegyLayout (segylayout.h) reads
+// them: unsigned and revision 2 sample counts, variable extended textual headers and
+// additional trace headers included. Refused with an error (see volumereadresult.h):
+// a file that cannot be opened, what readSegyLayout refuses (too short, no trace, a
+// sample format other than 1, 2, 3, 5 or 8, no sample count, truncated), traces that do
+// not fill a regular inline/crossline grid, or a cancelled read (bar "Reading SEG-Y").
 SegyReadResult readSegyVolume(const QString& path, const SegyReadOptions& options = {});
-
-// "IBM float", "32-bit integer", "16-bit integer", "IEEE float", "8-bit integer", or
-// "format N" for any other code.
-QString segyFormatName(int formatCode);
 
 } // namespace volumeio

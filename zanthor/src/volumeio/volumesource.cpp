@@ -72,11 +72,20 @@ VolumeReadResult readBlocVolume(const QString& path)
 {
     VolumeReadResult result;
     ZNBloc bloc;
-    if (!bloc.open(path) ||
-        !bloc.readBox(0, 0, 0, bloc.nx(), bloc.ny(), bloc.nz(), result.image)) {
-        result.image = ZN3DImage<float>();
+    if (!bloc.open(path)) {
         result.error = reportVolumeError(ZNEventBus::FileError, path,
                                          QStringLiteral("not a readable block file"));
+        return result;
+    }
+    // A block that opens holds all its samples: when they cannot be read whole, memory
+    // for them is what is missing unless an image of their size can be had.
+    if (!bloc.readBox(0, 0, 0, bloc.nx(), bloc.ny(), bloc.nz(), result.image)) {
+        result.image = ZN3DImage<float>();
+        const bool fits = !ZN3DImage<float>(georef::BlocSpace(bloc.nx(), bloc.ny(), bloc.nz())).isNull();
+        result.error = fits ? reportVolumeError(ZNEventBus::FileError, path,
+                                                QStringLiteral("the samples of the block file cannot be read"))
+                            : reportVolumeError(ZNEventBus::Error, path,
+                                                QStringLiteral("not enough memory for the volume"));
         return result;
     }
     result.units = bloc.unitObject();

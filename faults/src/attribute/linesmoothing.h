@@ -1,0 +1,18 @@
+#pragma once
+#include "attribute/recursivegaussian.h"
+
+namespace fault::attribute {
+
+// The samples a digital line has moved along a after `step` steps, when it moves
+// `shift` samples per step: round(step * shift). Lines of one direction are translates
+// of each other, so a filter along them needs no interpolation, and a line's position
+// at a step depends only on that step, wherever a slab starts.
+inline int lineOffset(int step, double shift) { return static_cast<int>(std::lround(step * shift)); }
+
+// Smooths one slice of na x nb samples (a fastest) by `gaussian` along digital lines
+// that move `shift` samples along a for each sample along b (|shift| <= 1 keeps the
+// lines' samples neighbours), with zero ends: samples beyond the slice count as 0, so
+// that the ratio of two quantities smoothed alike weighs only the samples inside.
+void smoothAlongLines(float* slice, int na, int nb, double shift, const RecursiveGaussian& gaussian);
+
+} // namespace fault::attribute
