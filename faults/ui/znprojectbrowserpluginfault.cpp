@@ -84,7 +84,7 @@ void ZNProjectBrowserPluginFault::fillFaultModel(QString faultPath, QStringList 
     const QIcon icon = ZNIconHandler::icon(faultNameIconName());
     QList<QStandardItem*> children;
     children.reserve(faultNames.size());
-    for (const QString& name : faultNames) {
+    for (const QString& name : qAsConst(faultNames)) {
         auto* child = new ZNProjectBrowserItem(ZNProjectBrowserItem::ElementKind, ZNProjectBrowserItem::projectPathKey(),
                                                name, faultPath, kFaultNameTag);
         child->setEditable(false);

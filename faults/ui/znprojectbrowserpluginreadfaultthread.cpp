@@ -1,7 +1,5 @@
 #include "znprojectbrowserpluginreadfaultthread.h"
 
-#include <optional>
-
 #include <QFile>
 
 #include <zn3dfaultpatchlight.h>
@@ -50,9 +48,10 @@ QStringList ZNProjectBrowserPluginReadFaultThread::readFaultNames(const QString&
     const long long numberOfPatch = ZNXml::readInt(faultSet, kNumberOfPatch, 0);
     int unnamed = 0;
     for (ZNXmlElement e = faultSet.firstChildElement(kFaultLight); !e.isNull(); e = e.nextSiblingElement(kFaultLight)) {
+        // Of the descriptor's header only the id and the name matter here; reading the rest
+        // (pen, gridding) would cost more than the header's whole parse.
         ZN3DFaultPatchLight light;
-        // Only the id and the name matter: the viewer's settings file is not consulted.
-        light.getHeader(&e, std::nullopt);
+        light.getIdentity(&e);
         const int id = light.getFaultId();
         if (id < 1 || id >= numberOfPatch) continue;
         if (light.IsNamed())

@@ -34,9 +34,11 @@ bool rowsFromTop(const QStandardItem* item, std::vector<int>& rows)
     return true;
 }
 
+// The style's icon; none in an application without widgets.
 QIcon standardIcon(QStyle::StandardPixmap which)
 {
-    return qApp ? qApp->style()->standardIcon(which) : QIcon();
+    return qobject_cast<QApplication*>(QCoreApplication::instance()) ? QApplication::style()->standardIcon(which)
+                                                                     : QIcon();
 }
 } // namespace
 
