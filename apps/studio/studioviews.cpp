@@ -80,6 +80,7 @@ ZNSectionView* StudioViews::openSectionView(ZNVolume* volume, Kind kind)
     // The picked fault's automatic points follow the section shown in the view picked in.
     connect(view->viewer(), &ZNSectionViewer::sectionChanged, this, [this, view] {
         if (m_session && !m_mode.isEmpty()) m_session->sectionChanged(view->engine());
+        emit sectionShown(view);
     });
     if (m_hasReference) view->engine().setReferencePoint(m_reference);
     connect(view->viewer(), &ZNSectionViewer::referencePointPicked, this, [this, view](const core::vec3& world) {
@@ -104,8 +105,10 @@ ZNSectionView* StudioViews::openSectionView(ZNVolume* volume, Kind kind)
     connect(view, &QObject::destroyed, this, [this, identity] {
         for (int i = m_sections.size() - 1; i >= 0; --i)
             if (m_sections[i].identity == identity) m_sections.removeAt(i);
+        emit sectionViewClosed(identity);
     });
     m_frame->addSubWindow(view, QStringLiteral("%1 \u2014 %2").arg(volume->name(), kindName(kind)));
+    emit sectionShown(view);
     return view;
 }
 

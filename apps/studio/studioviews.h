@@ -57,6 +57,10 @@ public:
 signals:
     // A fault's sticks or trace clicked in a view.
     void faultClicked(FaultSetDocument* document, int faultId);
+    // A section view was opened or shows another section.
+    void sectionShown(ZNSectionView* view);
+    // A section view is being destroyed (`view` is no longer a section view).
+    void sectionViewClosed(const QObject* view);
 
 private:
     struct SectionEntry {

@@ -41,6 +41,7 @@
 #include "studioprojectdock.h"
 #include "studioservices.h"
 #include "studiotree.h"
+#include "studio3dviews.h"
 #include "studioviews.h"
 
 namespace {
@@ -60,6 +61,7 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
     buildDocks();
     m_services = std::make_unique<StudioServices>(this, m_log, m_notifications, m_progressPanel, options.dialogs);
     m_views = new StudioViews(this, m_project, this);
+    m_views3D = new Studio3DViews(this, m_project, m_views, this);
     buildMenus();
     installActionHandlers();
     restoreLayout();
@@ -85,6 +87,9 @@ StudioWindow::StudioWindow(const Options& options, QWidget* parent)
         if (m_currentVolume == volume) m_currentVolume = nullptr;
     });
     connect(this, &StudioWindow::currentFaultChanged, m_views, &StudioViews::setCurrentFault);
+    connect(this, &StudioWindow::currentFaultChanged, m_views3D, &Studio3DViews::setCurrentFault);
+    connect(m_views3D, &Studio3DViews::faultClicked, this,
+            [this](FaultSetDocument* document, int faultId) { m_studioTree->selectFault(document, faultId); });
     connect(m_project, &StudioProject::faultSetAdded, this, [this](FaultSetDocument* document) {
         // A fault the picking makes current is the current fault everywhere; every pick
         // counts towards the emergency save.
@@ -131,7 +136,9 @@ StudioWindow::~StudioWindow()
         if (bar.second.parent < 0) m_services->progress()->cancel(bar.first);
     for (ZNBackgroundTask* task : findChildren<ZNBackgroundTask*>()) task->wait();
     qDeleteAll(findChildren<ZNBackgroundTask*>());
-    delete m_views;  // it leaves the frame's handlers, which go with the frame
+    delete m_views3D;  // they leave the frame's handlers, which go with the frame
+    m_views3D = nullptr;
+    delete m_views;
     m_views = nullptr;
     delete m_project;  // before the services, which the documents may still use
     m_project = nullptr;
@@ -250,6 +257,10 @@ void StudioWindow::buildMenus()
         });
     }
     windowMenu()->insertMenu(windowMenu()->actions().value(0), newView);
+    QAction* new3D = new QAction(tr("New &3D View"), this);
+    new3D->setObjectName(QStringLiteral("new3DViewAction"));
+    connect(new3D, &QAction::triggered, this, [this] { m_views3D->open3DView(); });
+    windowMenu()->insertAction(windowMenu()->actions().value(1), new3D);
 
     QAction* before = windowMenu()->menuAction();
     for (QMenu* menu : {file, edit, faults}) menuBar()->insertMenu(before, menu);

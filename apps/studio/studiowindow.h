@@ -19,6 +19,7 @@ class QUndoGroup;
 class StudioProject;
 class StudioProjectDock;
 class StudioServices;
+class Studio3DViews;
 class StudioTree;
 class StudioViews;
 class ZNBackgroundTask;
@@ -66,6 +67,7 @@ public:
     QUndoGroup* undoGroup() const { return m_undoGroup; }
     StudioViews* views() const { return m_views; }
     StudioProjectDock* projectDock() const { return m_projectDock; }
+    Studio3DViews* views3D() const { return m_views3D; }
     ZNRecentFiles& recentFiles() { return m_recent; }
 
     // ----- files (each read runs in the background; the window announces its end) -----
@@ -179,6 +181,7 @@ private:
     UnsavedChangesQuestion m_askUnsaved;
     StudioViews* m_views = nullptr;
     StudioProjectDock* m_projectDock = nullptr;
+    Studio3DViews* m_views3D = nullptr;
     ZNVolume* m_currentVolume = nullptr;  // the volume chosen last in the tree
     FaultSetDocument* m_currentDocument = nullptr;
     int m_currentFaultId = -9999;
