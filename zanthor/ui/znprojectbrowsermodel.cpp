@@ -40,6 +40,37 @@ QIcon standardIcon(QStyle::StandardPixmap which)
     return qobject_cast<QApplication*>(QCoreApplication::instance()) ? QApplication::style()->standardIcon(which)
                                                                      : QIcon();
 }
+
+// The path `item` stands for; false when it has none (no string under the path role).
+bool pathOf(const QStandardItem* item, QString& path)
+{
+    const QVariant value = item->data(ZNProjectBrowserItem::PathRole);
+    if (value.userType() != QMetaType::QString) return false;
+    path = value.toString();
+    return true;
+}
+
+// Whether `item` has a path and its parent item has the same one.
+bool sharesParentPath(const QStandardItem* item, const QString& path)
+{
+    QString parentPath;
+    return item->parent() && pathOf(item->parent(), parentPath) && parentPath == path;
+}
+
+// `item` (of `path`) and, below it, every item reached through first-column children of
+// the same path, with their rows from the top; nothing when a search by rows never
+// reaches `item`.
+void collectSamePath(QStandardItem* item, const QString& path,
+                     std::vector<std::pair<std::vector<int>, QStandardItem*>>& found)
+{
+    std::vector<int> rows;
+    if (!rowsFromTop(item, rows)) return;
+    found.emplace_back(rows, item);
+    QString childPath;
+    for (int row = 0; row < item->rowCount(); ++row)
+        if (QStandardItem* child = item->child(row, 0))
+            if (pathOf(child, childPath) && childPath == path) collectSamePath(child, path, found);
+}
 } // namespace
 
 ZNProjectBrowserModel::ZNProjectBrowserModel(QObject* parent) : QStandardItemModel(parent)
@@ -64,8 +95,11 @@ ZNProjectBrowserModel::ZNProjectBrowserModel(QObject* parent) : QStandardItemMod
                 for (int row = topLeft.row(); row <= bottomRight.row(); ++row)
                     for (int column = topLeft.column(); column <= bottomRight.column(); ++column)
                         if (QStandardItem* item = itemFromIndex(topLeft.sibling(row, column))) {
-                            unindexItem(item);
-                            indexItem(item);
+                            // Its children's paths are now compared with its new one.
+                            reindexItem(item);
+                            for (int r = 0; r < item->rowCount(); ++r)
+                                for (int c = 0; c < item->columnCount(); ++c)
+                                    if (QStandardItem* child = item->child(r, c)) reindexItem(child);
                         }
             });
     // Items replaced in place (setItem, setChild) and sorted rows only announce a new
@@ -175,11 +209,18 @@ QModelIndexList ZNProjectBrowserModel::match(const QModelIndex& start, int role,
         !wholeTree || value.userType() != QMetaType::QString)
         return QStandardItemModel::match(start, role, value, hits, flags);
 
-    // The items with that path, in the order of a depth-first search by rows.
+    // The items with that path, in the order of a depth-first search by rows. An item
+    // that is not indexed comes after its parent of the same path: the first hit is an
+    // indexed one.
+    const QString path = value.toString();
     std::vector<std::pair<std::vector<int>, QStandardItem*>> found;
     std::vector<int> rows;
-    for (QStandardItem* item : m_itemsByPath.value(value.toString()))
-        if (rowsFromTop(item, rows)) found.emplace_back(rows, item);
+    for (QStandardItem* item : m_itemsByPath.value(path)) {
+        if (hits != 1)
+            collectSamePath(item, path, found);
+        else if (rowsFromTop(item, rows))
+            found.emplace_back(rows, item);
+    }
     std::sort(found.begin(), found.end());
     QModelIndexList result;
     for (const auto& f : found) {
@@ -211,11 +252,10 @@ QMimeData* ZNProjectBrowserModel::mimeData(const QModelIndexList& indexes) const
 
 void ZNProjectBrowserModel::indexItem(QStandardItem* item)
 {
-    const QVariant path = item->data(ZNProjectBrowserItem::PathRole);
-    if (path.userType() != QMetaType::QString) return;
-    const QString text = path.toString();
-    m_itemsByPath[text].append(item);
-    m_pathOfItem.insert(item, text);
+    QString path;
+    if (!pathOf(item, path) || sharesParentPath(item, path)) return;
+    m_itemsByPath[path].append(item);
+    m_pathOfItem.insert(item, path);
 }
 
 void ZNProjectBrowserModel::unindexItem(QStandardItem* item)
@@ -228,6 +268,12 @@ void ZNProjectBrowserModel::unindexItem(QStandardItem* item)
         if (items->isEmpty()) m_itemsByPath.erase(items);
     }
     m_pathOfItem.erase(path);
+}
+
+void ZNProjectBrowserModel::reindexItem(QStandardItem* item)
+{
+    unindexItem(item);
+    indexItem(item);
 }
 
 void ZNProjectBrowserModel::indexSubtree(QStandardItem* item, bool add)

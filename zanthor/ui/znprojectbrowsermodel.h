@@ -26,7 +26,9 @@ class ZNProjectBrowserPluginAbstract;
 // Qt::MatchRecursive from the first top-level index) are answered from an index of the
 // items by path that the model keeps up to date with every insertion, removal and change,
 // with exactly the result the generic search gives: a plugin that looks up the file of
-// each result it receives does not scan the whole tree every time.
+// each result it receives does not scan the whole tree every time. Only the items whose
+// path differs from their parent's are indexed: the parts listed under a file carry the
+// file's path, and a search meets their parent first.
 class ZNProjectBrowserModel : public QStandardItemModel {
     Q_OBJECT
 public:
@@ -87,9 +89,12 @@ private:
     QVector<FileStamp> currentFiles(const Branch& branch) const;
     int directoryId(const QString& path);
 
-    // The index of items by path.
+    // The index of items by path: the items whose path (a string) is not their parent's,
+    // each under its path.
     void indexItem(QStandardItem* item);
     void unindexItem(QStandardItem* item);
+    // Indexes `item` when its path is not its parent's, and unindexes it otherwise.
+    void reindexItem(QStandardItem* item);
     void indexSubtree(QStandardItem* item, bool add);
     void indexRange(const QModelIndex& parent, int firstRow, int lastRow, int firstColumn, int lastColumn,
                     bool add);
