@@ -52,8 +52,8 @@ void ZNProjectBrowserPluginFault::fillFiles(QDomElement element, QString directo
     auto* reader = new ZNProjectBrowserPluginReadFaultThread(this);
     connect(reader, &QThread::finished, this, &ZNProjectBrowserPluginFault::faultThreadFinished,
             Qt::QueuedConnection);
-    connect(reader, &ZNProjectBrowserPluginReadThread::fileRead, this, &ZNProjectBrowserPluginFault::fillFaultModel,
-            Qt::QueuedConnection);
+    // Each file's names come on this thread, through the reader's queued call.
+    connect(reader, &ZNProjectBrowserPluginReadThread::fileRead, this, &ZNProjectBrowserPluginFault::fillFaultModel);
     if (ZNProjectBrowserPluginReadFaultThread* previous = m_threads.value(directory)) {
         previous->requestInterruption();
         m_threads.remove(directory);
@@ -81,15 +81,18 @@ void ZNProjectBrowserPluginFault::fillFaultModel(QString faultPath, QStringList 
     if (!faultSetItem) return;
 
     ZNEventBus::sendMessage(ZNEventBus::Progress, fillMessage() + faultPath);
-    const QIcon icon = ZNIconHandler::icon(faultNameIconName());
+    // Every child is a copy of one item that differs only by its text: a copy shares the
+    // prototype's roles until its text is set, which keeps a set of many faults cheap.
+    ZNProjectBrowserItem prototype(ZNProjectBrowserItem::ElementKind, ZNProjectBrowserItem::projectPathKey(), QString(),
+                                   faultPath, kFaultNameTag);
+    prototype.setEditable(false);
+    prototype.setEnabled(false);
+    prototype.setIcon(ZNIconHandler::icon(faultNameIconName()));
     QList<QStandardItem*> children;
     children.reserve(faultNames.size());
     for (const QString& name : qAsConst(faultNames)) {
-        auto* child = new ZNProjectBrowserItem(ZNProjectBrowserItem::ElementKind, ZNProjectBrowserItem::projectPathKey(),
-                                               name, faultPath, kFaultNameTag);
-        child->setEditable(false);
-        child->setEnabled(false);
-        child->setIcon(icon);
+        QStandardItem* child = prototype.clone();
+        child->setText(name);
         children << child;
     }
     // Appended as the last rows, in order, in one insertion.
@@ -107,4 +110,5 @@ void ZNProjectBrowserPluginFault::faultThreadFinished()
     }
     reader->wait();  // finished() comes just before the thread really ends
     reader->deleteLater();
+    if (m_threads.isEmpty()) emit readersFinished();
 }

@@ -15,9 +15,10 @@ class ZNProjectBrowserPluginReadFaultThread;
 //
 // Concurrency: the plugin, its map of readers and the model are used on the plugin's
 // thread only; a reader only reads files and hands each file's names back through a
-// queued signal (fillFaultModel). Filling a directory again while its reader still runs
-// interrupts that reader and replaces it: what the replaced reader still delivers is
-// dropped, since the new one delivers the same files again.
+// queued call, delivered here by its signal fileRead (to fillFaultModel). Filling a
+// directory again while its reader still runs interrupts that reader and replaces it:
+// what the replaced reader still delivers is dropped, since the new one delivers the
+// same files again.
 class ZNProjectBrowserPluginFault : public ZNProjectBrowserPluginAbstract {
     Q_OBJECT
 public:
@@ -45,6 +46,10 @@ public:
     ZNProjectBrowserPluginReadFaultThread* reader(const QString& directory) const { return m_threads.value(directory); }
     int readerCount() const { return m_threads.size(); }
 
+signals:
+    // The last reader at work ended: every fault set listed has its names.
+    void readersFinished();
+
 public slots:
     // Adds `faultNames` under the item of the fault set file `faultPath` (the first item
     // of the tree whose path is exactly `faultPath`): one child per name, in order, of the
@@ -53,7 +58,8 @@ public slots:
     // a file), with the icon "faultpicking"; the event bus says so first (kind 3). Nothing
     // happens when no item has that path (the file left the tree meanwhile).
     void fillFaultModel(QString faultPath, QStringList faultNames);
-    // A reader ended: it is forgotten (when it is still its directory's) and deleted later.
+    // A reader ended: it is forgotten (when it is still its directory's) and deleted later;
+    // readersFinished follows when no reader is left.
     void faultThreadFinished();
 
 private:

@@ -17,6 +17,8 @@ void ZNProjectBrowserPluginReadThread::run()
 {
     for (const QString& path : m_paths) {
         if (isInterruptionRequested()) return;
-        emit fileRead(path, readFile(path));
+        // The call carries the result made here; the owner's thread runs it.
+        QMetaObject::invokeMethod(
+            this, [this, path, texts = readFile(path)] { emit fileRead(path, texts); }, Qt::QueuedConnection);
     }
 }

@@ -5,9 +5,10 @@
 
 // The worker of a project browser plugin that reads the files of one directory: it is
 // given the paths before it starts, reads them one after the other on its own thread and
-// delivers each file's result (a list of texts, empty when the file says nothing or cannot
-// be read) through fileRead, which reaches a receiver on another thread as a queued
-// signal. It stops before the next file once asked to (requestInterruption).
+// hands each file's result (a list of texts, empty when the file says nothing or cannot
+// be read) back to the thread that owns it through a queued call, where it is delivered
+// by fileRead. It stops before the next file once asked to (requestInterruption); results
+// still on their way are delivered unless the reader is deleted first.
 //
 // The thread object itself belongs to the thread that created it (the plugin's): its
 // paths are set there before start() and never changed while it runs.
@@ -23,7 +24,8 @@ public:
     const QStringList& paths() const { return m_paths; }
 
 signals:
-    // The result of one file, emitted on the reading thread, in the order of the paths.
+    // The result of one file, emitted on the thread that owns the reader, in the order of
+    // the paths.
     void fileRead(const QString& path, const QStringList& texts);
 
 protected:
