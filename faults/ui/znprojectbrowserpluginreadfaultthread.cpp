@@ -46,11 +46,15 @@ QStringList ZNProjectBrowserPluginReadFaultThread::readFaultNames(const QString&
     if (faultSet.isNull()) return names;
 
     const long long numberOfPatch = ZNXml::readInt(faultSet, kNumberOfPatch, 0);
+    // Each descriptor starts as a copy of one made once: a new descriptor draws its colour
+    // from the process's random generator, whose sequence gives the GUI thread's new
+    // faults their colours and is not a reader's to consume.
+    static const ZN3DFaultPatchLight blank;
     int unnamed = 0;
     for (ZNXmlElement e = faultSet.firstChildElement(kFaultLight); !e.isNull(); e = e.nextSiblingElement(kFaultLight)) {
         // Of the descriptor's header only the id and the name matter here; reading the rest
         // (pen, gridding) would cost more than the header's whole parse.
-        ZN3DFaultPatchLight light;
+        ZN3DFaultPatchLight light(blank);
         light.getIdentity(&e);
         const int id = light.getFaultId();
         if (id < 1 || id >= numberOfPatch) continue;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 
 #include <unistd.h>
@@ -107,6 +108,21 @@ TEST(ProjectBrowserFaultNames, NamedFaultsInOrderThenOneEntryCountingTheUnnamed)
         ASSERT_TRUE(writeFaultSet(path, c.names, c.picked)) << c.what;
         EXPECT_EQ(ZNProjectBrowserPluginReadFaultThread::readFaultNames(path), c.expected) << c.what;
     }
+}
+
+// New faults take their colours from the process's random generator; a reader running
+// beside the GUI thread must not move its sequence.
+TEST(ProjectBrowserFaultNames, ReadingNamesLeavesTheRandomSequenceAlone)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath("set.faultset");
+    ASSERT_TRUE(writeFaultSet(path, {"A", "B", "", "C"}));
+    ZNProjectBrowserPluginReadFaultThread::readFaultNames(path);
+    std::srand(11);
+    const int expected = std::rand();
+    std::srand(11);
+    EXPECT_EQ(ZNProjectBrowserPluginReadFaultThread::readFaultNames(path).size(), 4);
+    EXPECT_EQ(std::rand(), expected);
 }
 
 TEST(ProjectBrowserFaultNames, DescriptorsWithIdsOutsideThePatchesAreNeitherListedNorCounted)
