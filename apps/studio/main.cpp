@@ -1,6 +1,7 @@
 // kfaults-studio: the desktop application of the fault toolkit.
 //   kfaults-studio [FILES...]   opens the given volumes, fault sets and stick files
 //   kfaults-studio --demo       opens the built-in synthetic volume and its extracted faults
+//   kfaults-studio --project D  shows the folder D in the project dock
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QElapsedTimer>
@@ -10,11 +11,14 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <memory>
 
 #include <zn3dviewer.h>
 #include <znguiprogressbarmgr.h>
+#include <znprojectbrowserpluginfault.h>
 
 #include "studio3dviews.h"
+#include "studioprojectdock.h"
 #include "studiowindow.h"
 
 namespace {
@@ -31,14 +35,17 @@ QPixmap pictureOf(StudioWindow& window)
     return picture;
 }
 
-// Once every file given has been opened: saves a picture of the window to `path` and
-// quits (0, or 1 when the picture could not be written). With `timing`, also prints on
-// stdout the milliseconds from the start of the program to the first paint of the
-// window holding everything it was asked to open.
+// Once every file given has been opened and the project folder's fault sets list their
+// faults: saves a picture of the window to `path` and quits (0, or 1 when the picture
+// could not be written). Also prints on stdout the milliseconds from the start of the
+// program to the first paint of the window holding everything it was asked to open.
 void screenshotWhenReady(StudioWindow& window, const QString& path, const QElapsedTimer& sinceStart)
 {
-    QObject::connect(&window, &StudioWindow::taskFinished, &window, [&window, path, &sinceStart] {
-        if (window.runningTaskCount() > 0) return;
+    const ZNProjectBrowserPluginFault* faultNames = window.projectDock()->faultPlugin();
+    auto taken = std::make_shared<bool>(false);
+    const auto whenReady = [&window, faultNames, path, &sinceStart, taken] {
+        if (*taken || window.runningTaskCount() > 0 || faultNames->readerCount() > 0) return;
+        *taken = true;
         // Painted now, with everything open: that is the time reported. The picture is
         // taken once the progress panel has caught up with the end of the work.
         window.repaint();
@@ -49,7 +56,9 @@ void screenshotWhenReady(StudioWindow& window, const QString& path, const QElaps
             const bool saved = path.isEmpty() || pictureOf(window).save(path);
             QApplication::exit(saved ? 0 : 1);
         });
-    });
+    };
+    QObject::connect(&window, &StudioWindow::taskFinished, &window, whenReady);
+    QObject::connect(faultNames, &ZNProjectBrowserPluginFault::readersFinished, &window, whenReady);
 }
 
 } // namespace
@@ -72,14 +81,20 @@ int main(int argc, char** argv)
         QStringLiteral("Once everything asked for is open, save a picture of the window to <file>, print "
                        "the time it took and quit (an empty <file> only times)."),
         QStringLiteral("file"));
+    const QCommandLineOption project(
+        QStringLiteral("project"),
+        QStringLiteral("Show the volumes and fault sets of <folder> in the project dock (File > Open Project Folder)."),
+        QStringLiteral("folder"));
     parser.addOption(demo);
     parser.addOption(screenshot);
+    parser.addOption(project);
     parser.addPositionalArgument(QStringLiteral("files"), QStringLiteral("Volumes, fault sets or stick files to open."),
                                  QStringLiteral("[FILES...]"));
     parser.process(app);
 
     StudioWindow window(StudioWindow::Options{});
     if (parser.isSet(screenshot)) screenshotWhenReady(window, parser.value(screenshot), sinceStart);
+    if (parser.isSet(project)) window.projectDock()->setFolder(parser.value(project));
     window.show();
     window.offerEmergencyRestore([&window](const QStringList& files) {
         return QMessageBox::question(&window, QObject::tr("Restore picking"),

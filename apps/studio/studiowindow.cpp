@@ -39,6 +39,7 @@
 #include "faultcommands.h"
 #include "faultsetdocument.h"
 #include "studioproject.h"
+#include "studioprojectdock.h"
 #include "studioservices.h"
 #include "studiotree.h"
 #include "studio3dviews.h"
@@ -156,6 +157,8 @@ void StudioWindow::buildDocks()
     m_tree = new ZNObjectTree;
     m_studioTree = new StudioTree(m_tree, m_project, this);
     addDock(QStringLiteral("objectTreeDock"), tr("Objects"), m_tree, Qt::LeftDockWidgetArea);
+    m_projectDock = new StudioProjectDock(this);
+    addDock(QStringLiteral("projectDock"), tr("Project"), m_projectDock, Qt::LeftDockWidgetArea);
 
     m_properties = new ZNPropertyBrowser;
     m_properties->setObjectName(QStringLiteral("propertyBrowser"));
@@ -193,6 +196,7 @@ void StudioWindow::buildMenus()
     file->setObjectName(QStringLiteral("fileMenu"));
     file->addAction(tr("Open &Volume..."), this, &StudioWindow::chooseAndOpenVolume);
     file->addAction(tr("&Open Fault Set..."), this, &StudioWindow::chooseAndOpenFaultSet, QKeySequence::Open);
+    file->addAction(tr("Open &Project Folder..."), m_projectDock, &StudioProjectDock::chooseFolder);
     m_recentMenu = file->addMenu(tr("Open &Recent"));
     file->addSeparator();
     file->addAction(tr("&Save Fault Set"), this, [this] { saveFaultSet(targetDocument()); }, QKeySequence::Save);

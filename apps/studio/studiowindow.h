@@ -18,6 +18,7 @@ class QActionGroup;
 class QLabel;
 class QUndoGroup;
 class StudioProject;
+class StudioProjectDock;
 class StudioServices;
 class FaultCleaningWindow;
 class Studio3DViews;
@@ -68,6 +69,7 @@ public:
     ZNPropertyBrowser* propertyBrowser() const { return m_properties; }
     QUndoGroup* undoGroup() const { return m_undoGroup; }
     StudioViews* views() const { return m_views; }
+    StudioProjectDock* projectDock() const { return m_projectDock; }
     Studio3DViews* views3D() const { return m_views3D; }
     StudioFaultViewers* faultViewers() const { return m_faultViewers; }
     ZNRecentFiles& recentFiles() { return m_recent; }
@@ -195,6 +197,7 @@ private:
     QLabel* m_status = nullptr;
     UnsavedChangesQuestion m_askUnsaved;
     StudioViews* m_views = nullptr;
+    StudioProjectDock* m_projectDock = nullptr;
     Studio3DViews* m_views3D = nullptr;
     StudioFaultViewers* m_faultViewers = nullptr;
     ZNVolume* m_currentVolume = nullptr;  // the volume chosen last in the tree

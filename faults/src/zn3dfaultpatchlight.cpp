@@ -155,13 +155,24 @@ void ZN3DFaultPatchLight::getHeader(const ZNXmlElement* header,
     if (header) readHeader(*header, viewerPickingIntersection);
 }
 
+void ZN3DFaultPatchLight::getIdentity(const ZNXmlElement* header)
+{
+    if (header && !header->isNull()) readIdentity(*header);
+}
+
+template <class Element>
+void ZN3DFaultPatchLight::readIdentity(const Element& e)
+{
+    m_faultId = readInt32(e, kFaultId, m_faultId);
+    m_faultName = ZNXml::readString(e, kFaultName, m_faultName);
+}
+
 template <class Element>
 void ZN3DFaultPatchLight::readHeader(const Element& e, std::optional<bool> viewerPickingIntersection)
 {
     if (e.isNull()) return;
     m_pen = ZNXml::readPen(e, kPen, m_pen);
-    m_faultId = readInt32(e, kFaultId, m_faultId);
-    m_faultName = ZNXml::readString(e, kFaultName, m_faultName);
+    readIdentity(e);
     m_utmPrecision = readInt32(e, kUtmPrecision, m_utmPrecision);
     m_timePrecision = readInt32(e, kTimePrecision, m_timePrecision);
     m_filterSize = readInt32(e, kFilterSize, m_filterSize);

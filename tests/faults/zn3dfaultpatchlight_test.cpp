@@ -287,3 +287,32 @@ TEST(FaultDescriptorHeader, DamagedValuesKeepTheCurrentFields)
     d.getHeader(nullptr);
     EXPECT_EQ(d.getFaultId(), 12);
 }
+
+TEST(FaultDescriptorHeader, IdentityReadsTheIdAndNameAsTheWholeHeaderDoesAndNothingElse)
+{
+    ViewerParameters none({});
+    const char* headers[] = {
+        "<ZN3DFaultPatchLight><faultId value=\"7\"/><faultName value=\"East\"/><utmPrecision value=\"60\"/>"
+        "</ZN3DFaultPatchLight>",
+        "<ZN3DFaultPatchLight><faultId value=\"abc\"/><faultName value=\"\"/></ZN3DFaultPatchLight>",
+        "<ZN3DFaultPatchLight><faultId value=\"99999999999\"/></ZN3DFaultPatchLight>",
+        "<ZN3DFaultPatchLight/>",
+    };
+    for (const char* text : headers) {
+        SCOPED_TRACE(text);
+        ZNXmlTree tree;
+        ASSERT_TRUE(tree.setContent(text));
+        const ZNXmlElement e = tree.documentElement();
+        ZN3DFaultPatchLight whole = customised(), identity = customised();
+        identity.setMeshingMethod(1);  // what a whole header read would change
+        whole.getHeader(&e, std::nullopt);
+        identity.getIdentity(&e);
+        EXPECT_EQ(identity.getFaultId(), whole.getFaultId());
+        EXPECT_EQ(identity.GetFaultName(), whole.GetFaultName());
+        EXPECT_EQ(identity.getUtmPrecision(), 50);  // the rest untouched
+        EXPECT_EQ(identity.getMeshingMethod(), 1);
+    }
+    ZN3DFaultPatchLight d = customised();
+    d.getIdentity(nullptr);
+    EXPECT_EQ(d.getFaultId(), 12);
+}

@@ -15,6 +15,8 @@ using TestApplication = QGuiApplication;
 
 #include <gtest/gtest.h>
 
+#include "tsanqtevents.h"
+
 #if defined(__SANITIZE_ADDRESS__)
 // Qt 5's offscreen platform plugin never frees its screen objects, and its xcb platform
 // (the OpenGL tests, under Xvfb) keeps the D-Bus connection it opens; those leaks are the
@@ -49,6 +51,9 @@ void filterPlatformNoise(QtMsgType type, const QMessageLogContext& context, cons
 
 int main(int argc, char** argv)
 {
+#if defined(__SANITIZE_THREAD__)
+    orderQtEventsForThreadSanitizer();  // before any thread starts
+#endif
 #ifdef KORVALITH_TEST_WIDGETS
     g_defaultHandler = qInstallMessageHandler(filterPlatformNoise);
 #endif
