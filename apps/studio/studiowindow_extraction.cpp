@@ -14,12 +14,14 @@ void StudioWindow::extractFaults(ZNVolume* volume, const fault::FaultExtractionS
     const georef::UnitObject units = volume->units();
     const QString name = tr("Faults of %1").arg(volume->name());
     auto loaded = std::make_shared<LoadedFaultSet>();
+    auto note = std::make_shared<QString>();
     runTask(tr("Extract faults of %1").arg(volume->name()),
-            [image, units, settings, loaded] {
+            [image, units, settings, loaded, note] {
                 fault::FaultExtraction x = fault::extractFaults(*image, units, settings);
+                *note = x.note;
                 *loaded = faultSetOfExtraction(x);
             },
-            [this, loaded, name] {
+            [this, loaded, name, note] {
                 if (!loaded->ok()) {
                     if (loaded->error == QLatin1String("cancelled"))
                         ZNEventBus::sendMessage(ZNEventBus::Information, tr("Extraction cancelled"));
@@ -28,6 +30,8 @@ void StudioWindow::extractFaults(ZNVolume* volume, const fault::FaultExtractionS
                     return false;
                 }
                 addLoadedFaultSet(*loaded, QString(), name);
+                // An empty fault set is a result: the log says why it is empty.
+                if (!note->isEmpty()) ZNEventBus::sendMessage(ZNEventBus::Information, *note);
                 return true;
             });
 }

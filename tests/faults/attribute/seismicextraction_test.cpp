@@ -72,7 +72,7 @@ TEST(SeismicExtraction, ReleasingFreesTheSeismicOnceItsLikelihoodIsMade)
     const fault::FaultExtraction x = fault::extractFaultsFromSeismic(
         s.amplitude, georef::UnitObject(), fault::attribute::FaultAttributeSettings(), settings);
     EXPECT_TRUE(s.amplitude.isEmpty());
-    EXPECT_TRUE(x.ok() || x.error == "no fault patch in the volume") << x.error.toStdString();
+    EXPECT_TRUE(x.ok()) << x.error.toStdString();   // with or without faults
 }
 
 TEST(SeismicExtraction, AttributeRefusalsEndTheRunWithTheirReason)
