@@ -1,6 +1,8 @@
 // The studio's automatic extraction and its demo.
 #include "studiowindow.h"
 
+#include <algorithm>
+
 #include <znextractionsettingsdialog.h>
 #include <zneventbus.h>
 
@@ -71,7 +73,8 @@ void StudioWindow::chooseAndExtract(ZNVolume* volume)
     QStringList names;
     for (const ZNVolume* v : volumes) names << v->name();
     ZNExtractionSettingsDialog dialog(names, this);
-    dialog.setVolumeIndex(volume ? static_cast<int>(volumes.indexOf(volume)) : 0);
+    ZNVolume* chosen = volume ? volume : m_currentVolume;
+    dialog.setVolumeIndex(chosen ? std::max(0, static_cast<int>(volumes.indexOf(chosen))) : 0);
     if (dialog.exec() != QDialog::Accepted || dialog.volumeIndex() < 0) return;
     extractFaults(volumes[dialog.volumeIndex()], dialog.settings());
 }
