@@ -10,30 +10,20 @@
 
 #include <attribute/faultscans.h>
 
+#include "znsettingsfields.h"
+
 namespace {
+
+using settingsfields::realField;
+using settingsfields::RealRange;
 
 // Ranges of the fields: those the attribute accepts, so that only combinations (dips in
 // the wrong order, too many orientations) remain to be refused.
-struct RealRange {
-    double minimum, maximum, step;
-    int decimals;
-};
 constexpr RealRange kStrikeStep{0.5, 180.0, 1.0, 1};
 constexpr RealRange kDip{20.0, 90.0, 5.0, 1};
 constexpr RealRange kDipStep{0.5, 90.0, 1.0, 1};
 constexpr RealRange kLength{1.0, 64.0, 0.5, 1};
 constexpr RealRange kPower{1.0, 64.0, 1.0, 1};
-
-QDoubleSpinBox* realField(QWidget* parent, const char* name, const RealRange& r, const QString& tip)
-{
-    auto* box = new QDoubleSpinBox(parent);
-    box->setObjectName(QLatin1String(name));
-    box->setRange(r.minimum, r.maximum);
-    box->setSingleStep(r.step);
-    box->setDecimals(r.decimals);
-    box->setToolTip(tip);
-    return box;
-}
 
 } // namespace
 
@@ -44,10 +34,7 @@ ZNAttributeSettingsDialog::ZNAttributeSettingsDialog(const QStringList& volumes,
     setWindowTitle(tr("Compute the fault likelihood of a seismic volume"));
     auto* form = new QFormLayout(this);
 
-    m_volume = new QComboBox(this);
-    m_volume->setObjectName(QStringLiteral("volume"));
-    m_volume->addItems(volumes);
-    m_volume->setToolTip(tr("The seismic amplitude volume whose fault likelihood is computed"));
+    m_volume = settingsfields::volumeField(this, volumes, tr("The seismic amplitude volume whose fault likelihood is computed"));
     form->addRow(tr("Seismic volume:"), m_volume);
 
     m_strikeStep = realField(this, "strikeStep", kStrikeStep,
@@ -88,12 +75,7 @@ ZNAttributeSettingsDialog::ZNAttributeSettingsDialog(const QStringList& volumes,
     form->addRow(QString(), m_orientation);
     form->addRow(m_scan);
 
-    m_buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel |
-                                         QDialogButtonBox::RestoreDefaults, this);
-    connect(m_buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(m_buttons->button(QDialogButtonBox::RestoreDefaults), &QPushButton::clicked, this,
-            [this] { setSettings(fault::attribute::FaultAttributeSettings()); });
+    m_buttons = settingsfields::dialogButtons(this, [this] { setSettings(fault::attribute::FaultAttributeSettings()); });
     form->addRow(m_buttons);
     for (QDoubleSpinBox* box : {m_strikeStep, m_minDip, m_maxDip, m_dipStep})
         connect(box, QOverload<double>::of(&QDoubleSpinBox::valueChanged), this, [this] { updateScan(); });
