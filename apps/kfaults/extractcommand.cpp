@@ -24,6 +24,7 @@ void runExtractCommand(const ExtractArguments& a, ExtractOptions options, Comman
     if (!result.ok())
         return io.fail(result.error, result.cancelled ? kExitCancelled : kExitFailure);
     for (const QString& file : result.files) io.out << file.toStdString() << '\n';
+    if (!result.note.isEmpty()) io.warn(result.note);   // a volume without faults is a result
 }
 
 } // namespace

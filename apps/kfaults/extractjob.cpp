@@ -129,7 +129,7 @@ ExtractResult runExtract(const ExtractOptions& o)
     if (!x.ok()) return failure(LastError::withDetail(x.error));
 
     const ExtractionProducts products{o, *x.automatic, *x.picked, x.faults, x.surfaceSettings,
-                                      x.meshes, x.areas, in.truth.get()};
+                                      x.meshes, x.areas, in.truth.get(), x.note};
     QJsonObject counts{{"patches", x.patchCount},
                        {"merges", x.patchCount - x.mergedFaultCount},
                        {"mergedFaults", x.mergedFaultCount},
@@ -145,6 +145,7 @@ ExtractResult runExtract(const ExtractOptions& o)
     if (!outputError.isEmpty() || InterruptibleProgress::interrupted())
         return failure(QString(outputError).replace(folder.stagingPath(), QDir(o.outputDir).path()));
     if (!folder.commit(staged, result.files, o.testStopAfterMoves)) return failure(folder.problem());
+    result.note = x.note;
     return result;
 }
 

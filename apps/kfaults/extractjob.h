@@ -40,11 +40,13 @@ struct ExtractOptions {
     int testStopAfterMoves = -1;
 };
 
-// The outcome: on success the files written (absolute paths, report.json last) and the
-// report; otherwise a one-line error, `cancelled` set when Ctrl-C stopped the run.
+// The outcome: on success the files written (absolute paths, report.json last), the
+// report and, when no fault came out, why; otherwise a one-line error, `cancelled` set
+// when Ctrl-C stopped the run.
 struct ExtractResult {
     QString error;
     bool cancelled = false;
+    QString note;            // "no fault found: <reason>" when the run found none
     QStringList files;
     QJsonObject report;
     bool ok() const { return error.isEmpty(); }

@@ -242,6 +242,7 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
                          {"counts", counts},
                          {"faults", faultsJson(p)}};
     if (p.truth) report.insert("match", match);
+    if (!p.note.isEmpty()) report.insert("note", p.note);
     const QString reportPath = dir.filePath(OutputNames::report);
     const QString reportError = saveText(reportPath, QJsonDocument(report).toJson(QJsonDocument::Indented));
     if (!reportError.isEmpty()) return reportError;

@@ -27,6 +27,7 @@ struct ExtractionProducts {
     const std::vector<fault::exchange::TriangleMesh>& meshes;  // one per entry of faults
     const std::vector<double>& areas;              // of the meshes, squared world units
     const PlantedTruth* truth;                     // of the built-in volume; null for files
+    const QString& note;                           // why no fault came out; empty when some did
 };
 
 // File names of the outputs inside the output folder.
@@ -46,7 +47,8 @@ struct OutputNames {
 // `peaks` (peak resident bytes after each step) and `counts` go into the report as they
 // are, with the outputs' own timing and peak and the total of `total` added. The fault
 // volume is written, matched against the truth and released before the pictures are
-// drawn. Empty on success, a one-line error otherwise.
+// drawn. A run without faults writes the same files, empty of faults, and the report
+// says why under "note". Empty on success, a one-line error otherwise.
 QString writeExtractionOutputs(const ExtractionProducts& products, const QString& folder,
                                QJsonObject timings, QJsonObject peaks, const QJsonObject& counts,
                                const QElapsedTimer& total, QStringList& written,

@@ -50,7 +50,7 @@ void addLikelihoodCommand(CLI::App& tool, CommandIo& io)
     c->add_option("--strike-sigma", s.strikeSigma, "Samples of smoothing along a fault's strike")->capture_default_str();
     c->add_option("--dip-half-length", s.dipHalfLength, "Samples of the window down a fault's dip, either side")
         ->capture_default_str();
-    c->add_option("--power", s.semblancePower, "p of likelihood = 1 - (semblance / reference)^p")->capture_default_str();
+    c->add_option("--power", s.semblancePower, "p of likelihood = 1 - semblance^p, the semblance relative to the layers")->capture_default_str();
     c->add_flag("!--no-thinning", s.thin, "Keep the likelihood on both sides of each fault's ridge");
     c->callback([arguments, options, &io] { runLikelihoodCommand(*arguments, *options, io); });
 }

@@ -222,6 +222,7 @@ void StudioWindow::buildMenus()
 
     QMenu* faults = new QMenu(tr("Fa&ults"), this);
     faults->setObjectName(QStringLiteral("faultsMenu"));
+    faults->addAction(tr("Compute Fault &Likelihood..."), this, [this] { chooseAndComputeLikelihood(); });
     faults->addAction(tr("&Extract from Likelihood Volume..."), this, [this] { chooseAndExtract(); });
     faults->addSeparator();
     m_interactionGroup = new QActionGroup(this);
@@ -291,6 +292,7 @@ void StudioWindow::buildMenus()
         menu->addAction(tr("Close"), this, [this, document] { closeFaultSet(document); });
     });
     connect(m_studioTree, &StudioTree::volumeMenuRequested, this, [this](ZNVolume* volume, QMenu* menu) {
+        menu->addAction(tr("Compute Fault Likelihood..."), this, [this, volume] { chooseAndComputeLikelihood(volume); });
         menu->addAction(tr("Extract Faults..."), this, [this, volume] { chooseAndExtract(volume); });
         menu->addAction(tr("Close"), this, [this, volume] { m_project->removeVolume(volume); });
     });

@@ -5,6 +5,7 @@
 #include <QMessageBox>
 #include <QPointer>
 
+#include <attribute/faultattributesettings.h>
 #include <exchange/stickformat.h>
 #include <faultextractionpipeline.h>
 #include <volumeio/volumesource.h>
@@ -93,6 +94,16 @@ public:
     bool closeFaultSet(FaultSetDocument* document);
     void setUnsavedChangesQuestion(UnsavedChangesQuestion question) { m_askUnsaved = std::move(question); }
 
+    // ----- fault likelihood -----
+
+    // Computes the fault likelihood of the seismic `volume` in the background, with the
+    // strike and dip of the faults when withOrientation; they join the project as new
+    // volumes ("Fault likelihood of <volume>", "Fault strike of ...", "Fault dip of ..."),
+    // each shown in a section view, the likelihood made the current volume so that the
+    // extraction starts from it.
+    void computeFaultLikelihood(ZNVolume* volume, const fault::attribute::FaultAttributeSettings& settings,
+                                bool withOrientation = true);
+
     // ----- extraction -----
 
     // Extracts the faults of `volume` in the background; the fault set joins the project.
@@ -175,8 +186,11 @@ private:
     void chooseAndSaveAs(FaultSetDocument* document);
     void chooseAndExportSticks(FaultSetDocument* document);
     void chooseAndExportSurfaces(FaultSetDocument* document);
-    // The extraction dialog, `volume` chosen first (the first volume for null).
+    // The extraction dialog, `volume` chosen first (the current volume, else the first,
+    // for null).
     void chooseAndExtract(ZNVolume* volume = nullptr);
+    // The fault likelihood's dialog, likewise.
+    void chooseAndComputeLikelihood(ZNVolume* volume = nullptr);
     bool askRawLayout(const QString& path, volumeio::VolumeSource& source);
     // The fault set the File menu's save and export act on: the current one, or the only
     // one; null when none can be told.

@@ -1,6 +1,8 @@
 // The studio's automatic extraction and its demo.
 #include "studiowindow.h"
 
+#include <algorithm>
+
 #include <znextractionsettingsdialog.h>
 #include <zneventbus.h>
 
@@ -14,12 +16,14 @@ void StudioWindow::extractFaults(ZNVolume* volume, const fault::FaultExtractionS
     const georef::UnitObject units = volume->units();
     const QString name = tr("Faults of %1").arg(volume->name());
     auto loaded = std::make_shared<LoadedFaultSet>();
+    auto note = std::make_shared<QString>();
     runTask(tr("Extract faults of %1").arg(volume->name()),
-            [image, units, settings, loaded] {
+            [image, units, settings, loaded, note] {
                 fault::FaultExtraction x = fault::extractFaults(*image, units, settings);
+                *note = x.note;
                 *loaded = faultSetOfExtraction(x, settings);
             },
-            [this, loaded, name] {
+            [this, loaded, name, note] {
                 if (!loaded->ok()) {
                     if (loaded->error == QLatin1String("cancelled"))
                         ZNEventBus::sendMessage(ZNEventBus::Information, tr("Extraction cancelled"));
@@ -28,6 +32,8 @@ void StudioWindow::extractFaults(ZNVolume* volume, const fault::FaultExtractionS
                     return false;
                 }
                 addLoadedFaultSet(*loaded, QString(), name);
+                // An empty fault set is a result: the log says why it is empty.
+                if (!note->isEmpty()) ZNEventBus::sendMessage(ZNEventBus::Information, *note);
                 return true;
             });
 }
@@ -67,7 +73,8 @@ void StudioWindow::chooseAndExtract(ZNVolume* volume)
     QStringList names;
     for (const ZNVolume* v : volumes) names << v->name();
     ZNExtractionSettingsDialog dialog(names, this);
-    dialog.setVolumeIndex(volume ? static_cast<int>(volumes.indexOf(volume)) : 0);
+    ZNVolume* chosen = volume ? volume : m_currentVolume;
+    dialog.setVolumeIndex(chosen ? std::max(0, static_cast<int>(volumes.indexOf(chosen))) : 0);
     if (dialog.exec() != QDialog::Accepted || dialog.volumeIndex() < 0) return;
     extractFaults(volumes[dialog.volumeIndex()], dialog.settings());
 }

@@ -1,6 +1,7 @@
 #include "faultextractionpipeline.h"
 
 #include <algorithm>
+#include <limits>
 #include <new>
 
 #include <znprogressbarmgr.h>
@@ -35,6 +36,50 @@ FaultExtraction failed(const QString& error, bool cancelled)
     f.cancelled = cancelled;
     f.error = cancelled ? QStringLiteral("cancelled") : error;
     return f;
+}
+
+bool holdsLabel(const ZN3DImage<int>& labels)
+{
+    const int* v = labels.data();
+    return std::any_of(v, v + labels.voxelCount(), [](int label) { return label > 0; });
+}
+
+// Why a segmentation found no patch: what the likelihood holds against the settings.
+QString noPatchNote(const ZN3DImage<float>& likelihood, const AutomaticExtractionSettings& settings)
+{
+    const float* v = likelihood.data();
+    const auto threshold = static_cast<float>(settings.likelihoodThreshold);
+    long long seeds = 0;
+    float largest = -std::numeric_limits<float>::infinity();
+    for (std::size_t i = 0; i < likelihood.voxelCount(); ++i) {
+        if (v[i] >= threshold) ++seeds;
+        if (v[i] > largest) largest = v[i];   // NaN samples are passed over
+    }
+    if (seeds == 0)
+        return QStringLiteral("no fault found: no likelihood sample reaches the threshold %1 (the largest is %2)")
+            .arg(settings.likelihoodThreshold).arg(static_cast<double>(largest), 0, 'g', 3);
+    return QStringLiteral("no fault found: the %1 likelihood samples from the threshold %2 up (the largest %3) "
+                          "grow into no patch of %4 voxels or more")
+        .arg(seeds).arg(settings.likelihoodThreshold).arg(static_cast<double>(largest), 0, 'g', 3)
+        .arg(settings.maxPatchSize / 3);
+}
+
+// The result of a segmentation without patches: two empty fault sets over `space`.
+FaultExtraction emptyExtraction(const georef::BlocSpace& space, const georef::UnitObject& units,
+                                const FaultExtractionSettings& settings, const QString& note)
+{
+    FaultExtraction result;
+    result.automatic.reset(new (std::nothrow) ZNFaultPatchManager());
+    if (!result.automatic) return failed(QStringLiteral("out of memory building the fault set"), false);
+    result.automatic->init(1, true);   // the reserved patch only
+    result.automatic->setPicked(false);
+    result.automatic->setBlocSpace(space);
+    result.automatic->SetUnitObject(units);
+    result.picked.reset(createPickedFaultSet(result.faults, *result.automatic));
+    if (!result.picked) return failed(QStringLiteral("out of memory building the sticks"), false);
+    result.surfaceSettings = surfaceSettingsFor(space, settings.sticks, settings.surfaceMethod);
+    result.note = note;
+    return result;
 }
 
 } // namespace
@@ -73,13 +118,20 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
 
     std::unique_ptr<ZN3DImage<int>> labels(segmentLikelihood(&likelihood, settings.extraction, bar.id()));
     if (!labels) return stop(QStringLiteral("segmentation failed"));
+    const QString noPatch = holdsLabel(*labels) ? QString() : noPatchNote(likelihood, settings.extraction);
     if (settings.releaseLikelihood) likelihood = ZN3DImage<float>();
     if (!stageDone("segmentation")) return stop(QString());
+    if (!noPatch.isEmpty()) {
+        FaultExtraction empty = emptyExtraction(labels->blocSpace(), units, settings, noPatch);
+        for (const char* step : {"faultSet", "merging", "sticks", "duplicates", "surfaces"})
+            if (!stageDone(step)) return stop(QString());
+        return empty;
+    }
 
     FaultExtraction result;
     result.automatic.reset(new (std::nothrow) ZNFaultPatchManager());
     if (!result.automatic || !result.automatic->init(labels.get()))
-        return stop(QStringLiteral("no fault patch in the volume"));
+        return stop(QStringLiteral("the fault set cannot be built from the patches"));
     labels.reset();
     result.automatic->SetUnitObject(units);
     result.patchCount = countFaultsWithVoxels(*result.automatic);
@@ -93,6 +145,11 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
     result.faults = sticksOfAllFaults(*result.automatic, settings.sticks);
     result.picked.reset(createPickedFaultSet(result.faults, *result.automatic));
     if (!result.picked) return stop(QStringLiteral("out of memory building the sticks"));
+    if (result.faults.empty())
+        result.note = QStringLiteral("no fault found: none of the %1 faults merged from %2 patches gives %3 sticks "
+                                     "of %4 points (or holds %5 voxels)")
+                          .arg(result.mergedFaultCount).arg(result.patchCount).arg(settings.sticks.minSticksPerFault)
+                          .arg(settings.sticks.minPointsPerStick).arg(settings.sticks.minVoxelsPerFault);
     if (!stageDone("sticks")) return stop(QString());
 
     if (!result.picked->getSameFaultArray(result.duplicates, bar.id()))

@@ -43,6 +43,9 @@ struct FaultExtractionSettings {
 };
 
 // What an extraction produced. On failure only `error` (and `cancelled`) are meaningful.
+// A volume in which no fault is found is a successful extraction: both fault sets exist
+// (over the volume's block space, with its units) and hold no fault, every list is
+// empty, and `note` says why.
 struct FaultExtraction {
     std::unique_ptr<ZNFaultPatchManager> automatic;  // merged automatic fault set
     std::unique_ptr<ZNFaultPatchManager> picked;     // fault i + 1 holds the sticks of faults[i]
@@ -55,6 +58,11 @@ struct FaultExtraction {
     int mergedFaultCount = 0;  // faults with voxels after merging
     QString error;             // empty on success; "cancelled" when cancelled
     bool cancelled = false;
+    // When no fault came out: one line, "no fault found: " and the reason (no
+    // likelihood sample reaches the threshold, the samples that do grow into no patch
+    // large enough, or the merged faults are all too small for sticks), with the
+    // figures that tell which setting to change. Empty otherwise.
+    QString note;
 
     bool ok() const { return error.isEmpty(); }
 };
@@ -65,10 +73,11 @@ using ExtractionStepObserver = std::function<void(const char* step)>;
 // Runs the extraction on `likelihood` (x inline, y crossline, z sample, with its block
 // space), whose world coordinates are in `units` (given to both fault sets). The
 // likelihood is left as it was unless settings.releaseLikelihood. The progress bar is
-// opened under `progressParent` (-1 for none). Errors, each one line: the settings'
-// problem, "the likelihood volume is empty", "segmentation failed", "no fault patch in the
-// volume", "merging failed", "out of memory building the sticks", "duplicate detection
-// failed", or "cancelled"; the library's own messages about them went out on the event bus.
+// opened under `progressParent` (-1 for none); observers see every stage, also when no
+// patch was found. Errors, each one line: the settings' problem, "the likelihood volume
+// is empty", "segmentation failed", "the fault set cannot be built from the patches",
+// "merging failed", "out of memory building the sticks", "duplicate detection failed", or
+// "cancelled"; the library's own messages about them went out on the event bus.
 FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitObject& units,
                               const FaultExtractionSettings& settings, int progressParent = -1,
                               const ExtractionStepObserver& observer = {});

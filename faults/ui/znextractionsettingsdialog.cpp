@@ -9,16 +9,16 @@
 
 #include <zn3dfaultpatch.h>
 
+#include "znsettingsfields.h"
+
 namespace {
 
+using settingsfields::intField;
+using settingsfields::IntRange;
+using settingsfields::realField;
+using settingsfields::RealRange;
+
 // Ranges of the fields: wide enough for any survey, narrow enough to catch a typo.
-struct IntRange {
-    int minimum, maximum, step;
-};
-struct RealRange {
-    double minimum, maximum, step;
-    int decimals;
-};
 constexpr RealRange kThreshold{0.0, 1.0, 0.05, 2};
 constexpr IntRange kPatchSize{10, 1000000, 50};
 constexpr RealRange kPlaneDeviation{0.1, 20.0, 0.1, 2};
@@ -26,27 +26,6 @@ constexpr IntRange kGrowthIterations{1, 500, 1};
 constexpr RealRange kMergeCost{0.1, 20.0, 0.1, 2};
 constexpr RealRange kSpacing{1.0, 200.0, 1.0, 1};
 constexpr IntRange kFaultVoxels{1, 100000000, 10};
-
-QSpinBox* intField(QWidget* parent, const char* name, const IntRange& r, const QString& tip)
-{
-    auto* box = new QSpinBox(parent);
-    box->setObjectName(QLatin1String(name));
-    box->setRange(r.minimum, r.maximum);
-    box->setSingleStep(r.step);
-    box->setToolTip(tip);
-    return box;
-}
-
-QDoubleSpinBox* realField(QWidget* parent, const char* name, const RealRange& r, const QString& tip)
-{
-    auto* box = new QDoubleSpinBox(parent);
-    box->setObjectName(QLatin1String(name));
-    box->setRange(r.minimum, r.maximum);
-    box->setSingleStep(r.step);
-    box->setDecimals(r.decimals);
-    box->setToolTip(tip);
-    return box;
-}
 
 } // namespace
 
@@ -57,10 +36,7 @@ ZNExtractionSettingsDialog::ZNExtractionSettingsDialog(const QStringList& volume
     setWindowTitle(tr("Extract faults from a likelihood volume"));
     auto* form = new QFormLayout(this);
 
-    m_volume = new QComboBox(this);
-    m_volume->setObjectName(QStringLiteral("volume"));
-    m_volume->addItems(volumes);
-    m_volume->setToolTip(tr("The fault-likelihood volume to extract faults from"));
+    m_volume = settingsfields::volumeField(this, volumes, tr("The fault-likelihood volume to extract faults from"));
     form->addRow(tr("Likelihood volume:"), m_volume);
 
     m_threshold = realField(this, "likelihoodThreshold", kThreshold,
@@ -101,12 +77,7 @@ ZNExtractionSettingsDialog::ZNExtractionSettingsDialog(const QStringList& volume
     form->addRow(tr("Minimum fault voxels:"), m_minFaultVoxels);
     form->addRow(tr("Surface method:"), m_surfaceMethod);
 
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel |
-                                             QDialogButtonBox::RestoreDefaults, this);
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(buttons->button(QDialogButtonBox::RestoreDefaults), &QPushButton::clicked, this,
-            [this] { setSettings(fault::FaultExtractionSettings()); });
+    auto* buttons = settingsfields::dialogButtons(this, [this] { setSettings(fault::FaultExtractionSettings()); });
     buttons->button(QDialogButtonBox::Ok)->setEnabled(!volumes.isEmpty());
     form->addRow(buttons);
     setSettings(fault::FaultExtractionSettings());

@@ -373,6 +373,33 @@ TEST(Kfaults, LikelihoodRunsOnTheSegySamplesAndRefusesAMissingFile)
     EXPECT_TRUE(missing.out.empty());
 }
 
+// The samples are a shallow cut of a real survey and a tiny synthetic file: no fault
+// to find in either, which is a result written like any other, said in one line.
+TEST(Kfaults, ExtractFromSeismicOnTheSegySamplesWritesAnEmptyResultAndSaysWhy)
+{
+    QTemporaryDir dir;
+    for (const char* sample : {"f3.sgy", "small.sgy"}) {
+        SCOPED_TRACE(sample);
+        const QString out = dir.filePath(sample);
+        const Outcome r = runTool({"extract", "--from-seismic", "-i",
+                                   QDir(KORVALITH_SAMPLES_DIR).filePath(sample).toStdString(), "-o", out.toStdString()});
+        ASSERT_EQ(r.code, 0) << r.err;
+        const QStringList printed = lines(r.out);
+        ASSERT_FALSE(printed.isEmpty());
+        EXPECT_TRUE(printed.last().endsWith("report.json"));
+        const QStringList errors = lines(r.err);
+        ASSERT_EQ(errors.size(), 1);
+        EXPECT_TRUE(errors[0].startsWith("kfaults: no fault found: ")) << r.err;
+        const QJsonObject report = readJson(QDir(out).filePath("report.json"));
+        EXPECT_EQ(report["counts"].toObject()["faults"].toInt(-1), 0);
+        EXPECT_EQ(report["faults"].toArray().size(), 0);
+        EXPECT_EQ("kfaults: " + report["note"].toString(), errors[0]);
+        ZNFaultPatchManager set;
+        ASSERT_TRUE(set.readPickedFault(QDir(out).filePath("faults.faultset"), false, -1));
+        EXPECT_TRUE(set.getFaultLightList().isEmpty());
+    }
+}
+
 TEST(Kfaults, ExtractFromSeismicReportsItsInputAndThePlantedFaults)
 {
     QTemporaryDir dir;

@@ -123,6 +123,7 @@ private:
         if (!reference.compute(numerator, denominator, r.factorFirst, m_nz, m_settings.referenceSigma))
             return outOfMemory();
         reference.balance(numerator, denominator, r.factorFirst);
+        reference.release();
 
         SlabArray<std::uint32_t> keys;
         if (!keys.allocate(nx, ny, r.keyedEnd - r.keyedFirst)) return outOfMemory();
@@ -130,12 +131,11 @@ private:
             return progress.isCancelled() ? kCancelled : outOfMemory();
         numerator.release();
         denominator.release();
-        return finish(keys, r.keyedFirst, reference, progress);
+        return finish(keys, r.keyedFirst, progress);
     }
 
     // The outputs of the keyed slices, a few slices at a time.
-    QString finish(const SlabArray<std::uint32_t>& keys, int z0, const SemblanceReference& reference,
-                   ZNStridedProgress& progress)
+    QString finish(const SlabArray<std::uint32_t>& keys, int z0, ZNStridedProgress& progress)
     {
         const int nx = keys.na(), ny = keys.nb();
         const bool orientation = m_out.wantsOrientation();
@@ -152,7 +152,7 @@ private:
                 return outOfMemory();
 #pragma omp parallel for schedule(dynamic, 1)
             for (int k = 0; k < count; ++k)
-                m_finisher.finish(keys.slice(k0 + k), nx, ny, z0 + k0 + k, reference, likelihood.slice(k),
+                m_finisher.finish(keys.slice(k0 + k), nx, ny, z0 + k0 + k, likelihood.slice(k),
                                   orientation ? strike.slice(k) : nullptr, orientation ? dip.slice(k) : nullptr,
                                   scratch.slice(k));
             if (!m_out.write(z0 + k0, likelihood, strike, dip))

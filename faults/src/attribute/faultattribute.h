@@ -17,19 +17,19 @@ class ZNBloc;
 // 1. reflector slopes from the structure tensor of the amplitude (reflectorslopes.h), so that the comparison of neighbouring traces follows their
 //    layers and dipping or folded layers stay coherent;
 // 2. the numerator and denominator of semblance over 5 x 5 traces along those layers
-//    (semblancefactors.h), balanced by the energy of their neighbourhood
-//    (semblancereference.h);
+//    (semblancefactors.h), balanced by the energy of their neighbourhood, the
+//    denominator less the noise's share of it (semblancereference.h), so that the
+//    semblance of any window is relative to the layers it crosses;
 // 3. a scan over fault strikes and dips that sums both over a window lying in each
 //    candidate fault plane and keeps, at each voxel, the plane of smallest semblance s
 //    (faultscanner.h);
-// 4. likelihood = 1 - (s / r)^p, r the semblance of the neighbourhood over a window of
-//    no particular orientation, thinned to its ridge across the fault, with that
-//    plane's strike and dip (faultattributefinisher.h).
+// 4. likelihood = 1 - s^p, thinned to its ridge across the fault, with that plane's
+//    strike and dip (faultattributefinisher.h).
 //
 // The volume is processed slab by slab (stacks of z slices, as ZNSlabPlanner plans them)
 // with the halo the windows need, so that a volume larger than memory can be read from
 // a block file and written to block files. Slabs change the result only near their
-// borders, where the wide windows of the slopes and of the reference are cut (a few
+// borders, where the wide windows of the slopes and of the noise's share are cut (a few
 // voxels in a thousand by more than 0.05 with slabs of a few slices). The work runs on the OpenMP threads, reports progress on a bar
 // titled "Fault likelihood" (one bar, moved about a hundred times) and stops when that
 // bar is cancelled.

@@ -70,9 +70,8 @@ FaultAttributeFinisher::FaultAttributeFinisher(const ScanPlan& plan, const Fault
     }
 }
 
-void FaultAttributeFinisher::finish(const std::uint32_t* keys, int nx, int ny, int z,
-                                    const SemblanceReference& reference, float* likelihood, float* strike,
-                                    float* dip, float* scratch) const
+void FaultAttributeFinisher::finish(const std::uint32_t* keys, int nx, int ny, int z, float* likelihood,
+                                    float* strike, float* dip, float* scratch) const
 {
     const std::size_t count = static_cast<std::size_t>(nx) * ny;
     const int scans = static_cast<int>(m_strike.size());
@@ -86,8 +85,7 @@ void FaultAttributeFinisher::finish(const std::uint32_t* keys, int nx, int ny, i
         const double row = vertical * faceWeight(std::min(y, ny - 1 - y), m_lateralReach);
         for (int x = 0; x < nx; ++x) {
             const std::size_t i = static_cast<std::size_t>(y) * nx + x;
-            const float r = reference.at(x, y, z);
-            const float s = r > 0.0F ? std::min(1.0F, keySemblance(keys[i]) / r) : 1.0F;
+            const float s = keySemblance(keys[i]);
             const double weight = row * faceWeight(std::min(x, nx - 1 - x), m_lateralReach);
             unthinned[i] = scanOf(i) < 0 ? 0.0F : static_cast<float>(weight * (1.0 - std::pow(s, m_power)));
         }

@@ -6,15 +6,13 @@
 
 #include "attribute/faultattributesettings.h"
 #include "attribute/faultscans.h"
-#include "attribute/semblancereference.h"
 
 namespace fault::attribute {
 
 // Turns the scan's keys (see faultscanner.h) into the attribute's outputs, one slice at
-// a time: the likelihood 1 - (s / r)^p of the smallest semblance s of the scan over
-// the reference semblance r of its neighbourhood (semblancereference.h), clamped to
-// [0, 1], thinned to its
-// ridge across the fault when the settings ask for it; the strike and dip of the
+// a time: the likelihood 1 - s^p of the smallest semblance s of the scan, relative to
+// the layers its window crosses (semblancereference.h), thinned to its ridge across the
+// fault when the settings ask for it; the strike and dip of the
 // orientation that gave it, in world degrees (strikedip.h) through the volume's block
 // space.
 //
@@ -39,9 +37,9 @@ public:
 
     // The keys of volume slice z (nx x ny, x fastest) into `likelihood`, and into
     // `strike` and `dip` when they are not null (-9999 where no scan reached).
-    // `reference` covers slice z; `scratch` holds nx x ny floats.
-    void finish(const std::uint32_t* keys, int nx, int ny, int z, const SemblanceReference& reference,
-                float* likelihood, float* strike, float* dip, float* scratch) const;
+    // `scratch` holds nx x ny floats.
+    void finish(const std::uint32_t* keys, int nx, int ny, int z, float* likelihood, float* strike,
+                float* dip, float* scratch) const;
 
 private:
     std::vector<float> m_strike;     // world strike of each scan, degrees

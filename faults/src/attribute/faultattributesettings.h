@@ -8,9 +8,9 @@ namespace fault::attribute {
 // every axis counts the same), as the scan sees them.
 //
 // The defaults recover the faults of the built-in synthetic seismic (throws of 3 to 5
-// samples, signal-to-noise ratio 2) and keep its unfaulted layers below a likelihood of
-// 0.5; the scan tries 60 strikes x 6 dips (330 orientations once the duplicated
-// vertical ones are left out).
+// samples, signal-to-noise ratio 2) and keep its unfaulted layers, flat or dipping by up
+// to 40 degrees, below a likelihood of 0.5; the scan tries 60 strikes x 6 dips (330
+// orientations once the duplicated vertical ones are left out).
 struct FaultAttributeSettings {
     double strikeStep = 6.0;        // degrees between two scanned strikes, over 0..360
     double minDip = 50.0;           // degrees, the shallowest fault scanned, > 20
@@ -19,10 +19,10 @@ struct FaultAttributeSettings {
     double strikeSigma = 6.5;       // samples, Gaussian smoothing along the fault's strike
     double dipHalfLength = 20.0;    // samples, half-length of the window down the fault
     double slopeSigma = 4.5;        // samples, smoothing that gives the reflector slopes
-    double referenceSigma = 9.0;    // samples, the neighbourhood whose semblance is the
-                                    // reference of the likelihood
+    double referenceSigma = 14.0;   // samples, the neighbourhood whose semblance deficit
+                                    // gives the noise's share of the energy
     double maxReflectorSlope = 2.0; // samples per trace, steepest reflector followed
-    double semblancePower = 4.0;    // p of likelihood = 1 - (semblance / reference)^p, >= 1
+    double semblancePower = 4.0;    // p of likelihood = 1 - semblance^p, >= 1
     bool thin = true;               // keep only the ridge across each fault (0 elsewhere)
 
     // Empty when the settings can be used; otherwise a one-line reason (a step not

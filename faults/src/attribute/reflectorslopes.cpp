@@ -11,10 +11,18 @@ namespace {
 
 constexpr int kCell = CellGrid::kCell;
 
-// Difference of the neighbours of index i along an axis of n samples, halved, or the
-// one-sided difference at an end.
-inline float centralDifference(const float* line, std::ptrdiff_t stride, int i, int n)
+// The derivative at index i along an axis of n samples: the five-point difference
+// (-1, 8, 0, -8, 1) / 12 where two samples on either side exist, whose response stays
+// within 3% of the true derivative up to 0.16 cycles per sample (the central difference
+// already falls 10% short at 0.125, and by different shares along the three axes where
+// the reflectors dip, which biases their slopes by about 0.07 samples per trace at 35
+// degrees); the central difference one sample from an end, the one-sided difference at
+// an end.
+inline float derivative(const float* line, std::ptrdiff_t stride, int i, int n)
 {
+    if (i >= 2 && i < n - 2)
+        return (8.0F * (line[(i + 1) * stride] - line[(i - 1) * stride]) -
+                (line[(i + 2) * stride] - line[(i - 2) * stride])) / 12.0F;
     const int lo = i > 0 ? i - 1 : 0;
     const int hi = i < n - 1 ? i + 1 : n - 1;
     return hi > lo ? (line[hi * stride] - line[lo * stride]) / static_cast<float>(hi - lo) : 0.0F;
@@ -52,9 +60,9 @@ void ReflectorSlopes::accumulate(const ZN3DImage<float>& seismic, int seismicFir
                 const float* row = slice + y * sy;
                 const std::size_t cell = static_cast<std::size_t>(y / kCell) * ca;
                 for (int x = 0; x < nx; ++x) {
-                    const float gx = centralDifference(row, 1, x, nx);
-                    const float gy = centralDifference(slice + x, sy, y, ny);
-                    const float gz = centralDifference(seismic.data() + y * sy + x, sz, local, seismic.nz());
+                    const float gx = derivative(row, 1, x, nx);
+                    const float gy = derivative(slice + x, sy, y, ny);
+                    const float gz = derivative(seismic.data() + y * sy + x, sz, local, seismic.nz());
                     const std::size_t k = cell + static_cast<std::size_t>(x / kCell);
                     xz[k] += gx * gz;
                     yz[k] += gy * gz;

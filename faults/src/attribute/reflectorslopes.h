@@ -17,9 +17,9 @@ namespace fault::attribute {
 // analysis and optical flow", IEEE PAMI 13, 1991; D. Hale, "Structure-oriented
 // smoothing and semblance", CWP report 635, 2009). Unlike the least-squares slope
 // -<f_x f_z> / <f_z f_z>, the eigenvector is not drawn towards flat by noise of no
-// particular direction, which adds alike to every diagonal term. Gradients are central
-// differences (one-sided at the volume's ends); their products are summed and smoothed
-// on cells of 2 x 2 x 2 samples (cellgrid.h).
+// particular direction, which adds alike to every diagonal term. Gradients are
+// five-point differences (shorter at the volume's ends, see reflectorslopes.cpp); their
+// products are summed and smoothed on cells of 2 x 2 x 2 samples (cellgrid.h).
 //
 // Use: begin() over the slices wanted, accumulate() the seismic in any number of
 // pieces that together cover them, finish(), then read slopesAt().
@@ -27,7 +27,7 @@ class ReflectorSlopes {
 public:
     // Extra slices a piece given to accumulate() needs on either side of the slices it
     // adds, where the volume has them.
-    static constexpr int kGradientHalo = 1;
+    static constexpr int kGradientHalo = 2;
 
     // Prepares slopes for volume slices [first, end) (first rounded down to even) of a
     // volume nx x ny x nz. False, the slopes empty, when memory runs out or the range is

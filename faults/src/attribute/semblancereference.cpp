@@ -53,19 +53,20 @@ void SemblanceReference::balance(SlabArray<float>& numerator, SlabArray<float>& 
     for (std::size_t i = 0; i < energy.sliceSize() * static_cast<std::size_t>(energy.nz()); ++i)
         largest = std::max(largest, energy.data()[i]);
     const float floor = std::max(largest * 1e-9F, 1e-30F);   // no amplitude: left as it is
+    constexpr float kSamplesPerCell = kCell * kCell * kCell;    // the cells hold sums
 #pragma omp parallel for collapse(2) schedule(static)
     for (int k = 0; k < numerator.nz(); ++k)
         for (int y = 0; y < ny; ++y) {
             float* n = numerator.slice(k) + static_cast<std::size_t>(y) * nx;
             float* d = denominator.slice(k) + static_cast<std::size_t>(y) * nx;
             for (int x = 0; x < nx; ++x) {
-                const float e = std::max(m_cells.at(1, x, y, first + k), floor);
-                n[x] /= e;
-                d[x] /= e;
+                const float scale = kSamplesPerCell / std::max(m_cells.at(1, x, y, first + k), floor);
+                const float noise = 1.0F - m_cells.at(0, x, y, first + k);
+                n[x] *= scale;
+                d[x] *= scale;
+                d[x] = std::max(d[x] - noise, kLeastSignalShare * d[x]);
             }
         }
 }
-
-float SemblanceReference::at(int x, int y, int z) const { return m_cells.at(0, x, y, z); }
 
 } // namespace fault::attribute

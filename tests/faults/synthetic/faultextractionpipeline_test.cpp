@@ -75,14 +75,57 @@ TEST(FaultExtractionPipeline, BadInputsAreRefusedWithTheirReasonAndReleaseEmptie
     EXPECT_EQ(refused.error, bad.sticks.problem());
     EXPECT_FALSE(refused.cancelled);
 
-    ZN3DImage<float> flat(32, 32, 32);
-    flat.fill(0.1f);
-    RecordingEventBus bus;
-    EXPECT_EQ(extractFaults(flat, georef::UnitObject(), FaultExtractionSettings()).error,
-              QStringLiteral("no fault patch in the volume"));
-
     FaultExtractionSettings releasing;
     releasing.releaseLikelihood = true;
     EXPECT_TRUE(extractFaults(likelihood, georef::UnitObject(), releasing).ok());
     EXPECT_TRUE(likelihood.isEmpty());
+}
+
+// A volume without faults is a result, not a failure: both fault sets exist, empty, over
+// the volume's grid, every stage is seen, and the note says why nothing came out.
+TEST(FaultExtractionPipeline, VolumesWithoutFaultsGiveEmptyFaultSetsAndSayWhy)
+{
+    ZN3DImage<float> flat(32, 32, 32);
+    flat.fill(0.1f);
+    ZN3DImage<float> specks(32, 32, 32);   // isolated likely voxels grow into no patch
+    for (int z = 2; z < 32; z += 6)
+        for (int y = 2; y < 32; y += 6)
+            for (int x = 2; x < 32; x += 6) specks(x, y, z) = 0.9f;
+    FaultExtractionSettings noSticks;
+    noSticks.sticks.minVoxelsPerFault = 1000000;
+    struct Case {
+        const char* name;
+        ZN3DImage<float> likelihood;
+        FaultExtractionSettings settings;
+        QString note;
+    };
+    Case cases[] = {
+        {"flat", std::move(flat), FaultExtractionSettings(),
+         "no fault found: no likelihood sample reaches the threshold 0.5 (the largest is 0.1)"},
+        {"specks", std::move(specks), FaultExtractionSettings(),
+         "no fault found: the 125 likelihood samples from the threshold 0.5 up (the largest 0.9) grow into no "
+         "patch of 200 voxels or more"},
+        {"faults too small for sticks", std::move(*scene().likelihood.clone()), noSticks,
+         "no fault found: none of the"},
+    };
+    const georef::UnitObject units(georef::UnitObject::SpatialMetre, georef::UnitObject::VerticalMillisecond);
+    for (Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        std::vector<std::string> steps;
+        const georef::BlocSpace space = c.likelihood.blocSpace();
+        const FaultExtraction x = extractFaults(c.likelihood, units, c.settings, -1,
+                                                [&steps](const char* step) { steps.push_back(step); });
+        ASSERT_TRUE(x.ok()) << x.error.toStdString();
+        EXPECT_TRUE(x.note.startsWith(c.note)) << x.note.toStdString();
+        EXPECT_EQ(steps.size(), 6u);
+        EXPECT_TRUE(x.faults.empty());
+        EXPECT_TRUE(x.meshes.empty());
+        ASSERT_TRUE(x.automatic && x.picked);
+        EXPECT_EQ(countFaultsWithVoxels(*x.automatic) > 0, std::string(c.name) == "faults too small for sticks");
+        EXPECT_TRUE(x.picked->getFaultLightList().isEmpty());
+        EXPECT_EQ(x.picked->getBlocSpace(), space);
+        EXPECT_EQ(x.picked->GetUnitObject(), units);
+    }
+    ZN3DImage<float> found = std::move(*scene().likelihood.clone());
+    EXPECT_TRUE(extractFaults(found, units, FaultExtractionSettings()).note.isEmpty());
 }
