@@ -12,6 +12,7 @@
 #include <zn3dfaultpatchlight.h>
 #include <znfaultsticksfromvoxels.h>
 
+#include "faultvolumeoutput.h"
 #include "volumeinput.h"
 
 namespace kfaults {
@@ -34,6 +35,7 @@ struct ExtractOptions {
     int surfaceMethod = ZN3DFaultPatchLight::kDefaultMeshingMethod;  // 0 convex, 1 minimum envelop
     QString outputDir = QStringLiteral("kfaults-out");
     bool pictures = true;
+    FaultVolumeForm faultVolume = FaultVolumeForm::Bloc;
     int unfoldedPictures = 4;                 // largest faults drawn unfolded
     // For tests: stop the final move into the output folder after this many of its steps,
     // as a killed run would (OutputFolder::commit); -1 runs it whole.

@@ -7,18 +7,16 @@
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QSaveFile>
 
 #include <exchange/gocadtsurf.h>
 #include <synthetic/faultmatcher.h>
 #include <synthetic/strikedip.h>
-#include <volumeio/rawvolume.h>
-#include <znbloc.h>
 #include <znfaultpatchmanager.h>
 #include <znwritefailure.h>
 
 #include "commands.h"
 #include "faultmesh.h"
+#include "faultvolumeoutput.h"
 #include "faultunfolding.h"
 #include "mapviewpicture.h"
 #include "perspectivepicture.h"
@@ -29,43 +27,6 @@
 
 namespace kfaults {
 namespace {
-
-// Empty on success, else why `path` cannot be written.
-QString saveText(const QString& path, const QByteArray& bytes)
-{
-    errno = 0;  // a failure names the system call that failed after this point
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) return QString();
-    return QStringLiteral("%1: cannot be written (%2)").arg(path, ZNWriteFailure::reason(file, errno));
-}
-
-// The fault volume: raw int32 samples (little-endian, inline fastest) beside a text
-// header of its sizes, and the same labels as a block file.
-QString writeFaultVolume(const ZN3DImage<int>& labels, const QDir& dir, QStringList& written)
-{
-    const QString raw = dir.filePath(OutputNames::volumeRaw);
-    const QString rawError = volumeio::writeRawVolume<std::int32_t>(
-        raw, labels, volumeio::ByteOrder::LittleEndian, volumeio::kImageOrder);
-    if (!rawError.isEmpty()) return rawError;
-    written << raw;
-    const QString header = QStringLiteral(
-        "# fault volume: one int32 per voxel, the id of its fault (-9999 elsewhere)\n"
-        "file %1\nnInline %2\nnCrossline %3\nnSample %4\nsampleType int32\n"
-        "byteOrder little\naxisOrder xyz\nnoValue -9999\n")
-        .arg(OutputNames::volumeRaw).arg(labels.nx()).arg(labels.ny()).arg(labels.nz());
-    const QString headerPath = dir.filePath(OutputNames::volumeHeader);
-    const QString headerError = saveText(headerPath, header.toUtf8());
-    if (!headerError.isEmpty()) return headerError;
-    written << headerPath;
-    const QString blocPath = dir.filePath(OutputNames::volumeBloc);
-    ZNBloc bloc;
-    errno = 0;  // a failure names the system call that failed after this point
-    if (!bloc.create(blocPath, labels.blocSpace(), 0, labels.nz(), ZNBloc::Int32) ||
-        !bloc.writeSlices(0, labels, 0, labels.nz()) || !bloc.close())
-        return cannotBeWritten(blocPath, errno);
-    written << blocPath;
-    return QString();
-}
 
 QString writePictures(const ExtractionProducts& p, const QDir& dir, QStringList& written)
 {
@@ -212,14 +173,15 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
     if (!status) return QStringLiteral("%1: %2").arg(surfacePath, status.detail);
     written << surfacePath;
 
+    const QString volumeError = writeFaultVolume(p.automatic, dir, p.options.faultVolume, written);
+    if (!volumeError.isEmpty()) return volumeError;
     QJsonObject match;
-    {
+    if (p.truth) {
+        // The built-in volume is small and held anyway; its labels are released before
+        // the pictures are drawn.
         std::unique_ptr<ZN3DImage<int>> labels(p.automatic.createFaultLabelImage());
-        if (!labels) return QStringLiteral("out of memory for the fault volume");
-        const QString volumeError = writeFaultVolume(*labels, dir, written);
-        if (!volumeError.isEmpty()) return volumeError;
-        if (p.truth) match = matchJson(*p.truth, *labels);
-    }   // the fault volume is not held while the pictures are drawn
+        match = labels ? matchJson(*p.truth, *labels) : QJsonObject{{"error", "out of memory for the fault volume"}};
+    }
     if (p.options.pictures) {
         const QString pictureError = writePictures(p, dir, written);
         if (!pictureError.isEmpty()) return pictureError;
@@ -243,7 +205,7 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
                          {"faults", faultsJson(p)}};
     if (p.truth) report.insert("match", match);
     const QString reportPath = dir.filePath(OutputNames::report);
-    const QString reportError = saveText(reportPath, QJsonDocument(report).toJson(QJsonDocument::Indented));
+    const QString reportError = saveTextFile(reportPath, QJsonDocument(report).toJson(QJsonDocument::Indented));
     if (!reportError.isEmpty()) return reportError;
     written << reportPath;
     return QString();

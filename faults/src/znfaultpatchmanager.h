@@ -681,6 +681,17 @@ public:
     // every patch holds its fault id (the root of its patch), -9999 elsewhere. Null for an
     // empty block space or a lack of memory.
     ZN3DImage<int>* createFaultLabelImage() const;
+    // Slices z0 .. z0 + slab.nz() - 1 of that label image, into `slab` (the block space's
+    // nx and ny, any depth): what createFaultLabelImage holds there, so that the fault
+    // volume can be written a slab at a time. With `slabIsClear`, `slab` holds -9999
+    // everywhere on entry (new, or given back by clearFaultLabelSlab) and only the voxels
+    // of the patches are written. False, `slab` untouched, for another width or height, an
+    // empty slab or slices outside the block space.
+    bool fillFaultLabelSlab(int z0, ZN3DImage<int>& slab, bool slabIsClear = false) const;
+    // Writes -9999 back over the voxels fillFaultLabelSlab(z0, slab) wrote, leaving the
+    // slab clear for the next slices at the cost of the patches' voxels only. False, as
+    // fillFaultLabelSlab, for a slab that does not fit.
+    bool clearFaultLabelSlab(int z0, ZN3DImage<int>& slab) const;
 
     // Contacts: per patch, the patches it touches. -9999 when the fault set holds no
     // contact lists (they are made by the label constructions and reset by init) or for

@@ -330,3 +330,38 @@ TEST(AutomaticFaultMerging, FaultContactMergingJoinsNeighboursButNotOverlappingF
     set.getConnexFault(2, connex);
     EXPECT_EQ(std::vector<int>(connex.begin(), connex.end()), std::vector<int>{4});
 }
+
+TEST(AutomaticFaultSet, TheFaultLabelsOfEverySlabAreThoseOfTheWholeImage)
+{
+    // Label 1 runs through 200 slices, so that its voxels lie in two patches whose
+    // origins are 128 slices apart; label 3 is a small patch at the far end.
+    Labels image = labels(6, 5, 200);
+    fill(image, 1, {1, 1, 0}, {2, 3, 199});
+    fill(image, 3, {4, 0, 190}, {5, 1, 199});
+    ZNFaultPatchManager set;
+    ASSERT_TRUE(set.init(&image));
+    std::unique_ptr<Labels> whole(set.createFaultLabelImage());
+    ASSERT_TRUE(whole);
+    for (const int depth : {1, 7, 64, 128, 200})
+        for (const bool reused : {false, true}) {
+            // Filled from scratch, or one slab cleared where it was painted and reused.
+            Labels slab(georef::BlocSpace(6, 5, depth), reused ? -9999 : 42);
+            for (int z0 = 0; z0 + depth <= 200; z0 += depth) {
+                ASSERT_TRUE(set.fillFaultLabelSlab(z0, slab, reused));
+                EXPECT_TRUE(std::equal(slab.data(), slab.data() + slab.voxelCount(), whole->slice(z0)))
+                    << "slices " << z0 << " to " << z0 + depth - 1 << (reused ? ", reused" : "");
+                if (reused) {
+                    ASSERT_TRUE(set.clearFaultLabelSlab(z0, slab));
+                }
+            }
+        }
+    Labels untouched(georef::BlocSpace(6, 5, 10), 42);
+    Labels narrow(georef::BlocSpace(5, 5, 10), 42);
+    for (int z0 : {-1, 191}) {
+        EXPECT_FALSE(set.fillFaultLabelSlab(z0, untouched)) << z0;
+        EXPECT_FALSE(set.clearFaultLabelSlab(z0, untouched)) << z0;
+    }
+    EXPECT_FALSE(set.fillFaultLabelSlab(0, narrow));
+    EXPECT_EQ(untouched(0, 0, 0), 42);
+    EXPECT_EQ(narrow(0, 0, 0), 42);
+}
