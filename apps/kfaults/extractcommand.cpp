@@ -19,7 +19,10 @@ struct ExtractArguments : VolumeArguments {
 void runExtractCommand(const ExtractArguments& a, ExtractOptions options, CommandIo& io)
 {
     QString problem;
-    if (!resolveInput(a, options.input, options.inputPath, options.raw, problem)) return io.fail(problem, kExitFailure);
+    if (!resolveInput(a, options.input, options.inputPath, options.raw, problem, &options.byteOrderChoice))
+        return io.fail(problem, kExitFailure);
+    const QString note = byteOrderNote(options.inputPath, options.raw, options.byteOrderChoice);
+    if (!note.isEmpty()) io.warn(note);
     options.outputDir = QString::fromStdString(a.out);
     options.faultVolume = a.faultVolume == "raw"    ? FaultVolumeForm::Raw
                           : a.faultVolume == "both" ? FaultVolumeForm::Both

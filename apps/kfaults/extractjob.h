@@ -28,6 +28,7 @@ struct ExtractOptions {
     fault::attribute::FaultAttributeSettings attribute;   // for fromSeismic
     QString inputPath;                        // for every kind but Synthetic
     volumeio::RawVolumeLayout raw;            // for Raw
+    ByteOrderChoice byteOrderChoice = ByteOrderChoice::Given;  // how raw.byteOrder was chosen
     int syntheticSize = 128;                  // voxels along each axis of the built-in scene
     std::uint64_t seed = 1;                   // of the built-in scene
     fault::AutomaticExtractionSettings extraction;

@@ -8,9 +8,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <core/conventions.h>
 #include <exchange/gocadtsurf.h>
 #include <synthetic/faultmatcher.h>
 #include <synthetic/strikedip.h>
+#include <volumeio/rawvolume.h>
 #include <znfaultpatchmanager.h>
 #include <znwritefailure.h>
 
@@ -89,15 +91,37 @@ QJsonObject surfaceJson(const fault::SurfaceSettings& s)
                        {"interpolationSize", s.interpolationSize}};
 }
 
+// The grid axes of every volume read and written: which index is which.
+QJsonObject axesJson()
+{
+    return QJsonObject{{"x", "inline"}, {"y", "crossline"}, {"z", "sample (time or depth, downwards)"}};
+}
+
 QJsonObject inputJson(const ExtractOptions& o, const georef::BlocSpace& space)
 {
     static const char* const kKinds[] = {"synthetic", "segy", "raw", "bloc"};
     QJsonObject in{{"kind", kKinds[static_cast<int>(o.input)]},
-                   {"size", QJsonArray{space.nx(), space.ny(), space.nz()}}};
+                   {"size", QJsonArray{space.nx(), space.ny(), space.nz()}},
+                   {"axes", axesJson()}};
     if (o.input == InputKind::Synthetic) in.insert("seed", QString::number(o.seed));
     else in.insert("path", QDir().absoluteFilePath(o.inputPath));
+    if (o.input == InputKind::Raw) {
+        static const char* const kChoices[] = {"given", "detected", "undecided (big-endian)"};
+        in.insert("axisOrder", volumeio::axisOrderName(o.raw.axes));
+        in.insert("byteOrder", volumeio::byteOrderName(o.raw.byteOrder));
+        in.insert("byteOrderChosen", kChoices[static_cast<int>(o.byteOrderChoice)]);
+    }
     in.insert("seismic", o.fromSeismic);
     return in;
+}
+
+// The fault volume's form and the order of its samples.
+QJsonObject faultVolumeJson(const ExtractOptions& o)
+{
+    return QJsonObject{{"form", faultVolumeFormName(o.faultVolume)},
+                       {"axisOrder", kFaultVolumeAxisOrder},
+                       {"axes", axesJson()},
+                       {"noValue", core::kNoValue}};
 }
 
 QJsonArray faultsJson(const ExtractionProducts& p)
@@ -199,6 +223,7 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
     report = QJsonObject{{"input", inputJson(p.options, space)},
                          {"settings", settingsJson(p.options)},
                          {"surfaces", surfaceJson(p.surfaceSettings)},
+                         {"faultVolume", faultVolumeJson(p.options)},
                          {"timingsMs", timings},
                          {"memory", memory},
                          {"counts", counts},

@@ -1,9 +1,13 @@
 #include "faultextractionpipeline.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <new>
 
 #include <znprogressbarmgr.h>
+
+#include "segmentation/faultpatchlabelimage.h"
 
 namespace fault {
 namespace {
@@ -29,6 +33,18 @@ private:
     int m_id;
 };
 
+// The smallest and largest values of `v` that are not NaN; NaN both when every one is.
+void valueRange(const float* v, std::size_t count, float& lowest, float& highest)
+{
+    lowest = std::numeric_limits<float>::quiet_NaN();
+    highest = lowest;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (std::isnan(v[i])) continue;
+        if (!(v[i] >= lowest)) lowest = v[i];
+        if (!(v[i] <= highest)) highest = v[i];
+    }
+}
+
 FaultExtraction failed(const QString& error, bool cancelled)
 {
     FaultExtraction f;
@@ -38,6 +54,15 @@ FaultExtraction failed(const QString& error, bool cancelled)
 }
 
 } // namespace
+
+QString noSampleAboveThreshold(double threshold, float lowest, float highest)
+{
+    return QStringLiteral("no sample above %1 (values from %2 to %3): is this a likelihood volume, is the "
+                          "byte order right?")
+        .arg(threshold)
+        .arg(static_cast<double>(lowest), 0, 'g', 6)
+        .arg(static_cast<double>(highest), 0, 'g', 6);
+}
 
 QString FaultExtractionSettings::problem() const
 {
@@ -71,8 +96,19 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
     };
     const auto stop = [&](const QString& error) { return failed(error, bar.cancelled()); };
 
-    std::unique_ptr<ZN3DImage<int>> labels(segmentLikelihood(&likelihood, settings.extraction, bar.id()));
+    int sliceCount = 0;
+    int labelCounter = 0;
+    const AutomaticExtractionSettings& e = settings.extraction;
+    std::unique_ptr<ZN3DImage<int>> labels(segmentation::getFaultPatchLabelImage(
+        &likelihood, e.maxLabelCount, sliceCount, labelCounter, e.maxPatchSize, e.maxPlaneDeviation,
+        e.growthIterations, e.likelihoodThreshold, bar.id()));
     if (!labels) return stop(QStringLiteral("segmentation failed"));
+    if (labelCounter <= 1) {  // no patch kept: the likelihood may hold nothing above the threshold
+        float lowest = 0.0f, highest = 0.0f;
+        valueRange(likelihood.data(), likelihood.voxelCount(), lowest, highest);
+        if (!(static_cast<double>(highest) > e.likelihoodThreshold))
+            return stop(noSampleAboveThreshold(e.likelihoodThreshold, lowest, highest));
+    }
     if (settings.releaseLikelihood) likelihood = ZN3DImage<float>();
     if (!stageDone("segmentation")) return stop(QString());
 

@@ -67,8 +67,9 @@ using ExtractionStepObserver = std::function<void(const char* step)>;
 // likelihood is left as it was unless settings.releaseLikelihood. The progress bar is
 // opened under `progressParent` (-1 for none). Errors, each one line: the settings'
 // problem, "the likelihood volume is empty", "segmentation failed", "no fault patch in the
-// volume", "merging failed", "out of memory building the sticks", "duplicate detection
-// failed", or "cancelled"; the library's own messages about them went out on the event bus.
+// volume" (noSampleAboveThreshold's text when no sample exceeds the threshold), "merging
+// failed", "out of memory building the sticks", "duplicate detection failed", or
+// "cancelled"; the library's own messages about them went out on the event bus.
 FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitObject& units,
                               const FaultExtractionSettings& settings, int progressParent = -1,
                               const ExtractionStepObserver& observer = {});
@@ -79,6 +80,11 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
 FaultExtraction extractFaults(const ZN3DImage<float>& likelihood, const georef::UnitObject& units,
                               const FaultExtractionSettings& settings, int progressParent = -1,
                               const ExtractionStepObserver& observer = {});
+
+// "no sample above <threshold> (values from <lowest> to <highest>): is this a likelihood
+// volume, is the byte order right?": why a volume gave no fault patch when none of its
+// samples (NaN aside) exceeds the threshold.
+QString noSampleAboveThreshold(double threshold, float lowest, float highest);
 
 // Number of faults of an automatic fault set that hold voxels (roots of patches with
 // voxels).

@@ -130,6 +130,52 @@ FileSampleLayout fileLayoutOf(const RawVolumeLayout& layout)
 }
 } // namespace
 
+namespace {
+
+// Whether a sample is a value a volume could hold.
+bool isPlausible(float value)
+{
+    constexpr float kSmallest = 1e-30f;
+    constexpr float kLargest = 1e30f;
+    const float magnitude = std::fabs(value);
+    return value == 0.0f || (magnitude >= kSmallest && magnitude <= kLargest);
+}
+
+} // namespace
+
+ByteOrder detectByteOrder(const QString& path, bool* decided)
+{
+    constexpr int kBlocks = 64;
+    constexpr qint64 kBlockBytes = 4096;
+    if (decided) *decided = false;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return ByteOrder::BigEndian;
+    const qint64 size = file.size() / qint64(kSampleBytes) * qint64(kSampleBytes);
+    long long implausible[2] = {0, 0};  // read big-endian, little-endian
+    for (int k = 0; k < kBlocks; ++k) {
+        const qint64 at = size > kBlockBytes ? (size - kBlockBytes) * k / (kBlocks - 1) / qint64(kSampleBytes) *
+                                                   qint64(kSampleBytes)
+                                             : 0;
+        if (!file.seek(at)) break;
+        const QByteArray bytes = file.read(std::min(kBlockBytes, size - at));
+        for (qint64 i = 0; i + qint64(kSampleBytes) <= bytes.size(); i += qint64(kSampleBytes)) {
+            const quint32 big = qFromBigEndian<quint32>(bytes.constData() + i);
+            const quint32 little = qFromLittleEndian<quint32>(bytes.constData() + i);
+            implausible[0] += !isPlausible(decode<float>(big, false));
+            implausible[1] += !isPlausible(decode<float>(little, false));
+        }
+        if (size <= kBlockBytes) break;
+    }
+    if (implausible[0] == implausible[1]) return ByteOrder::BigEndian;
+    if (decided) *decided = true;
+    return implausible[1] < implausible[0] ? ByteOrder::LittleEndian : ByteOrder::BigEndian;
+}
+
+QString byteOrderName(ByteOrder order)
+{
+    return order == ByteOrder::LittleEndian ? QStringLiteral("little") : QStringLiteral("big");
+}
+
 bool parseAxisOrder(const QString& text, AxisOrder& out)
 {
     const QString letters = text.trimmed().toLower();
