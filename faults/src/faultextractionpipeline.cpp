@@ -123,6 +123,10 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
 
     if (!result.automatic->fastContactMerging(settings.extraction.maxMergeCost, bar.id()))
         return stop(QStringLiteral("merging failed"));
+    const ZNFaultPatchManager::LeftoverOutcome leftovers =
+        result.automatic->settleCrossingLeftovers(settings.extraction.maxPatchSize, settings.extraction.maxMergeCost);
+    result.leftoversJoined = leftovers.joined;
+    result.leftoversDropped = leftovers.dropped;
     result.mergedFaultCount = countFaultsWithVoxels(*result.automatic);
     if (!stageDone("merging")) return stop(QString());
 

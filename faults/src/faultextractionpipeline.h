@@ -21,7 +21,8 @@
 // application:
 //   segmentation   likelihood -> label image of small planar patches
 //   faultSet       labels -> automatic fault set (label k is patch k)
-//   merging        best-first merging of touching patches into faults
+//   merging        best-first merging of touching patches into faults, then the faults
+//                  left over where faults cross joined or dropped by their merge costs
 //   sticks         each merged fault cut into sticks -> picked fault set
 //   duplicates     pairs of faults that look like the same fault
 //   surfaces       each fault meshed from its sticks by the 3D fault patch
@@ -53,6 +54,8 @@ struct FaultExtraction {
     core::Array<core::Duplet> duplicates;            // fault id pairs of the picked set
     int patchCount = 0;        // faults (patches with voxels) before merging
     int mergedFaultCount = 0;  // faults with voxels after merging
+    int leftoversJoined = 0;   // faults left over at crossings, joined to a fault
+    int leftoversDropped = 0;  // and dropped (ZNFaultPatchManager::settleCrossingLeftovers)
     QString error;             // empty on success; "cancelled" when cancelled
     bool cancelled = false;
 

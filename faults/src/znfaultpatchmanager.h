@@ -755,6 +755,19 @@ public:
     // solver's, and one plane must not read as two opposite dips). Bar "Merge Fault
     // Patches". False when cancelled (merges made so far stay).
     bool fastContactMerging(double maxCost, int progressParent);
+    // What settleCrossingLeftovers did.
+    struct LeftoverOutcome {
+        int joined = 0;   // leftovers joined to a fault
+        int dropped = 0;  // leftovers whose voxels were dropped
+    };
+    // Settles the faults left over where faults meet: a fault of at most `maxVoxels` voxels
+    // in contact with two or more other faults, typically one patch grown across a crossing
+    // of two faults, whose fitted plane lies between theirs so that the best-first merging
+    // joins it to neither. In increasing root order, each joins the fault it touches with
+    // the lowest merge cost (getMergeCost of the two whole faults) when that cost is at
+    // most `maxCost`; otherwise its voxels and records are emptied, as those of the patches
+    // the segmentation rejects. Faults that touch one fault or none are kept as they are.
+    LeftoverOutcome settleCrossingLeftovers(int maxVoxels, double maxCost);
     // Fills `heap` with (mean contact cost, (a, b)) for every pair of touching faults
     // a < b, each of at least `minFaultSize` points, touching through at least
     // `minContactCount` patch pairs, cost at most `maxCost`. False when cancelled.

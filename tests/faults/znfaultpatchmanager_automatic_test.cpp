@@ -365,3 +365,49 @@ TEST(AutomaticFaultSet, TheFaultLabelsOfEverySlabAreThoseOfTheWholeImage)
     EXPECT_EQ(untouched(0, 0, 0), 42);
     EXPECT_EQ(narrow(0, 0, 0), 42);
 }
+
+TEST(AutomaticFaultSet, AFaultLeftOverWhereTwoFaultsCrossJoinsTheOneItFitsOrIsDropped)
+{
+    // Two planes crossing along the z axis through (20, 20): label 1 at x = 20, label 2 at
+    // y = 20. Label 3 lies beside plane 1 (x = 21) against the crossing, touching both;
+    // label 4 touches plane 1 only. Faults of up to 100 voxels are settled: not the planes.
+    const auto crossing = [] {
+        Labels image = labels(40, 40, 12);
+        fill(image, 1, {20, 0, 0}, {20, 39, 11});
+        fill(image, 2, {0, 20, 0}, {39, 20, 11});
+        fill(image, 3, {21, 21, 0}, {21, 24, 11});
+        fill(image, 4, {19, 35, 0}, {19, 37, 11});
+        return image;
+    };
+    struct Case {
+        const char* name;
+        int maxVoxels;
+        double maxCost;
+        int joined, dropped;
+        int faultOfLabel3;   // -1: its voxels are dropped
+    };
+    const Case cases[] = {
+        {"fits plane 1", 100, 2.5, 1, 0, 1},
+        {"fits no plane well enough", 100, 0.05, 0, 1, -1},
+        {"too large to be a leftover", 47, 2.5, 0, 0, 3},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Labels image = crossing();
+        ZNFaultPatchManager set;
+        ASSERT_TRUE(set.init(&image));
+        ASSERT_EQ(set.getFather(3), 3);
+        const ZNFaultPatchManager::LeftoverOutcome outcome = set.settleCrossingLeftovers(c.maxVoxels, c.maxCost);
+        EXPECT_EQ(outcome.joined, c.joined);
+        EXPECT_EQ(outcome.dropped, c.dropped);
+        std::unique_ptr<Labels> faults(set.createFaultLabelImage());
+        ASSERT_TRUE(faults);
+        EXPECT_EQ((*faults)(21, 22, 5), c.faultOfLabel3 < 0 ? -9999 : c.faultOfLabel3);
+        EXPECT_EQ((*faults)(19, 36, 5), 4);  // touches one fault only: kept
+        EXPECT_EQ((*faults)(20, 5, 5), 1);
+        EXPECT_EQ((*faults)(5, 20, 5), 2);
+        if (c.faultOfLabel3 < 0) {
+            EXPECT_EQ(set.getFaultPatch(3)->getNbPoint(), 0);
+        }
+    }
+}
