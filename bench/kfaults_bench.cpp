@@ -1,6 +1,6 @@
 // End-to-end run of the automatic extraction on the built-in 256^3 volume. Prints, in
-// the same run: one 26-neighbour stencil pass over the volume, the extraction steps in
-// process (segmentation to merged fault set), and the whole `kfaults extract` command
+// the same run: one single-thread 26-neighbour stencil pass over the volume
+// (baselines.h), the extraction steps in process (segmentation to merged fault set), and the whole `kfaults extract` command
 // without pictures on the volume saved as a block file (run as a child process, so that
 // its peak memory is its own), with the ratios to the stencil pass and the command's peak
 // memory against the volume's size.
@@ -29,34 +29,10 @@
 #include <znbloc.h>
 #include <znfaultpatchmanager.h>
 
+#include "baselines.h"
+
 namespace {
 constexpr int kSize = 256;
-
-double secondsOf(const std::function<void()>& run)
-{
-    const auto start = std::chrono::steady_clock::now();
-    run();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-// Mean of the 26 neighbours of every interior voxel.
-void stencilPass(const ZN3DImage<float>& in, ZN3DImage<float>& out)
-{
-    const int nx = in.nx();
-    const int ny = in.ny();
-    const int nz = in.nz();
-    constexpr float kNeighbours = 26.0f;
-#pragma omp parallel for schedule(static)
-    for (int z = 1; z < nz - 1; ++z)
-        for (int y = 1; y < ny - 1; ++y)
-            for (int x = 1; x < nx - 1; ++x) {
-                float sum = -in(x, y, z);
-                for (int dz = -1; dz <= 1; ++dz)
-                    for (int dy = -1; dy <= 1; ++dy)
-                        for (int dx = -1; dx <= 1; ++dx) sum += in(x + dx, y + dy, z + dz);
-                out(x, y, z) = sum / kNeighbours;
-            }
-}
 
 // The peak resident bytes the command wrote into its report; 0 when unreadable.
 double reportedPeakBytes(const QString& reportPath)
@@ -88,8 +64,10 @@ void EndToEnd(benchmark::State& state)
     double stencil = 0, steps = 0, command = 0;
     int commandStatus = 0;
     for (auto _ : state) {
-        stencil = secondsOf([&] { stencilPass(v.likelihood, smoothed); });
-        steps = secondsOf([&] {
+        stencil = baselines::secondsOf([&] {
+            baselines::stencil26(v.likelihood.data(), smoothed.data(), kSize, kSize, kSize);
+        });
+        steps = baselines::secondsOf([&] {
             std::unique_ptr<ZNFaultPatchManager> set(
                 fault::extractAutomaticFaults(&v.likelihood, fault::AutomaticExtractionSettings(), -1));
             benchmark::DoNotOptimize(set.get());
@@ -97,7 +75,7 @@ void EndToEnd(benchmark::State& state)
         const std::string call = std::string(KFAULTS_EXE) + " extract --no-pictures -i " +
                                  blocPath.toStdString() + " -o " + dir.filePath("out").toStdString() +
                                  " > /dev/null";
-        command = secondsOf([&] { commandStatus = std::system(call.c_str()); });
+        command = baselines::secondsOf([&] { commandStatus = std::system(call.c_str()); });
     }
     const double peakBytes = reportedPeakBytes(dir.filePath("out/report.json"));
     const double volumeBytes = static_cast<double>(v.likelihood.voxelCount()) * sizeof(float);

@@ -1,12 +1,13 @@
-// Fault patch segmentation of a 256^3 likelihood volume against a plain 26-connected
-// breadth-first labelling of the same voxels, and the peak memory of the slab-by-slab
+// Fault patch segmentation of a 256^3 likelihood volume against the breadth-first
+// 26-connected labelling of the same voxels (baselines.h), and the peak memory of the slab-by-slab
 // segmentation of the same volume stored in a block file.
 //
 // Each volume holds a few planar faults of Gaussian profile (unit peak, standard deviation
 // of one voxel across the plane) limited to disks, plus Gaussian noise: a family of
 // sub-parallel faults, and a set of crossing faults. The segmentation runs with two
 // settings (see kSettings) on all threads and on one thread. After the timed benchmarks
-// the program prints the time ratios (segmentation / plain labelling) and runs the
+// the program prints the time ratios (segmentation / breadth-first labelling, alternated,
+// minimum and median of 5 rounds) and runs the
 // out-of-core segmentation of the family in a child process of its own, which measures
 // its peak resident memory over what it held before, and prints it against one slab.
 #include <benchmark/benchmark.h>
@@ -34,6 +35,7 @@
 #include <znservice.h>
 #include <znslabplanner.h>
 
+#include "baselines.h"
 #include "segmentationvolumes.h"
 
 namespace {
@@ -64,64 +66,9 @@ const Settings kSettings[] = {
 };
 enum SettingsKind { Realistic = 0, Previous = 1 };
 
+constexpr int kRatioRounds = 5;            // alternated rounds of each ratio
 constexpr int kSlabSlices = 32;            // cz the out-of-core planner is given room for
 constexpr const char* kChildFlag = "--out-of-core-child";
-
-// The baseline: every voxel strictly above the threshold gets the label of its
-// 26-connected component, breadth-first from the first voxel of each in scan order.
-int plainLabelling(const ZN3DImage<float>& likelihood, ZN3DImage<int>& labels,
-                   std::vector<size_t>& queue)
-{
-    const int nx = likelihood.nx(), ny = likelihood.ny(), nz = likelihood.nz();
-    const float* lik = likelihood.data();
-    int* lab = labels.data();
-    const std::ptrdiff_t sx = 1, sy = nx, sz = static_cast<std::ptrdiff_t>(nx) * ny;
-    int label = 0;
-    for (size_t seed = 0; seed < likelihood.voxelCount(); ++seed) {
-        if (!(lik[seed] > kThreshold) || lab[seed] >= 0) continue;
-        lab[seed] = ++label;
-        queue.clear();
-        queue.push_back(seed);
-        for (size_t head = 0; head < queue.size(); ++head) {
-            const size_t i = queue[head];
-            const int x = static_cast<int>(i % nx), y = static_cast<int>((i / nx) % ny),
-                      z = static_cast<int>(i / sz);
-            for (int dz = -1; dz <= 1; ++dz) {
-                if (z + dz < 0 || z + dz >= nz) continue;
-                for (int dy = -1; dy <= 1; ++dy) {
-                    if (y + dy < 0 || y + dy >= ny) continue;
-                    for (int dx = -1; dx <= 1; ++dx) {
-                        if (x + dx < 0 || x + dx >= nx) continue;
-                        const size_t n = i + dx * sx + dy * sy + dz * sz;
-                        if (lik[n] > kThreshold && lab[n] < 0) {
-                            lab[n] = label;
-                            queue.push_back(n);
-                        }
-                    }
-                }
-            }
-        }
-    }
-    return label;
-}
-
-void BM_PlainLabelling(benchmark::State& state)
-{
-    const ZN3DImage<float>& v = volume(static_cast<int>(state.range(0)));
-    std::vector<size_t> queue;
-    int components = 0;
-    for (auto _ : state) {
-        ZN3DImage<int> labels(v.blocSpace(), -9999);
-        components = plainLabelling(v, labels, queue);
-        benchmark::DoNotOptimize(labels.data());
-    }
-    size_t above = 0;
-    for (size_t i = 0; i < v.voxelCount(); ++i) above += v.data()[i] > kThreshold;
-    state.counters["components"] = components;
-    state.counters["above_percent"] = 100.0 * above / v.voxelCount();
-}
-BENCHMARK(BM_PlainLabelling)->Arg(FaultFamily)->Arg(CrossingFaults)
-    ->Unit(benchmark::kMillisecond)->Iterations(5);
 
 // How well kept patches follow the faults: the share of the faults' voxels above the
 // threshold that are labelled, and the patches with under kStraddleShare of their voxels
@@ -202,45 +149,40 @@ BENCHMARK(BM_FaultPatchSegmentation)
     ->ArgsProduct({{FaultFamily, CrossingFaults}, {Realistic, Previous}, {0, 1}})
     ->Unit(benchmark::kMillisecond)->Iterations(5);
 
-// Keeps the mean times of every benchmark run, by name and argument, besides the console
-// output. CPU time is kept too: on a busy machine it is the steadier of the two.
-class RecordingReporter : public benchmark::ConsoleReporter {
-public:
-    struct Times {
-        double real = 0.0;
-        double cpu = 0.0;
-    };
-    std::map<std::string, Times> times;
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& r : runs)
-            if (r.run_type == Run::RT_Iteration)
-                times[r.run_name.function_name + "/" + r.run_name.args] = {r.GetAdjustedRealTime(),
-                                                                           r.GetAdjustedCPUTime()};
-        ConsoleReporter::ReportRuns(runs);
+// The ratios of the segmentation to the breadth-first labelling of baselines.h, each
+// pair alternated over the rounds and reported by minimum and median, so that a change
+// of load falls on both; the label image of the baseline is allocated in the run, as the
+// segmentation's is.
+void printRatios(int rounds)
+{
+    for (int kind : {FaultFamily, CrossingFaults}) {
+        ZN3DImage<float>& v = volume(kind);
+        std::vector<std::uint32_t> queue;
+        const auto plain = [&] {
+            std::unique_ptr<int[]> labels(new int[v.voxelCount()]());
+            baselines::labelBreadthFirst26(v.data(), v.nx(), v.ny(), v.nz(), static_cast<float>(kThreshold),
+                                           labels.get(), queue);
+        };
+        for (int settings : {Realistic, Previous})
+            for (int threads : {0, 1}) {
+                const Settings& s = kSettings[settings];
+                const auto segment = [&] {
+                    const int all = omp_get_max_threads();
+                    if (threads > 0) omp_set_num_threads(threads);
+                    int sliceCount = 0, labelCounter = 0;
+                    std::unique_ptr<ZN3DImage<int>> labels(fault::segmentation::getFaultPatchLabelImage(
+                        &v, kMaxLabelCount, sliceCount, labelCounter, s.maxPatchSize, s.maxPlaneDeviation,
+                        s.growthIterations, kThreshold, -1));
+                    omp_set_num_threads(all);
+                };
+                const baselines::Comparison c = baselines::alternate(rounds, segment, plain);
+                std::printf("%s, %s settings, %s: segmentation / breadth-first labelling = %.2f min, "
+                            "%.2f median (%.3f s / %.3f s min; goal <= 2.00)\n",
+                            kVolumeNames[kind], s.name, threads == 0 ? "all threads" : "one thread",
+                            c.minRatio(), c.medianRatio(), c.step.min, c.baseline.min);
+            }
     }
-    // Real time is the goal's measure; CPU time sums the threads, so it tells the work
-    // done, and with one thread it is the steadiest figure on a busy machine.
-    void printRatios() const
-    {
-        for (int kind : {FaultFamily, CrossingFaults})
-            for (int settings : {Realistic, Previous})
-                for (int threads : {0, 1}) {
-                    const std::string arg = "/" + std::to_string(kind);
-                    const auto plain = times.find("BM_PlainLabelling" + arg);
-                    const auto segmentation = times.find(
-                        "BM_FaultPatchSegmentation" + arg + "/" + std::to_string(settings) +
-                        "/" + std::to_string(threads));
-                    if (plain == times.end() || segmentation == times.end()) continue;
-                    std::printf("%s, %s settings, %s: segmentation / plain labelling = %.2f "
-                                "real time, %.2f CPU time (goal <= 2.00)\n",
-                                kVolumeNames[kind], kSettings[settings].name,
-                                threads == 0 ? "all threads" : "one thread",
-                                segmentation->second.real / plain->second.real,
-                                segmentation->second.cpu / plain->second.cpu);
-                }
-    }
-};
+}
 
 // A field of /proc/self/status in kB; -1 when unreadable.
 long statusKb(const char* field)
@@ -357,9 +299,8 @@ int main(int argc, char** argv)
     if (argc == 3 && std::strcmp(argv[1], kChildFlag) == 0) return outOfCoreChild(argv[2]);
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    RecordingReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.printRatios();
+    benchmark::RunSpecifiedBenchmarks();
+    printRatios(kRatioRounds);
     reportOutOfCore(argv[0]);
     benchmark::Shutdown();
     return 0;

@@ -71,13 +71,20 @@ inline double faultLikelihood(const Fault& f, double x, double y, double z)
     return std::exp(-distance * distance / (2.0 * kFaultSigma * kFaultSigma));
 }
 
-inline std::unique_ptr<ZN3DImage<float>> makeVolume(const std::vector<Fault>& faults)
+// The volume of `faults` at `size`^3 voxels: their centres and extents scaled by
+// size / kSize, their profile across the plane kept (one voxel).
+inline std::unique_ptr<ZN3DImage<float>> makeVolume(std::vector<Fault> faults, int size = kSize)
 {
-    auto v = std::make_unique<ZN3DImage<float>>(kSize, kSize, kSize);
+    const double scale = static_cast<double>(size) / kSize;
+    for (Fault& f : faults) {
+        f.cx *= scale, f.cy *= scale, f.cz *= scale;
+        f.radius *= scale;
+    }
+    auto v = std::make_unique<ZN3DImage<float>>(size, size, size);
 #pragma omp parallel for schedule(static)
-    for (int z = 0; z < kSize; ++z)
-        for (int y = 0; y < kSize; ++y)
-            for (int x = 0; x < kSize; ++x) {
+    for (int z = 0; z < size; ++z)
+        for (int y = 0; y < size; ++y)
+            for (int x = 0; x < size; ++x) {
                 double value = 0.0;
                 for (const Fault& f : faults) value = std::max(value, faultLikelihood(f, x, y, z));
                 const uint64_t i = v->index(x, y, z);

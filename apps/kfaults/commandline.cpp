@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 #include <QFileInfo>
 #include <QHash>
+#include <QSaveFile>
 
 #include <storedfaultnames.h>
 #include <zn3dfaultpatch.h>
@@ -88,6 +89,14 @@ QString cannotBeWritten(const QString& path, int systemError)
     const QString what = QStringLiteral("%1: cannot be written").arg(path);
     return systemError != 0 ? QStringLiteral("%1 (%2)").arg(what, ZNWriteFailure::reason(systemError, QString()))
                             : LastError::withDetail(what);
+}
+
+QString saveTextFile(const QString& path, const QByteArray& bytes)
+{
+    errno = 0;  // a failure names the system call that failed after this point
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) return QString();
+    return QStringLiteral("%1: cannot be written (%2)").arg(path, ZNWriteFailure::reason(file, errno));
 }
 
 bool writeFaultSetOrFail(ZNFaultPatchManager& set, const QString& path, CommandIo& io)

@@ -55,6 +55,10 @@ void keepFaultNamesApart(ZNFaultPatchManager& set, CommandIo& io);
 // a reason when neither says one.
 QString cannotBeWritten(const QString& path, int systemError);
 
+// Writes `bytes` as the file at `path` through a temporary renamed over it, synced once.
+// Empty on success, else "<path>: cannot be written (<reason>)".
+QString saveTextFile(const QString& path, const QByteArray& bytes);
+
 // Saves `set` at `path` (3D form, with the save's bar that Ctrl-C cancels). On failure
 // prints "<path>: cannot be written (<reason>)", the reason being the system's when a
 // system call failed ("No space left on device"), else the library's last error, keeps

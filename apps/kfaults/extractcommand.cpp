@@ -13,13 +13,20 @@ namespace {
 // What the command line gives besides the settings, before it is checked.
 struct ExtractArguments : VolumeArguments {
     std::string out = "kfaults-out";
+    std::string faultVolume = "bloc";
 };
 
 void runExtractCommand(const ExtractArguments& a, ExtractOptions options, CommandIo& io)
 {
     QString problem;
-    if (!resolveInput(a, options.input, options.inputPath, options.raw, problem)) return io.fail(problem, kExitFailure);
+    if (!resolveInput(a, options.input, options.inputPath, options.raw, problem, &options.byteOrderChoice))
+        return io.fail(problem, kExitFailure);
+    const QString note = byteOrderNote(options.inputPath, options.raw, options.byteOrderChoice);
+    if (!note.isEmpty()) io.warn(note);
     options.outputDir = QString::fromStdString(a.out);
+    options.faultVolume = a.faultVolume == "raw"    ? FaultVolumeForm::Raw
+                          : a.faultVolume == "both" ? FaultVolumeForm::Both
+                                                    : FaultVolumeForm::Bloc;
     const ExtractResult result = runExtract(options);
     if (!result.ok())
         return io.fail(result.error, result.cancelled ? kExitCancelled : kExitFailure);
@@ -48,6 +55,11 @@ void addExtractCommand(CLI::App& tool, CommandIo& io)
     c->add_option("--seed", options->seed, "Built-in volume: seed of the noise")->capture_default_str();
     c->add_option("-o,--out", arguments->out, "Output folder (created when missing)")->capture_default_str();
     c->add_flag("!--no-pictures", options->pictures, "Do not draw the PNG pictures");
+    c->add_option("--fault-volume", arguments->faultVolume,
+                  "Form of the fault volume: bloc (fault_volume.bloc), raw (fault_volume.int32.raw, "
+                  "little-endian int32, inline fastest, with its text header fault_volume.int32.txt) "
+                  "or both")
+        ->check(CLI::IsMember({"bloc", "raw", "both"}))->capture_default_str();
     c->add_option("--unfolded", options->unfoldedPictures, "Largest faults drawn unfolded")
         ->check(CLI::NonNegativeNumber)->capture_default_str();
 

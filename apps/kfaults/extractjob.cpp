@@ -133,6 +133,8 @@ ExtractResult runExtract(const ExtractOptions& o)
     QJsonObject counts{{"patches", x.patchCount},
                        {"merges", x.patchCount - x.mergedFaultCount},
                        {"mergedFaults", x.mergedFaultCount},
+                       {"crossingLeftoversJoined", x.leftoversJoined},
+                       {"crossingLeftoversDropped", x.leftoversDropped},
                        {"faults", static_cast<int>(x.faults.size())},
                        {"duplicatePairs", x.duplicates.size()}};
 

@@ -12,6 +12,7 @@
 #include <zn3dfaultpatchlight.h>
 #include <znfaultsticksfromvoxels.h>
 
+#include "faultvolumeoutput.h"
 #include "volumeinput.h"
 
 namespace kfaults {
@@ -27,6 +28,7 @@ struct ExtractOptions {
     fault::attribute::FaultAttributeSettings attribute;   // for fromSeismic
     QString inputPath;                        // for every kind but Synthetic
     volumeio::RawVolumeLayout raw;            // for Raw
+    ByteOrderChoice byteOrderChoice = ByteOrderChoice::Given;  // how raw.byteOrder was chosen
     int syntheticSize = 128;                  // voxels along each axis of the built-in scene
     std::uint64_t seed = 1;                   // of the built-in scene
     fault::AutomaticExtractionSettings extraction;
@@ -34,6 +36,7 @@ struct ExtractOptions {
     int surfaceMethod = ZN3DFaultPatchLight::kDefaultMeshingMethod;  // 0 convex, 1 minimum envelop
     QString outputDir = QStringLiteral("kfaults-out");
     bool pictures = true;
+    FaultVolumeForm faultVolume = FaultVolumeForm::Bloc;
     int unfoldedPictures = 4;                 // largest faults drawn unfolded
     // For tests: stop the final move into the output folder after this many of its steps,
     // as a killed run would (OutputFolder::commit); -1 runs it whole.

@@ -7,18 +7,18 @@
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QSaveFile>
 
+#include <core/conventions.h>
 #include <exchange/gocadtsurf.h>
 #include <synthetic/faultmatcher.h>
 #include <synthetic/strikedip.h>
 #include <volumeio/rawvolume.h>
-#include <znbloc.h>
 #include <znfaultpatchmanager.h>
 #include <znwritefailure.h>
 
 #include "commands.h"
 #include "faultmesh.h"
+#include "faultvolumeoutput.h"
 #include "faultunfolding.h"
 #include "mapviewpicture.h"
 #include "perspectivepicture.h"
@@ -29,43 +29,6 @@
 
 namespace kfaults {
 namespace {
-
-// Empty on success, else why `path` cannot be written.
-QString saveText(const QString& path, const QByteArray& bytes)
-{
-    errno = 0;  // a failure names the system call that failed after this point
-    QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit()) return QString();
-    return QStringLiteral("%1: cannot be written (%2)").arg(path, ZNWriteFailure::reason(file, errno));
-}
-
-// The fault volume: raw int32 samples (little-endian, inline fastest) beside a text
-// header of its sizes, and the same labels as a block file.
-QString writeFaultVolume(const ZN3DImage<int>& labels, const QDir& dir, QStringList& written)
-{
-    const QString raw = dir.filePath(OutputNames::volumeRaw);
-    const QString rawError = volumeio::writeRawVolume<std::int32_t>(
-        raw, labels, volumeio::ByteOrder::LittleEndian, volumeio::kImageOrder);
-    if (!rawError.isEmpty()) return rawError;
-    written << raw;
-    const QString header = QStringLiteral(
-        "# fault volume: one int32 per voxel, the id of its fault (-9999 elsewhere)\n"
-        "file %1\nnInline %2\nnCrossline %3\nnSample %4\nsampleType int32\n"
-        "byteOrder little\naxisOrder xyz\nnoValue -9999\n")
-        .arg(OutputNames::volumeRaw).arg(labels.nx()).arg(labels.ny()).arg(labels.nz());
-    const QString headerPath = dir.filePath(OutputNames::volumeHeader);
-    const QString headerError = saveText(headerPath, header.toUtf8());
-    if (!headerError.isEmpty()) return headerError;
-    written << headerPath;
-    const QString blocPath = dir.filePath(OutputNames::volumeBloc);
-    ZNBloc bloc;
-    errno = 0;  // a failure names the system call that failed after this point
-    if (!bloc.create(blocPath, labels.blocSpace(), 0, labels.nz(), ZNBloc::Int32) ||
-        !bloc.writeSlices(0, labels, 0, labels.nz()) || !bloc.close())
-        return cannotBeWritten(blocPath, errno);
-    written << blocPath;
-    return QString();
-}
 
 QString writePictures(const ExtractionProducts& p, const QDir& dir, QStringList& written)
 {
@@ -128,15 +91,37 @@ QJsonObject surfaceJson(const fault::SurfaceSettings& s)
                        {"interpolationSize", s.interpolationSize}};
 }
 
+// The grid axes of every volume read and written: which index is which.
+QJsonObject axesJson()
+{
+    return QJsonObject{{"x", "inline"}, {"y", "crossline"}, {"z", "sample (time or depth, downwards)"}};
+}
+
 QJsonObject inputJson(const ExtractOptions& o, const georef::BlocSpace& space)
 {
     static const char* const kKinds[] = {"synthetic", "segy", "raw", "bloc"};
     QJsonObject in{{"kind", kKinds[static_cast<int>(o.input)]},
-                   {"size", QJsonArray{space.nx(), space.ny(), space.nz()}}};
+                   {"size", QJsonArray{space.nx(), space.ny(), space.nz()}},
+                   {"axes", axesJson()}};
     if (o.input == InputKind::Synthetic) in.insert("seed", QString::number(o.seed));
     else in.insert("path", QDir().absoluteFilePath(o.inputPath));
+    if (o.input == InputKind::Raw) {
+        static const char* const kChoices[] = {"given", "detected", "undecided (big-endian)"};
+        in.insert("axisOrder", volumeio::axisOrderName(o.raw.axes));
+        in.insert("byteOrder", volumeio::byteOrderName(o.raw.byteOrder));
+        in.insert("byteOrderChosen", kChoices[static_cast<int>(o.byteOrderChoice)]);
+    }
     in.insert("seismic", o.fromSeismic);
     return in;
+}
+
+// The fault volume's form and the order of its samples.
+QJsonObject faultVolumeJson(const ExtractOptions& o)
+{
+    return QJsonObject{{"form", faultVolumeFormName(o.faultVolume)},
+                       {"axisOrder", kFaultVolumeAxisOrder},
+                       {"axes", axesJson()},
+                       {"noValue", core::kNoValue}};
 }
 
 QJsonArray faultsJson(const ExtractionProducts& p)
@@ -212,14 +197,15 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
     if (!status) return QStringLiteral("%1: %2").arg(surfacePath, status.detail);
     written << surfacePath;
 
+    const QString volumeError = writeFaultVolume(p.automatic, dir, p.options.faultVolume, written);
+    if (!volumeError.isEmpty()) return volumeError;
     QJsonObject match;
-    {
+    if (p.truth) {
+        // The built-in volume is small and held anyway; its labels are released before
+        // the pictures are drawn.
         std::unique_ptr<ZN3DImage<int>> labels(p.automatic.createFaultLabelImage());
-        if (!labels) return QStringLiteral("out of memory for the fault volume");
-        const QString volumeError = writeFaultVolume(*labels, dir, written);
-        if (!volumeError.isEmpty()) return volumeError;
-        if (p.truth) match = matchJson(*p.truth, *labels);
-    }   // the fault volume is not held while the pictures are drawn
+        match = labels ? matchJson(*p.truth, *labels) : QJsonObject{{"error", "out of memory for the fault volume"}};
+    }
     if (p.options.pictures) {
         const QString pictureError = writePictures(p, dir, written);
         if (!pictureError.isEmpty()) return pictureError;
@@ -237,6 +223,7 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
     report = QJsonObject{{"input", inputJson(p.options, space)},
                          {"settings", settingsJson(p.options)},
                          {"surfaces", surfaceJson(p.surfaceSettings)},
+                         {"faultVolume", faultVolumeJson(p.options)},
                          {"timingsMs", timings},
                          {"memory", memory},
                          {"counts", counts},
@@ -244,7 +231,7 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
     if (p.truth) report.insert("match", match);
     if (!p.note.isEmpty()) report.insert("note", p.note);
     const QString reportPath = dir.filePath(OutputNames::report);
-    const QString reportError = saveText(reportPath, QJsonDocument(report).toJson(QJsonDocument::Indented));
+    const QString reportError = saveTextFile(reportPath, QJsonDocument(report).toJson(QJsonDocument::Indented));
     if (!reportError.isEmpty()) return reportError;
     written << reportPath;
     return QString();

@@ -40,6 +40,7 @@ void describeBloc(const QString& path, const ZNBloc& bloc, std::ostream& out)
     out << "file: " << path.toStdString() << '\n'
         << "kind: block file (ZNBloc)\n"
         << "size: " << bloc.nx() << " x " << bloc.ny() << " x " << bloc.nz() << '\n'
+        << "axes: x inline, y crossline, z sample (samples stored x fastest, then y, then z)\n"
         << "sample type: " << ZNBloc::sampleTypeName(bloc.sampleType()).toStdString() << '\n'
         << "world origin: " << origin.x << ' ' << origin.y << ' ' << origin.z << '\n';
 }

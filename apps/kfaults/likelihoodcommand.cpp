@@ -17,7 +17,11 @@ struct LikelihoodArguments : VolumeArguments {
 void runLikelihoodCommand(const LikelihoodArguments& a, LikelihoodOptions options, CommandIo& io)
 {
     QString problem;
-    if (!resolveInput(a, options.input, options.inputPath, options.raw, problem)) return io.fail(problem, kExitFailure);
+    ByteOrderChoice choice = ByteOrderChoice::Given;
+    if (!resolveInput(a, options.input, options.inputPath, options.raw, problem, &choice))
+        return io.fail(problem, kExitFailure);
+    const QString note = byteOrderNote(options.inputPath, options.raw, choice);
+    if (!note.isEmpty()) io.warn(note);
     options.outputDir = QString::fromStdString(a.out);
     const LikelihoodResult result = runLikelihood(options);
     if (!result.ok()) return io.fail(result.error, result.cancelled ? kExitCancelled : kExitFailure);

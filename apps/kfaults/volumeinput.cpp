@@ -13,8 +13,10 @@ void addVolumeOptions(CLI::App& c, VolumeArguments& a, const std::string& inputH
     c.add_option("--format", a.format, "Input format: auto (by extension), segy, raw, bloc")
         ->check(CLI::IsMember({"auto", "segy", "raw", "bloc"}))->capture_default_str();
     c.add_option("--size", a.size, "Raw input: samples along inline, crossline, sample")->expected(3);
-    c.add_option("--byte-order", a.byteOrder, "Raw input: big or little")
-        ->check(CLI::IsMember({"big", "little"}))->capture_default_str();
+    c.add_option("--byte-order", a.byteOrder,
+                 "Raw input: big or little; by default the order in which the samples read as "
+                 "plausible numbers (said on stderr)")
+        ->check(CLI::IsMember({"big", "little"}));
     c.add_option("--axis-order", a.axisOrder, "Raw input: axes fastest first, x inline, y crossline, z sample")
         ->capture_default_str();
     c.add_option("--spacing", a.spacing, "Raw input: world units per voxel along x, y, z")
@@ -42,11 +44,10 @@ bool inputKindOf(const VolumeArguments& a, InputKind& kind, QString& problem)
 }
 
 bool resolveInput(const VolumeArguments& a, InputKind& kind, QString& path, volumeio::RawVolumeLayout& raw,
-                  QString& problem)
+                  QString& problem, ByteOrderChoice* choice)
 {
     if (!inputKindOf(a, kind, problem)) return false;
     path = QString::fromStdString(a.input);
-    if (kind == InputKind::Raw && !rawLayoutOf(a, raw, problem)) return false;
     if (kind != InputKind::Synthetic && !QFileInfo::exists(path)) {
         problem = QStringLiteral("%1: no such file").arg(path);
         return false;
@@ -55,7 +56,14 @@ bool resolveInput(const VolumeArguments& a, InputKind& kind, QString& path, volu
         problem = QStringLiteral("%1: a folder, not a volume file").arg(path);
         return false;
     }
-    return true;
+    return kind != InputKind::Raw || rawLayoutOf(a, raw, problem, choice);
+}
+
+QString byteOrderNote(const QString& path, const volumeio::RawVolumeLayout& raw, ByteOrderChoice choice)
+{
+    if (choice != ByteOrderChoice::Detected) return QString();
+    return QStringLiteral("%1: samples read %2-endian (detected; --byte-order sets it)")
+        .arg(path, volumeio::byteOrderName(raw.byteOrder));
 }
 
 volumeio::VolumeSource volumeSource(InputKind kind, const QString& path, const volumeio::RawVolumeLayout& raw)
@@ -69,7 +77,8 @@ volumeio::VolumeSource volumeSource(InputKind kind, const QString& path, const v
     return source;
 }
 
-bool rawLayoutOf(const VolumeArguments& a, volumeio::RawVolumeLayout& layout, QString& problem)
+bool rawLayoutOf(const VolumeArguments& a, volumeio::RawVolumeLayout& layout, QString& problem,
+                 ByteOrderChoice* choice)
 {
     if (a.size.size() != 3) {
         problem = QStringLiteral("a raw volume needs --size NINLINE NCROSSLINE NSAMPLE");
@@ -78,13 +87,21 @@ bool rawLayoutOf(const VolumeArguments& a, volumeio::RawVolumeLayout& layout, QS
     layout.nInline = a.size[0];
     layout.nCrossline = a.size[1];
     layout.nSample = a.size[2];
-    layout.byteOrder = a.byteOrder == "little" ? volumeio::ByteOrder::LittleEndian
-                                               : volumeio::ByteOrder::BigEndian;
     if (!volumeio::parseAxisOrder(QString::fromStdString(a.axisOrder), layout.axes)) {
         problem = QStringLiteral("--axis-order takes three distinct letters of x, y, z, fastest first");
         return false;
     }
     layout.spacing = core::vec3(a.spacing[0], a.spacing[1], a.spacing[2]);
+    ByteOrderChoice chosen = ByteOrderChoice::Given;
+    if (a.byteOrder.empty()) {
+        bool decided = false;
+        layout.byteOrder = volumeio::detectByteOrder(QString::fromStdString(a.input), &decided);
+        chosen = decided ? ByteOrderChoice::Detected : ByteOrderChoice::Undecided;
+    } else {
+        layout.byteOrder = a.byteOrder == "little" ? volumeio::ByteOrder::LittleEndian
+                                                   : volumeio::ByteOrder::BigEndian;
+    }
+    if (choice) *choice = chosen;
     return true;
 }
 

@@ -28,6 +28,7 @@ ZNFaultPatchManager* extractAutomaticFaults(ZN3DImage<float>* likelihood,
     std::unique_ptr<ZNFaultPatchManager> set(new (std::nothrow) ZNFaultPatchManager());
     if (!set || !set->init(labels.get())) return nullptr;
     if (!set->fastContactMerging(settings.maxMergeCost, progressParent)) return nullptr;
+    set->settleCrossingLeftovers(settings.maxPatchSize, settings.maxMergeCost);
     return set.release();
 }
 

@@ -26,7 +26,8 @@ ZN3DImage<int>* segmentLikelihood(ZN3DImage<float>* likelihood,
                                   const AutomaticExtractionSettings& settings, int progressParent);
 
 // Segments `likelihood` and builds from the labels an automatic fault set (label k is
-// patch k), then merges its patches by fastContactMerging. Returns the new fault set
+// patch k), then merges its patches by fastContactMerging and settles the faults left
+// over where faults cross (settleCrossingLeftovers, at most maxPatchSize voxels). Returns the new fault set
 // (caller owns it); null for a null or unusable volume, a volume in which nothing was
 // segmented, a lack of memory, or a cancel through the progress bars.
 ZNFaultPatchManager* extractAutomaticFaults(ZN3DImage<float>* likelihood,

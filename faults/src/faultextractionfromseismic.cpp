@@ -19,9 +19,11 @@ FaultExtraction extractFaultsFromSeismic(ZN3DImage<float>& seismic, const georef
     }
     if (settings.releaseLikelihood) seismic = ZN3DImage<float>();
     if (observer) observer("likelihood");
-    if (likelihoodOut == nullptr) return extractFaults(attribute.likelihood, units, settings, progressParent, observer);
+    FaultExtractionSettings computed = settings;
+    computed.likelihoodGiven = false;
+    if (likelihoodOut == nullptr) return extractFaults(attribute.likelihood, units, computed, progressParent, observer);
     *likelihoodOut = std::move(attribute.likelihood);
-    return extractFaults(static_cast<const ZN3DImage<float>&>(*likelihoodOut), units, settings, progressParent,
+    return extractFaults(static_cast<const ZN3DImage<float>&>(*likelihoodOut), units, computed, progressParent,
                          observer);
 }
 

@@ -1,10 +1,13 @@
 #include "faultextractionpipeline.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <new>
 
 #include <znprogressbarmgr.h>
+
+#include "segmentation/faultpatchlabelimage.h"
 
 namespace fault {
 namespace {
@@ -30,6 +33,18 @@ private:
     int m_id;
 };
 
+// The smallest and largest values of `v` that are not NaN; NaN both when every one is.
+void valueRange(const float* v, std::size_t count, float& lowest, float& highest)
+{
+    lowest = std::numeric_limits<float>::quiet_NaN();
+    highest = lowest;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (std::isnan(v[i])) continue;
+        if (!(v[i] >= lowest)) lowest = v[i];
+        if (!(v[i] <= highest)) highest = v[i];
+    }
+}
+
 FaultExtraction failed(const QString& error, bool cancelled)
 {
     FaultExtraction f;
@@ -45,23 +60,21 @@ bool holdsLabel(const ZN3DImage<int>& labels)
 }
 
 // Why a segmentation found no patch: what the likelihood holds against the settings.
-QString noPatchNote(const ZN3DImage<float>& likelihood, const AutomaticExtractionSettings& settings)
+QString noPatchNote(const ZN3DImage<float>& likelihood, const FaultExtractionSettings& settings)
 {
+    const AutomaticExtractionSettings& e = settings.extraction;
     const float* v = likelihood.data();
-    const auto threshold = static_cast<float>(settings.likelihoodThreshold);
-    long long seeds = 0;
-    float largest = -std::numeric_limits<float>::infinity();
-    for (std::size_t i = 0; i < likelihood.voxelCount(); ++i) {
-        if (v[i] >= threshold) ++seeds;
-        if (v[i] > largest) largest = v[i];   // NaN samples are passed over
-    }
+    const auto threshold = static_cast<float>(e.likelihoodThreshold);
+    const long long seeds = std::count_if(v, v + likelihood.voxelCount(), [threshold](float x) { return x >= threshold; });
+    float lowest = 0.0f, highest = 0.0f;
+    valueRange(v, likelihood.voxelCount(), lowest, highest);
     if (seeds == 0)
-        return QStringLiteral("no fault found: no likelihood sample reaches the threshold %1 (the largest is %2)")
-            .arg(settings.likelihoodThreshold).arg(static_cast<double>(largest), 0, 'g', 3);
+        return QStringLiteral("no fault found: ") +
+               noSampleAboveThreshold(e.likelihoodThreshold, lowest, highest, settings.likelihoodGiven);
     return QStringLiteral("no fault found: the %1 likelihood samples from the threshold %2 up (the largest %3) "
                           "grow into no patch of %4 voxels or more")
-        .arg(seeds).arg(settings.likelihoodThreshold).arg(static_cast<double>(largest), 0, 'g', 3)
-        .arg(settings.maxPatchSize / 3);
+        .arg(seeds).arg(e.likelihoodThreshold).arg(static_cast<double>(highest), 0, 'g', 3)
+        .arg(e.maxPatchSize / 3);
 }
 
 // The result of a segmentation without patches: two empty fault sets over `space`.
@@ -83,6 +96,15 @@ FaultExtraction emptyExtraction(const georef::BlocSpace& space, const georef::Un
 }
 
 } // namespace
+
+QString noSampleAboveThreshold(double threshold, float lowest, float highest, bool askAboutTheInput)
+{
+    const QString said = QStringLiteral("no sample above %1 (values from %2 to %3)")
+                             .arg(threshold)
+                             .arg(static_cast<double>(lowest), 0, 'g', 6)
+                             .arg(static_cast<double>(highest), 0, 'g', 6);
+    return askAboutTheInput ? said + QStringLiteral(": is this a likelihood volume, is the byte order right?") : said;
+}
 
 QString FaultExtractionSettings::problem() const
 {
@@ -118,7 +140,7 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
 
     std::unique_ptr<ZN3DImage<int>> labels(segmentLikelihood(&likelihood, settings.extraction, bar.id()));
     if (!labels) return stop(QStringLiteral("segmentation failed"));
-    const QString noPatch = holdsLabel(*labels) ? QString() : noPatchNote(likelihood, settings.extraction);
+    const QString noPatch = holdsLabel(*labels) ? QString() : noPatchNote(likelihood, settings);
     if (settings.releaseLikelihood) likelihood = ZN3DImage<float>();
     if (!stageDone("segmentation")) return stop(QString());
     if (!noPatch.isEmpty()) {
@@ -139,6 +161,10 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
 
     if (!result.automatic->fastContactMerging(settings.extraction.maxMergeCost, bar.id()))
         return stop(QStringLiteral("merging failed"));
+    const ZNFaultPatchManager::LeftoverOutcome leftovers =
+        result.automatic->settleCrossingLeftovers(settings.extraction.maxPatchSize, settings.extraction.maxMergeCost);
+    result.leftoversJoined = leftovers.joined;
+    result.leftoversDropped = leftovers.dropped;
     result.mergedFaultCount = countFaultsWithVoxels(*result.automatic);
     if (!stageDone("merging")) return stop(QString());
 

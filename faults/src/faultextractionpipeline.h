@@ -21,7 +21,8 @@
 // application:
 //   segmentation   likelihood -> label image of small planar patches
 //   faultSet       labels -> automatic fault set (label k is patch k)
-//   merging        best-first merging of touching patches into faults
+//   merging        best-first merging of touching patches into faults, then the faults
+//                  left over where faults cross joined or dropped by their merge costs
 //   sticks         each merged fault cut into sticks -> picked fault set
 //   duplicates     pairs of faults that look like the same fault
 //   surfaces       each fault meshed from its sticks by the 3D fault patch
@@ -37,6 +38,9 @@ struct FaultExtractionSettings {
     // Empties the likelihood as soon as it is segmented, so that the run holds the
     // likelihood and its labels but never the likelihood and the fault sets at once.
     bool releaseLikelihood = false;
+    // The likelihood was read as given, not computed here: when none of its samples
+    // reaches the threshold, the note asks whether the input and its byte order are right.
+    bool likelihoodGiven = true;
 
     // Empty when usable; otherwise a one-line reason.
     QString problem() const;
@@ -56,6 +60,8 @@ struct FaultExtraction {
     core::Array<core::Duplet> duplicates;            // fault id pairs of the picked set
     int patchCount = 0;        // faults (patches with voxels) before merging
     int mergedFaultCount = 0;  // faults with voxels after merging
+    int leftoversJoined = 0;   // faults left over at crossings, joined to a fault
+    int leftoversDropped = 0;  // and dropped (ZNFaultPatchManager::settleCrossingLeftovers)
     QString error;             // empty on success; "cancelled" when cancelled
     bool cancelled = false;
     // When no fault came out: one line, "no fault found: " and the reason (no
@@ -88,6 +94,11 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
 FaultExtraction extractFaults(const ZN3DImage<float>& likelihood, const georef::UnitObject& units,
                               const FaultExtractionSettings& settings, int progressParent = -1,
                               const ExtractionStepObserver& observer = {});
+
+// "no sample above <threshold> (values from <lowest> to <highest>)", followed when
+// `askAboutTheInput` by ": is this a likelihood volume, is the byte order right?": why a
+// volume gave no fault patch when none of its samples (NaN aside) reaches the threshold.
+QString noSampleAboveThreshold(double threshold, float lowest, float highest, bool askAboutTheInput);
 
 // Number of faults of an automatic fault set that hold voxels (roots of patches with
 // voxels).

@@ -688,6 +688,17 @@ public:
     // every patch holds its fault id (the root of its patch), -9999 elsewhere. Null for an
     // empty block space or a lack of memory.
     ZN3DImage<int>* createFaultLabelImage() const;
+    // Slices z0 .. z0 + slab.nz() - 1 of that label image, into `slab` (the block space's
+    // nx and ny, any depth): what createFaultLabelImage holds there, so that the fault
+    // volume can be written a slab at a time. With `slabIsClear`, `slab` holds -9999
+    // everywhere on entry (new, or given back by clearFaultLabelSlab) and only the voxels
+    // of the patches are written. False, `slab` untouched, for another width or height, an
+    // empty slab or slices outside the block space.
+    bool fillFaultLabelSlab(int z0, ZN3DImage<int>& slab, bool slabIsClear = false) const;
+    // Writes -9999 back over the voxels fillFaultLabelSlab(z0, slab) wrote, leaving the
+    // slab clear for the next slices at the cost of the patches' voxels only. False, as
+    // fillFaultLabelSlab, for a slab that does not fit.
+    bool clearFaultLabelSlab(int z0, ZN3DImage<int>& slab) const;
 
     // Contacts: per patch, the patches it touches. -9999 when the fault set holds no
     // contact lists (they are made by the label constructions and reset by init) or for
@@ -751,6 +762,19 @@ public:
     // solver's, and one plane must not read as two opposite dips). Bar "Merge Fault
     // Patches". False when cancelled (merges made so far stay).
     bool fastContactMerging(double maxCost, int progressParent);
+    // What settleCrossingLeftovers did.
+    struct LeftoverOutcome {
+        int joined = 0;   // leftovers joined to a fault
+        int dropped = 0;  // leftovers whose voxels were dropped
+    };
+    // Settles the faults left over where faults meet: a fault of at most `maxVoxels` voxels
+    // in contact with two or more other faults, typically one patch grown across a crossing
+    // of two faults, whose fitted plane lies between theirs so that the best-first merging
+    // joins it to neither. In increasing root order, each joins the fault it touches with
+    // the lowest merge cost (getMergeCost of the two whole faults) when that cost is at
+    // most `maxCost`; otherwise its voxels and records are emptied, as those of the patches
+    // the segmentation rejects. Faults that touch one fault or none are kept as they are.
+    LeftoverOutcome settleCrossingLeftovers(int maxVoxels, double maxCost);
     // Fills `heap` with (mean contact cost, (a, b)) for every pair of touching faults
     // a < b, each of at least `minFaultSize` points, touching through at least
     // `minContactCount` patch pairs, cost at most `maxCost`. False when cancelled.

@@ -390,23 +390,68 @@ core::ByteTriplet ZNFaultPatchManager::getPatchPointByteTriplet(int patch,
 ZN3DImage<int>* ZNFaultPatchManager::createFaultLabelImage() const
 {
     if (m_blocSpace.isEmpty()) return nullptr;
-    auto* image = new (std::nothrow) ZN3DImage<int>(m_blocSpace, core::kNoValue);
-    if (!image || image->isNull()) {
+    auto* image = new (std::nothrow) ZN3DImage<int>(ZN3DImage<int>::unfilled(m_blocSpace));
+    if (!image || image->isNull() || !fillFaultLabelSlab(0, *image)) {
         delete image;
         return nullptr;
     }
-    for (int patch = 0; patch < getNumberOfPatch(); ++patch) {
-        const int count = m_patchVoxels.getCount(patch);
-        const core::ByteTriplet* voxels = m_patchVoxels.getArray(patch);
-        if (count <= 0 || !voxels) continue;
-        const int fault = getFather(patch);
+    return image;
+}
+
+namespace {
+
+// True when `slab` holds slices z0 .. z0 + slab.nz() - 1 of `space`.
+bool slabFits(const georef::BlocSpace& space, int z0, const ZN3DImage<int>& slab)
+{
+    return !slab.isEmpty() && slab.nx() == space.nx() && slab.ny() == space.ny() && z0 >= 0 &&
+           slab.nz() <= space.nz() - z0;
+}
+
+// Calls fn(index in `slab`, fault id) for every patch voxel of `set` in the slices of
+// `slab` from z0 (a slab that fits the set's block space).
+template <class Fn>
+void forEachFaultVoxelOfSlab(const ZNFaultPatchManager& set, int z0, const ZN3DImage<int>& slab, Fn fn)
+{
+    const int z1 = z0 + slab.nz();
+    // Voxels are stored as offsets from their patch's origin: 0 .. 255 along x and y,
+    // -128 .. 127 along z (see getVoxelPosition).
+    constexpr int kBelow = 128, kAbove = 127;
+    const core::MultiArray<core::ByteTriplet>& patchVoxels = set.getPatchVoxels();
+    for (int patch = 0; patch < set.getNumberOfPatch(); ++patch) {
+        const int count = patchVoxels.getCount(patch);
+        const core::ByteTriplet* voxels = patchVoxels.getArray(patch);
+        const ZNFaultPatch* record = set.getFaultPatch(patch);
+        if (count <= 0 || !voxels || !record) continue;
+        int16_t ox = 0, oy = 0, oz = 0;
+        record->getOrigin(ox, oy, oz);
+        if (oz + kAbove < z0 || oz - kBelow >= z1) continue;
+        const int fault = set.getFather(patch);
         for (int k = 0; k < count; ++k) {
-            const core::vec3 p = getVoxelPosition(patch, voxels[k]);
-            image->setValue(static_cast<int>(p.x), static_cast<int>(p.y), static_cast<int>(p.z),
-                            fault);
+            const int x = ox + static_cast<uint8_t>(voxels[k].x);
+            const int y = oy + static_cast<uint8_t>(voxels[k].y);
+            const int z = oz + voxels[k].z - z0;
+            if (slab.contains(x, y, z)) fn(slab.index(x, y, z), fault);
         }
     }
-    return image;
+}
+
+} // namespace
+
+bool ZNFaultPatchManager::fillFaultLabelSlab(int z0, ZN3DImage<int>& slab, bool slabIsClear) const
+{
+    if (!slabFits(m_blocSpace, z0, slab)) return false;
+    if (!slabIsClear) slab.fill(core::kNoValue);
+    int* labels = slab.data();
+    forEachFaultVoxelOfSlab(*this, z0, slab, [labels](std::size_t i, int fault) { labels[i] = fault; });
+    return true;
+}
+
+bool ZNFaultPatchManager::clearFaultLabelSlab(int z0, ZN3DImage<int>& slab) const
+{
+    if (!slabFits(m_blocSpace, z0, slab)) return false;
+    int* labels = slab.data();
+    forEachFaultVoxelOfSlab(*this, z0, slab, [labels](std::size_t i, int) { labels[i] = core::kNoValue; });
+    return true;
 }
 
 // ----- contacts -----

@@ -358,6 +358,48 @@ bool ZNFaultPatchManager::fastContactMerging(double maxCost, int progressParent)
     return !bar.isCancelled();
 }
 
+ZNFaultPatchManager::LeftoverOutcome ZNFaultPatchManager::settleCrossingLeftovers(int maxVoxels, double maxCost)
+{
+    LeftoverOutcome outcome;
+    const int n = getNumberOfPatch();
+    std::vector<long long> voxels(static_cast<std::size_t>(std::max(n, 0)), 0);
+    for (int p = 1; p < n; ++p) {
+        const int root = getFather(p);
+        if (root >= 0 && root < n) voxels[static_cast<std::size_t>(root)] += m_patchVoxels.getCount(p);
+    }
+    core::Array<int> touching(16);
+    core::Array<int> list(64);
+    for (int root = 1; root < n; ++root) {
+        if (getFather(root) != root || voxels[root] == 0 || voxels[root] > maxVoxels) continue;
+        getConnexFault(root, touching);
+        if (touching.size() < 2) continue;
+        const ZNFaultPatch leftover = getMergedFaultPatch(root);
+        double best = core::kNoValueReal;
+        int into = -1;
+        for (int other : touching) {
+            const double cost = getMergeCost(leftover, getMergedFaultPatch(other));
+            if (cost >= 0.0 && (into < 0 || cost < best)) {
+                best = cost;
+                into = other;
+            }
+        }
+        if (into >= 0 && best <= maxCost) {
+            mergeRoots(root, into, nullptr);
+            voxels[static_cast<std::size_t>(into)] += voxels[root];
+            ++outcome.joined;
+            continue;
+        }
+        getPatchListWithLinkedList(root, list, true);
+        for (int patch : list) {
+            m_patchVoxels.clearArray(patch);
+            getFaultPatch(patch)->clearParameters();
+        }
+        voxels[root] = 0;
+        ++outcome.dropped;
+    }
+    return outcome;
+}
+
 // ----- fault-contact merging -----
 
 bool ZNFaultPatchManager::getSortedFaultContact(core::Heap<core::Duplet>& heap, int minFaultSize,

@@ -4,7 +4,11 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
 #include <QTemporaryDir>
+#include <QtEndian>
+
+#include <znbloc.h>
 
 #include <znfaultpatchmanager.h>
 
@@ -153,4 +157,61 @@ TEST(KfaultsExtractOutputs, AFolderGivenAsInputIsNamedForWhatItIs)
         kfaultstest::runTool({"extract", "-i", dir.path().toStdString(), "--format", "bloc", "-o", "@out"}, dir.path());
     EXPECT_EQ(r.code, kfaults::kExitFailure);
     EXPECT_EQ(r.err, "kfaults: " + dir.path().toStdString() + ": a folder, not a volume file\n");
+}
+
+TEST(KfaultsExtractOutputs, TheFaultVolumeIsWrittenOnceInTheFormAskedForAndHoldsEveryFaultsVoxels)
+{
+    using kfaults::FaultVolumeForm;
+    struct Case {
+        FaultVolumeForm form;
+        QStringList files;  // of the fault volume
+    };
+    const Case cases[] = {
+        {FaultVolumeForm::Both, {"fault_volume.bloc", "fault_volume.int32.raw", "fault_volume.int32.txt"}},
+        {FaultVolumeForm::Bloc, {"fault_volume.bloc"}},
+        {FaultVolumeForm::Raw, {"fault_volume.int32.raw", "fault_volume.int32.txt"}},
+    };
+    QTemporaryDir dir;
+    const QString folder = dir.filePath(QStringLiteral("out"));
+    for (const Case& c : cases) {  // one after the other into the same folder
+        kfaults::ExtractOptions o = smallRun(folder, 1, false);
+        o.faultVolume = c.form;
+        const kfaults::ExtractResult r = kfaults::runExtract(o);
+        ASSERT_TRUE(r.ok()) << r.error.toStdString();
+        EXPECT_EQ(QDir(folder).entryList({"fault_volume*"}, QDir::Files), c.files);
+
+        // Both forms hold the same labels, x fastest; each reported fault has as many
+        // voxels there as the report gives it.
+        std::vector<int> labels;
+        if (c.form != FaultVolumeForm::Raw) {
+            ZNBloc bloc;
+            ZN3DImage<int> volume;
+            ASSERT_TRUE(bloc.open(QDir(folder).filePath("fault_volume.bloc")));
+            ASSERT_TRUE(bloc.readBox(0, 0, 0, 32, 32, 32, volume));
+            labels.assign(volume.data(), volume.data() + volume.voxelCount());
+        }
+        if (c.form != FaultVolumeForm::Bloc) {
+            QFile raw(QDir(folder).filePath("fault_volume.int32.raw"));
+            ASSERT_TRUE(raw.open(QIODevice::ReadOnly));
+            const QByteArray bytes = raw.readAll();
+            ASSERT_EQ(bytes.size(), 32 * 32 * 32 * 4);
+            std::vector<int> rawLabels(32 * 32 * 32);
+            for (std::size_t i = 0; i < rawLabels.size(); ++i)
+                rawLabels[i] = qFromLittleEndian<qint32>(bytes.constData() + 4 * i);
+            if (!labels.empty()) {
+                EXPECT_EQ(rawLabels, labels);
+            }
+            labels = rawLabels;
+            QFile header(QDir(folder).filePath("fault_volume.int32.txt"));
+            ASSERT_TRUE(header.open(QIODevice::ReadOnly));
+            const QString text = QString::fromUtf8(header.readAll());
+            EXPECT_TRUE(text.contains("axisOrder xyz\n") && text.contains("byteOrder little\n")) << text.toStdString();
+        }
+        std::map<int, int> voxels;
+        for (int id : labels) ++voxels[id];
+        const QJsonArray faults = r.report["faults"].toArray();
+        ASSERT_FALSE(faults.isEmpty());
+        for (const QJsonValue& f : faults)
+            EXPECT_EQ(voxels[f.toObject()["id"].toInt()], f.toObject()["voxelCount"].toInt());
+    }
 }

@@ -320,6 +320,8 @@ TEST(Kfaults, InfoDescribesBlockFiles)
     const Outcome info = runTool({"info", dir.filePath("planted_ids.bloc").toStdString()});
     ASSERT_EQ(info.code, 0) << info.err;
     EXPECT_NE(info.out.find("size: 16 x 16 x 16"), std::string::npos) << info.out;
+    EXPECT_NE(info.out.find("axes: x inline, y crossline, z sample (samples stored x fastest, then y, then z)\n"),
+              std::string::npos) << info.out;
     EXPECT_NE(info.out.find("sample type: int32"), std::string::npos) << info.out;
 }
 
@@ -410,4 +412,54 @@ TEST(Kfaults, ExtractFromSeismicReportsItsInputAndThePlantedFaults)
     EXPECT_TRUE(report["input"].toObject()["seismic"].toBool());
     EXPECT_TRUE(report["timingsMs"].toObject().contains("likelihood"));
     EXPECT_EQ(report["match"].toObject()["planted"].toArray().size(), 3);
+}
+
+TEST(Kfaults, ARawFilesByteOrderIsDetectedAndSaidAndAVolumeWithNothingAboveTheThresholdSaysSo)
+{
+    QTemporaryDir dir;
+    const Outcome s = runTool({"synth", "--size", "40", "-o", dir.filePath("synth").toStdString()});
+    ASSERT_EQ(s.code, 0) << s.err;
+    // The synthetic volume as little-endian: the same samples, each reversed.
+    QFile big(dir.filePath("synth/likelihood.float32.raw"));
+    ASSERT_TRUE(big.open(QIODevice::ReadOnly));
+    QByteArray bytes = big.readAll();
+    for (int i = 0; i + 4 <= bytes.size(); i += 4) std::reverse(bytes.begin() + i, bytes.begin() + i + 4);
+    const QString little = dir.filePath("little.raw"), zeros = dir.filePath("zeros.raw");
+    for (const auto& [path, content] : {std::pair<QString, QByteArray>{little, bytes}, {zeros, QByteArray(40 * 40 * 40 * 4, '\0')}}) {
+        QFile f(path);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(content);
+    }
+    struct Case {
+        QString input;
+        std::vector<std::string> byteOrder;
+        int code;
+        std::string err;           // all of stderr
+        const char* reportOrder;   // byteOrder / byteOrderChosen in the report
+        const char* chosen;
+    };
+    const std::string littlePath = little.toStdString();
+    const std::string noSample = "kfaults: no fault found: no sample above 0.5 (values from 0 to 0): is this a "
+                                 "likelihood volume, is the byte order right?\n";
+    const Case cases[] = {
+        {little, {}, 0, "kfaults: " + littlePath + ": samples read little-endian (detected; --byte-order sets it)\n",
+         "little", "detected"},
+        {little, {"--byte-order", "little"}, 0, "", "little", "given"},
+        {zeros, {}, 0, noSample, nullptr, nullptr},
+        {zeros, {"--byte-order", "little"}, 0, noSample, nullptr, nullptr},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> args{"extract", "--no-pictures", "-i", c.input.toStdString(), "--size", "40", "40",
+                                      "40", "-o", dir.filePath("out").toStdString()};
+        args.insert(args.end(), c.byteOrder.begin(), c.byteOrder.end());
+        const Outcome r = runTool(args);
+        EXPECT_EQ(r.code, c.code) << r.err;
+        EXPECT_EQ(r.err, c.err);
+        if (!c.reportOrder) continue;
+        const QJsonObject input = readJson(dir.filePath("out/report.json"))["input"].toObject();
+        EXPECT_EQ(input["byteOrder"].toString(), c.reportOrder);
+        EXPECT_EQ(input["byteOrderChosen"].toString(), c.chosen);
+        EXPECT_EQ(input["axisOrder"].toString(), "zyx");
+        EXPECT_EQ(input["axes"].toObject()["x"].toString(), "inline");
+    }
 }

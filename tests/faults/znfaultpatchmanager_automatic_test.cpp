@@ -330,3 +330,84 @@ TEST(AutomaticFaultMerging, FaultContactMergingJoinsNeighboursButNotOverlappingF
     set.getConnexFault(2, connex);
     EXPECT_EQ(std::vector<int>(connex.begin(), connex.end()), std::vector<int>{4});
 }
+
+TEST(AutomaticFaultSet, TheFaultLabelsOfEverySlabAreThoseOfTheWholeImage)
+{
+    // Label 1 runs through 200 slices, so that its voxels lie in two patches whose
+    // origins are 128 slices apart; label 3 is a small patch at the far end.
+    Labels image = labels(6, 5, 200);
+    fill(image, 1, {1, 1, 0}, {2, 3, 199});
+    fill(image, 3, {4, 0, 190}, {5, 1, 199});
+    ZNFaultPatchManager set;
+    ASSERT_TRUE(set.init(&image));
+    std::unique_ptr<Labels> whole(set.createFaultLabelImage());
+    ASSERT_TRUE(whole);
+    for (const int depth : {1, 7, 64, 128, 200})
+        for (const bool reused : {false, true}) {
+            // Filled from scratch, or one slab cleared where it was painted and reused.
+            Labels slab(georef::BlocSpace(6, 5, depth), reused ? -9999 : 42);
+            for (int z0 = 0; z0 + depth <= 200; z0 += depth) {
+                ASSERT_TRUE(set.fillFaultLabelSlab(z0, slab, reused));
+                EXPECT_TRUE(std::equal(slab.data(), slab.data() + slab.voxelCount(), whole->slice(z0)))
+                    << "slices " << z0 << " to " << z0 + depth - 1 << (reused ? ", reused" : "");
+                if (reused) {
+                    ASSERT_TRUE(set.clearFaultLabelSlab(z0, slab));
+                }
+            }
+        }
+    Labels untouched(georef::BlocSpace(6, 5, 10), 42);
+    Labels narrow(georef::BlocSpace(5, 5, 10), 42);
+    for (int z0 : {-1, 191}) {
+        EXPECT_FALSE(set.fillFaultLabelSlab(z0, untouched)) << z0;
+        EXPECT_FALSE(set.clearFaultLabelSlab(z0, untouched)) << z0;
+    }
+    EXPECT_FALSE(set.fillFaultLabelSlab(0, narrow));
+    EXPECT_EQ(untouched(0, 0, 0), 42);
+    EXPECT_EQ(narrow(0, 0, 0), 42);
+}
+
+TEST(AutomaticFaultSet, AFaultLeftOverWhereTwoFaultsCrossJoinsTheOneItFitsOrIsDropped)
+{
+    // Two planes crossing along the z axis through (20, 20): label 1 at x = 20, label 2 at
+    // y = 20. Label 3 lies beside plane 1 (x = 21) against the crossing, touching both;
+    // label 4 touches plane 1 only. Faults of up to 100 voxels are settled: not the planes.
+    const auto crossing = [] {
+        Labels image = labels(40, 40, 12);
+        fill(image, 1, {20, 0, 0}, {20, 39, 11});
+        fill(image, 2, {0, 20, 0}, {39, 20, 11});
+        fill(image, 3, {21, 21, 0}, {21, 24, 11});
+        fill(image, 4, {19, 35, 0}, {19, 37, 11});
+        return image;
+    };
+    struct Case {
+        const char* name;
+        int maxVoxels;
+        double maxCost;
+        int joined, dropped;
+        int faultOfLabel3;   // -1: its voxels are dropped
+    };
+    const Case cases[] = {
+        {"fits plane 1", 100, 2.5, 1, 0, 1},
+        {"fits no plane well enough", 100, 0.05, 0, 1, -1},
+        {"too large to be a leftover", 47, 2.5, 0, 0, 3},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Labels image = crossing();
+        ZNFaultPatchManager set;
+        ASSERT_TRUE(set.init(&image));
+        ASSERT_EQ(set.getFather(3), 3);
+        const ZNFaultPatchManager::LeftoverOutcome outcome = set.settleCrossingLeftovers(c.maxVoxels, c.maxCost);
+        EXPECT_EQ(outcome.joined, c.joined);
+        EXPECT_EQ(outcome.dropped, c.dropped);
+        std::unique_ptr<Labels> faults(set.createFaultLabelImage());
+        ASSERT_TRUE(faults);
+        EXPECT_EQ((*faults)(21, 22, 5), c.faultOfLabel3 < 0 ? -9999 : c.faultOfLabel3);
+        EXPECT_EQ((*faults)(19, 36, 5), 4);  // touches one fault only: kept
+        EXPECT_EQ((*faults)(20, 5, 5), 1);
+        EXPECT_EQ((*faults)(5, 20, 5), 2);
+        if (c.faultOfLabel3 < 0) {
+            EXPECT_EQ(set.getFaultPatch(3)->getNbPoint(), 0);
+        }
+    }
+}

@@ -57,3 +57,18 @@ TEST(StridedProgress, NoBarShowsNothingAndNeverCancels)
     EXPECT_EQ(bars.increments, 0);
     EXPECT_EQ(bars.closed, 0);
 }
+
+TEST(StridedProgress, ReachingACountMovesOncePerStrideCrossed)
+{
+    RecordingProgress bars;
+    ZNStridedProgress progress(QStringLiteral("Work"), 1000);  // a move every 10 items
+    struct Step {
+        qint64 reach;
+        int increments;
+    } steps[] = {{9, 0}, {10, 1}, {35, 3}, {20, 3}, {1000, 100}};
+    for (const Step& s : steps) {
+        EXPECT_FALSE(progress.reach(s.reach));
+        EXPECT_EQ(bars.increments, s.increments) << s.reach;
+    }
+    EXPECT_EQ(progress.done(), 1000);
+}

@@ -1,19 +1,26 @@
 #pragma once
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <new>
+#include <type_traits>
 
 #include <core/triplet.h>
 #include <georef/blocspace.h>
+
+#include "znsamplestorage.h"
 
 // A 3D image of samples of type T (float likelihood, int labels) laid out on a block
 // space. Samples are contiguous, x fastest, then y, then z: the sample (x, y, z) is at
 // index x + nx * (y + ny * z). The image's sizes are always those of its block space.
 //
 // Allocation never throws: an image whose storage could not be obtained is null
-// (isNull() true, all sizes 0). Copies are explicit (clone()); images move.
+// (isNull() true, all sizes 0). Copies are explicit (clone()); images move. Large images
+// take their storage as whole pages, cleared by the system (znsamplestorage.h).
 template <class T>
 class ZN3DImage {
+    static_assert(std::is_trivial_v<T>, "images hold plain samples");
+
 public:
     // An empty image: no samples, an empty block space.
     ZN3DImage() = default;
@@ -23,6 +30,14 @@ public:
     ZN3DImage(int nx, int ny, int nz) { allocate(georef::BlocSpace(nx, ny, nz), T()); }
     // Samples for every voxel of `space`, each set to `initial`.
     ZN3DImage(const georef::BlocSpace& space, T initial) { allocate(space, initial); }
+    // Samples for every voxel of `space` whose values are unspecified until written: for
+    // readers that write every sample before anything reads one.
+    static ZN3DImage unfilled(const georef::BlocSpace& space)
+    {
+        ZN3DImage image;
+        image.allocate(space, T(), false);
+        return image;
+    }
 
     ZN3DImage(ZN3DImage&&) noexcept = default;
     ZN3DImage& operator=(ZN3DImage&&) noexcept = default;
@@ -32,10 +47,10 @@ public:
     // A deep copy, newly allocated for the caller; null when memory runs out.
     std::unique_ptr<ZN3DImage> clone() const
     {
-        auto copy = std::unique_ptr<ZN3DImage>(new (std::nothrow) ZN3DImage(m_space, T()));
+        auto copy = std::unique_ptr<ZN3DImage>(new (std::nothrow) ZN3DImage(unfilled(m_space)));
         if (!copy) return nullptr;
         if (copy->isNull() && !isNull()) return nullptr;
-        for (std::size_t i = 0; i < m_count; ++i) copy->m_data[i] = m_data[i];
+        if (m_count > 0) std::memcpy(copy->data(), data(), m_count * sizeof(T));
         return copy;
     }
 
@@ -76,19 +91,19 @@ public:
     std::size_t index(const core::Triplet& t) const { return index(t.x, t.y, t.z); }
 
     // Unchecked access; the position must lie inside the image.
-    T& operator()(int x, int y, int z) { return m_data[index(x, y, z)]; }
-    const T& operator()(int x, int y, int z) const { return m_data[index(x, y, z)]; }
+    T& operator()(int x, int y, int z) { return m_data.get()[index(x, y, z)]; }
+    const T& operator()(int x, int y, int z) const { return m_data.get()[index(x, y, z)]; }
 
     // Checked read: `fallback` for a position outside the image.
     T value(int x, int y, int z, T fallback) const
     {
-        return contains(x, y, z) ? m_data[index(x, y, z)] : fallback;
+        return contains(x, y, z) ? m_data.get()[index(x, y, z)] : fallback;
     }
     // Checked write: false (nothing written) for a position outside the image.
     bool setValue(int x, int y, int z, T v)
     {
         if (!contains(x, y, z)) return false;
-        m_data[index(x, y, z)] = v;
+        m_data.get()[index(x, y, z)] = v;
         return true;
     }
 
@@ -104,30 +119,50 @@ public:
     void fill(T v)
     {
         T* d = m_data.get();
-        for (std::size_t i = 0; i < m_count; ++i) d[i] = v;
+        // One block by hand, then copies of it: large images fill at the speed of memory.
+        constexpr std::size_t kBlock = 1024;
+        const std::size_t head = m_count < kBlock ? m_count : kBlock;
+        for (std::size_t i = 0; i < head; ++i) d[i] = v;
+        for (std::size_t i = head; i < m_count; i += head)
+            std::memcpy(d + i, d, (m_count - i < head ? m_count - i : head) * sizeof(T));
     }
 
 private:
-    void allocate(const georef::BlocSpace& space, T initial)
+    void allocate(const georef::BlocSpace& space, T initial, bool fillIt = true)
     {
         const long long count = space.voxelCount();
         const bool fits = count > 0 &&
                           static_cast<unsigned long long>(count) <= kMaxBytes / sizeof(T);
-        T* storage = fits ? new (std::nothrow) T[static_cast<std::size_t>(count)] : nullptr;
+        const std::size_t bytes = fits ? static_cast<std::size_t>(count) * sizeof(T) : 0;
+        bool zeroed = false;
+        T* storage = fits ? static_cast<T*>(znsamplestorage::allocate(bytes, zeroed)) : nullptr;
         if (storage == nullptr) {
             m_failed = count > 0;
             return;
         }
-        m_data.reset(storage);
+        m_data = Storage(storage, Release{bytes});
         m_space = space;
         m_count = static_cast<std::size_t>(count);
-        fill(initial);
+        if (fillIt && !(zeroed && isZeroBits(initial))) fill(initial);
     }
+
+    static bool isZeroBits(T v)
+    {
+        const T zero{};
+        return std::memcmp(&v, &zero, sizeof(T)) == 0;
+    }
+
+    // Gives the storage back as it was had.
+    struct Release {
+        std::size_t bytes = 0;
+        void operator()(T* p) const { znsamplestorage::release(p, bytes); }
+    };
+    using Storage = std::unique_ptr<T, Release>;
 
     static constexpr unsigned long long kMaxBytes = static_cast<std::size_t>(-1) / 2;
 
     georef::BlocSpace m_space;      // geometry; its sizes are the image's
-    std::unique_ptr<T[]> m_data;    // nx * ny * nz samples, x fastest
+    Storage m_data;                 // nx * ny * nz samples, x fastest
     std::size_t m_count = 0;        // number of samples held
     bool m_failed = false;          // storage for a non-empty space could not be had
 };

@@ -368,7 +368,8 @@ bool ZNBloc::readBoxAs(int x0, int y0, int z0, int cx, int cy, int cz, ZN3DImage
     const bool inside = x0 >= 0 && y0 >= 0 && z0 >= 0 && cx > 0 && cy > 0 && cz > 0 &&
                         cx <= nx() - x0 && cy <= ny() - y0 && cz <= nz() - z0;
     if ((!m_reader.isOpen() && !m_memory) || !inside) return false;
-    ZN3DImage<T> box(boxSpace(m_space, x0, y0, z0, cx, cy, cz), T());
+    // Every sample of the box is written below.
+    ZN3DImage<T> box = ZN3DImage<T>::unfilled(boxSpace(m_space, x0, y0, z0, cx, cy, cz));
     if (box.isNull()) return false;
     if (m_memory) {
         for (int z = 0; z < cz; ++z)

@@ -1,4 +1,6 @@
 #pragma once
+#include <algorithm>
+
 #include <QString>
 #include <QtGlobal>
 
@@ -46,6 +48,17 @@ public:
         m_cancelled = m_cancelled || ZNProgressBarMgr::isProgressBarCancelled(m_id);
         return m_cancelled;
     }
+    // Counts items up to `items` done in all (nothing when that many are done already),
+    // moving the bar once per stride completed on the way. Returns whether the bar has
+    // been seen cancelled.
+    bool reach(qint64 items)
+    {
+        for (qint64 strides = items / m_stride - m_done / m_stride; strides > 0 && !m_cancelled; --strides) move();
+        m_done = std::max(m_done, items);
+        return m_cancelled;
+    }
+    // Items counted so far.
+    qint64 done() const { return m_done; }
     bool isCancelled() const { return m_cancelled; }
 
 private:

@@ -71,7 +71,7 @@ LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int
     // runs short.
     const int threads = threadCount(tuning);
     for (int k = 0; k < threads; ++k) {
-        TakeableMask mask = k == 0 ? TakeableMask(volume, settings.threshold)
+        TakeableMask mask = k == 0 ? TakeableMask(volume, settings.threshold, &m_atThresholdSeeds)
                                    : TakeableMask(m_growers[0]->mask());
         if (mask.isNull()) break;
         std::unique_ptr<PatchGrower> grower(new (std::nothrow) PatchGrower(
@@ -81,7 +81,8 @@ LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int
     }
     if (m_threadCount == 0) return;
     const std::size_t words = m_growers[0]->mask().wordsPerRow() * volume.ny;
-    m_atThreshold.reset(new (std::nothrow) uint64_t[words]);
+    m_atThreshold.reset(new (std::nothrow) uint64_t[words]());
+    m_atThresholdRowsClear = true;
     const int perThread = std::max(1, tuning.seedsPerThread);
     m_seedsPerGo = std::min(kMaxGrowers, m_threadCount * perThread);
 }
@@ -94,7 +95,7 @@ void LabelScan::scanSlice(int z)
     // the labels say what is still free.
     const std::size_t sliceEnd = m_volume.index(0, 0, z + 1);
     const std::size_t words = m_growers[0]->mask().wordsPerRow();
-    selectAtThreshold(m_volume, m_settings.threshold, z, words, m_atThreshold.get());
+    selectAtThreshold(z, words);
     for (int y = 0; y < m_volume.ny; ++y) {
         const uint64_t* takeable = m_growers[0]->mask().row(y, z);
         const uint64_t* atThreshold = m_atThreshold.get() + words * static_cast<std::size_t>(y);
@@ -104,6 +105,24 @@ void LabelScan::scanSlice(int z)
                 const std::size_t x = w * TakeableMask::kWordBits + lowestSetBit(bits) - 1;
                 visit(rowStart + x, sliceEnd, z);
             }
+    }
+}
+
+void LabelScan::selectAtThreshold(int z, std::size_t wordsPerRow)
+{
+    const std::size_t sliceStart = m_volume.index(0, 0, z);
+    const std::size_t sliceEnd = m_volume.index(0, 0, z + 1);
+    const auto first = std::lower_bound(m_atThresholdSeeds.begin(), m_atThresholdSeeds.end(), sliceStart);
+    const auto last = std::lower_bound(first, m_atThresholdSeeds.end(), sliceEnd);
+    if (first == last && m_atThresholdRowsClear) return;
+    std::fill(m_atThreshold.get(), m_atThreshold.get() + wordsPerRow * static_cast<std::size_t>(m_volume.ny),
+              uint64_t(0));
+    m_atThresholdRowsClear = first == last;
+    const std::size_t nx = static_cast<std::size_t>(m_volume.nx);
+    for (auto i = first; i != last; ++i) {
+        const std::size_t y = (*i - sliceStart) / nx;
+        const std::size_t bit = (*i - sliceStart) % nx + 1;  // a pad bit before x = 0
+        m_atThreshold[wordsPerRow * y + bit / TakeableMask::kWordBits] |= uint64_t(1) << (bit % TakeableMask::kWordBits);
     }
 }
 

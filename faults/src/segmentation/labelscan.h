@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include <zn3dimage.h>
 
@@ -108,6 +109,8 @@ private:
         return m_volume.labels[i] == kUnlabelled &&
                static_cast<double>(m_volume.likelihood[i]) >= m_settings.threshold;
     }
+    // Sets the rows of m_atThreshold to the seeds at the threshold of slice z.
+    void selectAtThreshold(int z, std::size_t wordsPerRow);
     // Judges voxel i of slice z, a voxel of the slice that may seed or be marked.
     void visit(std::size_t i, std::size_t sliceEnd, int z);
     core::Triplet voxelAt(std::size_t i) const;
@@ -121,8 +124,11 @@ private:
 
     VolumeView m_volume;
     ScanSettings m_settings;
-    // The rows of the slice being scanned: its seeds that growth never takes.
+    // The seeds that growth never takes (likelihood at the threshold), in scan order, and
+    // those of the slice being scanned as rows laid out as the takeable mask's.
+    std::vector<std::size_t> m_atThresholdSeeds;
     std::unique_ptr<uint64_t[]> m_atThreshold;
+    bool m_atThresholdRowsClear = false;
     ScanTuning m_tuning;
     std::unique_ptr<PatchGrower> m_growers[kMaxThreads];  // one per thread
     Grown m_grown[kMaxGrowers];  // the seeds grown in the last go, in scan order

@@ -66,27 +66,12 @@ void forEachNotBelow(const float* row, int nx, double threshold, Visit&& visit)
 
 } // namespace
 
-void selectAtThreshold(const VolumeView& volume, double threshold, int z,
-                       std::size_t wordsPerRow, uint64_t* rows)
-{
-    std::fill(rows, rows + wordsPerRow * static_cast<std::size_t>(volume.ny), uint64_t(0));
-    for (int y = 0; y < volume.ny; ++y) {
-        const std::size_t first = volume.index(0, y, z);
-        uint64_t* row = rows + wordsPerRow * static_cast<std::size_t>(y);
-        forEachNotBelow(volume.likelihood + first, volume.nx, threshold,
-                        [&](int x, double value) {
-                            if (value != threshold || volume.labels[first + x] >= 0) return;
-                            const std::size_t bit = static_cast<std::size_t>(x) + 1;
-                            row[bit / TakeableMask::kWordBits] |=
-                                uint64_t(1) << (bit % TakeableMask::kWordBits);
-                        });
-    }
-}
-
-TakeableMask::TakeableMask(const VolumeView& volume, double threshold)
+TakeableMask::TakeableMask(const VolumeView& volume, double threshold, std::vector<std::size_t>* atThreshold)
     : TakeableMask(volume.nx, volume.ny, volume.nz)
 {
     if (!m_words) return;
+    // Voxels at the threshold are rare: each slice keeps its own, joined in order after.
+    std::vector<std::vector<std::size_t>> perSlice(atThreshold ? static_cast<std::size_t>(volume.nz) : 0);
     // Slices own whole rows of words, so threads never share a word.
 #pragma omp parallel for schedule(static)
     for (int z = 0; z < volume.nz; ++z)
@@ -94,10 +79,14 @@ TakeableMask::TakeableMask(const VolumeView& volume, double threshold)
             const std::size_t first = volume.index(0, y, z);
             forEachNotBelow(volume.likelihood + first, volume.nx, threshold,
                             [&](int x, double value) {
-                                if (value > threshold && volume.labels[first + x] < 0)
-                                    setBit(bitOf(x, y, z));
+                                if (volume.labels[first + x] >= 0) return;
+                                if (value > threshold) setBit(bitOf(x, y, z));
+                                else if (atThreshold) perSlice[static_cast<std::size_t>(z)].push_back(first + x);
                             });
         }
+    if (!atThreshold) return;
+    atThreshold->clear();
+    for (const std::vector<std::size_t>& slice : perSlice) atThreshold->insert(atThreshold->end(), slice.begin(), slice.end());
 }
 
 TakeableMask::TakeableMask(int nx, int ny, int nz)

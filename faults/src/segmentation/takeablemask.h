@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include "segmentation/patchgrowth.h"
 
@@ -19,8 +20,10 @@ public:
     static constexpr unsigned kWordBits = 64;
 
     // The mask of `volume` for `threshold`, from its current labels. Null (isNull()) when
-    // memory runs out.
-    TakeableMask(const VolumeView& volume, double threshold);
+    // memory runs out. When `atThreshold` is given, it receives in increasing order the
+    // indices of the voxels whose likelihood equals the threshold and whose label is
+    // negative: seeds that growth never takes.
+    TakeableMask(const VolumeView& volume, double threshold, std::vector<std::size_t>* atThreshold = nullptr);
     // A copy of `other`; null when memory runs out.
     TakeableMask(const TakeableMask& other);
     TakeableMask(TakeableMask&& other) = default;
@@ -144,10 +147,5 @@ private:
     std::unique_ptr<uint64_t[]> m_words;
 };
 
-// Fills `rows`, ny rows of wordsPerRow words laid out as TakeableMask::row() (bit x + 1 of
-// a row is voxel x), with the voxels of slice z whose likelihood equals `threshold` and
-// whose label is negative: seeds that growth never takes.
-void selectAtThreshold(const VolumeView& volume, double threshold, int z,
-                       std::size_t wordsPerRow, uint64_t* rows);
 
 } // namespace fault::segmentation::detail

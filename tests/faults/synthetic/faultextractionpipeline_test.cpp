@@ -91,8 +91,11 @@ TEST(FaultExtractionPipeline, VolumesWithoutFaultsGiveEmptyFaultSetsAndSayWhy)
     for (int z = 2; z < 32; z += 6)
         for (int y = 2; y < 32; y += 6)
             for (int x = 2; x < 32; x += 6) specks(x, y, z) = 0.9f;
+    ZN3DImage<float> flatComputed = std::move(*flat.clone());
     FaultExtractionSettings noSticks;
     noSticks.sticks.minVoxelsPerFault = 1000000;
+    FaultExtractionSettings computed;
+    computed.likelihoodGiven = false;
     struct Case {
         const char* name;
         ZN3DImage<float> likelihood;
@@ -101,7 +104,10 @@ TEST(FaultExtractionPipeline, VolumesWithoutFaultsGiveEmptyFaultSetsAndSayWhy)
     };
     Case cases[] = {
         {"flat", std::move(flat), FaultExtractionSettings(),
-         "no fault found: no likelihood sample reaches the threshold 0.5 (the largest is 0.1)"},
+         "no fault found: no sample above 0.5 (values from 0.1 to 0.1): is this a likelihood volume, is the byte "
+         "order right?"},
+        {"flat likelihood computed from seismic", std::move(flatComputed), computed,
+         "no fault found: no sample above 0.5 (values from 0.1 to 0.1)"},
         {"specks", std::move(specks), FaultExtractionSettings(),
          "no fault found: the 125 likelihood samples from the threshold 0.5 up (the largest 0.9) grow into no "
          "patch of 200 voxels or more"},

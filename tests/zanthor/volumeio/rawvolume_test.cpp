@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 
 #include <QFile>
@@ -190,5 +191,32 @@ TEST(RawVolume, AxisOrdersReadAsThreeDistinctLetters)
         AxisOrder kept = kImageOrder;
         EXPECT_FALSE(parseAxisOrder(bad, kept)) << bad;
         EXPECT_EQ(kept, kImageOrder);
+    }
+}
+
+TEST(RawVolume, TheByteOrderIsTheOneInWhichTheSamplesReadAsPlausibleNumbers)
+{
+    // Numbers of a likelihood (0 to 1, mostly 0) and of an amplitude volume.
+    ZN3DImage<float> likelihood(40, 30, 20);
+    for (std::size_t i = 0; i < likelihood.voxelCount(); i += 7) likelihood.data()[i] = float(i % 1000) / 1000.0f;
+    ZN3DImage<float> amplitude(40, 30, 20);
+    for (std::size_t i = 0; i < amplitude.voxelCount(); ++i) amplitude.data()[i] = std::sin(0.01f * i) * 3000.0f;
+    QTemporaryDir dir;
+    for (const ZN3DImage<float>* image : {&likelihood, &amplitude})
+        for (ByteOrder order : {ByteOrder::BigEndian, ByteOrder::LittleEndian}) {
+            const QString path = dir.filePath("v.raw");
+            ASSERT_EQ(writeRawVolume(path, *image, order, kTraceOrder), QString());
+            bool decided = false;
+            EXPECT_EQ(detectByteOrder(path, &decided), order) << byteOrderName(order).toStdString();
+            EXPECT_TRUE(decided);
+        }
+    // Files whose samples read alike either way: big-endian, undecided.
+    const QString zeros = dir.filePath("zeros.raw"), empty = dir.filePath("empty.raw");
+    ASSERT_TRUE(writeFileBytes(zeros, QByteArray(4000, '\0')));
+    ASSERT_TRUE(writeFileBytes(empty, QByteArray()));
+    for (const QString& path : {zeros, empty, dir.filePath("missing.raw")}) {
+        bool decided = true;
+        EXPECT_EQ(detectByteOrder(path, &decided), ByteOrder::BigEndian) << path.toStdString();
+        EXPECT_FALSE(decided);
     }
 }

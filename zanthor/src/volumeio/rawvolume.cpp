@@ -13,6 +13,7 @@
 
 #include <zneventbus.h>
 
+#include "volumeio/filesamples.h"
 #include "volumeio/gridaxes.h"
 #include "znstridedprogress.h"
 #include "znwritefailure.h"
@@ -112,36 +113,68 @@ unsigned long long layoutBytes(const RawVolumeLayout& l)
     return traces * l.nSample * kSampleBytes;
 }
 
-// Reads the samples of `file` into `out` in the layout's order. Empty on success;
-// otherwise the reason, with the event kind it deserves in `kind`.
-QString readSamples(QFile& file, const RawVolumeLayout& layout, float* out, int& kind)
+// Where the samples of a raw file of `layout` lie, 4 bytes each from the file's start.
+FileSampleLayout fileLayoutOf(const RawVolumeLayout& layout)
 {
-    const std::size_t count = std::size_t(layout.nInline) * std::size_t(layout.nCrossline) *
-                              std::size_t(layout.nSample);
-    const bool swap = !hostIs(layout.byteOrder);
-    std::vector<quint32> chunk(std::min(count, kChunkSamples));
-    ZNStridedProgress progress(QStringLiteral("Reading raw volume"),
-                               (count + chunk.size() - 1) / chunk.size());
-    FileOrderCursor cursor(layout.nInline, layout.nCrossline, layout.nSample, layout.axes);
-    for (std::size_t done = 0; done < count;) {
-        const std::size_t n = std::min(chunk.size(), count - done);
-        const qint64 bytes = qint64(n * kSampleBytes);
-        if (file.read(reinterpret_cast<char*>(chunk.data()), bytes) != bytes) {
-            kind = ZNEventBus::FileError;
-            return QStringLiteral("read failed after %1 bytes: %2")
-                .arg(done * kSampleBytes).arg(file.errorString());
-        }
-        for (std::size_t i = 0; i < n; ++i, cursor.advance())
-            out[cursor.index()] = decode<float>(chunk[i], swap);
-        done += n;
-        if (progress.next()) {
-            kind = ZNEventBus::Error;
-            return QStringLiteral("reading cancelled");
-        }
+    FileSampleLayout file;
+    file.size[0] = layout.nInline;
+    file.size[1] = layout.nCrossline;
+    file.size[2] = layout.nSample;
+    qint64 step = kSampleBytes;
+    for (Axis a : layout.axes) {
+        file.step[axisIndex(a)] = step;
+        step *= file.size[axisIndex(a)];
     }
-    return {};
+    file.swap = !hostIs(layout.byteOrder);
+    return file;
 }
 } // namespace
+
+namespace {
+
+// Whether a sample is a value a volume could hold.
+bool isPlausible(float value)
+{
+    constexpr float kSmallest = 1e-30f;
+    constexpr float kLargest = 1e30f;
+    const float magnitude = std::fabs(value);
+    return value == 0.0f || (magnitude >= kSmallest && magnitude <= kLargest);
+}
+
+} // namespace
+
+ByteOrder detectByteOrder(const QString& path, bool* decided)
+{
+    constexpr int kBlocks = 64;
+    constexpr qint64 kBlockBytes = 4096;
+    if (decided) *decided = false;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return ByteOrder::BigEndian;
+    const qint64 size = file.size() / qint64(kSampleBytes) * qint64(kSampleBytes);
+    long long implausible[2] = {0, 0};  // read big-endian, little-endian
+    for (int k = 0; k < kBlocks; ++k) {
+        const qint64 at = size > kBlockBytes ? (size - kBlockBytes) * k / (kBlocks - 1) / qint64(kSampleBytes) *
+                                                   qint64(kSampleBytes)
+                                             : 0;
+        if (!file.seek(at)) break;
+        const QByteArray bytes = file.read(std::min(kBlockBytes, size - at));
+        for (qint64 i = 0; i + qint64(kSampleBytes) <= bytes.size(); i += qint64(kSampleBytes)) {
+            const quint32 big = qFromBigEndian<quint32>(bytes.constData() + i);
+            const quint32 little = qFromLittleEndian<quint32>(bytes.constData() + i);
+            implausible[0] += !isPlausible(decode<float>(big, false));
+            implausible[1] += !isPlausible(decode<float>(little, false));
+        }
+        if (size <= kBlockBytes) break;
+    }
+    if (implausible[0] == implausible[1]) return ByteOrder::BigEndian;
+    if (decided) *decided = true;
+    return implausible[1] < implausible[0] ? ByteOrder::LittleEndian : ByteOrder::BigEndian;
+}
+
+QString byteOrderName(ByteOrder order)
+{
+    return order == ByteOrder::LittleEndian ? QStringLiteral("little") : QStringLiteral("big");
+}
 
 bool parseAxisOrder(const QString& text, AxisOrder& out)
 {
@@ -185,12 +218,14 @@ VolumeReadResult readRawFloat32Volume(const QString& path, const RawVolumeLayout
     VolumeReadResult result;
     const georef::BlocSpace space(layout.nInline, layout.nCrossline, layout.nSample,
                                   axisAlignedBlocToWorld(layout.spacing));
-    result.image = ZN3DImage<float>(space);
+    result.image = ZN3DImage<float>::unfilled(space);
     if (result.image.isNull())
         return failed(ZNEventBus::Error, path, QStringLiteral("not enough memory for the volume"));
-    int kind = ZNEventBus::Error;
-    const QString reason = readSamples(file, layout, result.image.data(), kind);
-    if (!reason.isEmpty()) return failed(kind, path, reason);
+    const FileSampleLayout samples = fileLayoutOf(layout);
+    ZNStridedProgress progress(QStringLiteral("Reading raw volume"), layout.nSample);
+    bool cancelled = false;
+    const QString reason = readFileSamples(file, samples, 0, result.image, &progress, layout.nSample, cancelled);
+    if (!reason.isEmpty()) return failed(cancelled ? ZNEventBus::Error : ZNEventBus::FileError, path, reason);
     return result;
 }
 

@@ -43,6 +43,17 @@ struct RawVolumeLayout {
                                              // crossline and sample; each > 0
 };
 
+// The byte order in which the float32 samples of the raw file at `path` read as plausible
+// values: finite, 0 or of a magnitude between 1e-30 and 1e30, as any measured or computed
+// volume holds, while the other order turns most of them into NaN, infinities or absurd
+// magnitudes. Up to 65536 samples spread over the file are looked at. `decided` (may be
+// null) is false, and big-endian returned, when both orders look alike (a file of
+// zeros, an unreadable or empty file).
+ByteOrder detectByteOrder(const QString& path, bool* decided = nullptr);
+
+// "big" or "little".
+QString byteOrderName(ByteOrder order);
+
 // Reads a raw float32 volume laid out as `layout` says. The file must hold exactly
 // nInline * nCrossline * nSample * 4 bytes; this is checked before anything is
 // allocated. Reports progress on a bar titled "Reading raw volume" and stops with an

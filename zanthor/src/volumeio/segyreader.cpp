@@ -12,6 +12,8 @@
 #include <zneventbus.h>
 
 #include "znstridedprogress.h"
+#include "volumeio/filesamples.h"
+#include "volumeio/filewindow.h"
 #include "volumeio/segylayout.h"
 #include "volumeio/segyworld.h"
 
@@ -57,39 +59,65 @@ double coordinateScale(int32_t scalar)
     return 1.0;
 }
 
-// Reads field `byte` of trace header `th`; false when segyio knows no field there.
-bool field(const char* th, int byte, int& out)
+// A field of the trace header: its offset (0-based) and size in bytes.
+struct HeaderField {
+    int offset = 0;
+    int bytes = 0;  // 2 or 4; 0 where no field starts
+};
+
+// The field that starts at 1-based byte `byte` of a trace header, as segyio knows them.
+HeaderField headerField(int byte)
 {
+    if (byte < 1 || byte > SEGY_TRACE_HEADER_SIZE) return {};
+    char probe[SEGY_TRACE_HEADER_SIZE] = {};
+    probe[byte - 1] = 1;  // segyio reads big-endian: the value tells the field's size
     int32_t value = 0;
-    if (segy_get_field(th, byte, &value) != SEGY_OK) return false;
-    out = value;
-    return true;
+    if (segy_get_field(probe, byte, &value) != SEGY_OK) return {};
+    return {byte - 1, value == (1 << 24) ? 4 : 2};
 }
 
-Problem readTraceHeaders(segy_file* fp, const SegyLayout& layout, const SegyReadOptions& options,
+// The signed value of field `f` of `header` in the given byte order.
+int32_t fieldValue(const uchar* header, const HeaderField& f, bool little)
+{
+    uint32_t value = 0;
+    for (int k = 0; k < f.bytes; ++k) value = (value << 8) | header[f.offset + (little ? f.bytes - 1 - k : k)];
+    if (f.bytes == 2) return static_cast<int16_t>(value);
+    return static_cast<int32_t>(value);
+}
+
+// Bytes of the file given to the traces whose headers are read at once.
+constexpr qint64 kHeaderWindowBytes = qint64(32) << 20;
+
+// Reads the trace headers window by window from `file` (open); `progress` counts one
+// item per trace.
+Problem readTraceHeaders(QFile& file, const SegyLayout& layout, const SegyReadOptions& options,
                          ZNStridedProgress& progress, TraceHeaders& out)
 {
-    char th[SEGY_TRACE_HEADER_SIZE];
-    for (int t = 0; t < layout.traceCount; ++t) {
-        if (segy_traceheader(fp, t, th, layout.trace0, layout.traceBodyBytes()) != SEGY_OK)
-            return fileProblem(QStringLiteral("cannot read the header of trace %1").arg(t + 1));
-        int il = 0, xl = 0, scalar = 0, cdpX = 0, cdpY = 0, srcX = 0, srcY = 0, delay = 0;
-        if (!field(th, options.inlineByte, il) || !field(th, options.crosslineByte, xl))
-            return contentProblem(QStringLiteral("bytes %1 and %2 are not both trace header fields")
-                                      .arg(options.inlineByte).arg(options.crosslineByte));
-        field(th, SEGY_TR_SOURCE_GROUP_SCALAR, scalar);
-        field(th, SEGY_TR_CDP_X, cdpX);
-        field(th, SEGY_TR_CDP_Y, cdpY);
-        field(th, SEGY_TR_SOURCE_X, srcX);
-        field(th, SEGY_TR_SOURCE_Y, srcY);
-        if (t == 0 && field(th, SEGY_TR_DELAY_REC_TIME, delay)) out.delayMilli = delay;
-        const double scale = coordinateScale(scalar);
-        out.inlines.push_back(il);
-        out.crosslines.push_back(xl);
-        out.cdp.emplace_back(cdpX * scale, cdpY * scale);
-        out.source.emplace_back(srcX * scale, srcY * scale);
-        if (progress.next())
-            return contentProblem(QStringLiteral("reading cancelled"));
+    const HeaderField il = headerField(options.inlineByte), xl = headerField(options.crosslineByte);
+    if (il.bytes == 0 || xl.bytes == 0)
+        return contentProblem(QStringLiteral("bytes %1 and %2 are not both trace header fields")
+                                  .arg(options.inlineByte).arg(options.crosslineByte));
+    const HeaderField scalar = headerField(SEGY_TR_SOURCE_GROUP_SCALAR), cdpX = headerField(SEGY_TR_CDP_X),
+                      cdpY = headerField(SEGY_TR_CDP_Y), srcX = headerField(SEGY_TR_SOURCE_X),
+                      srcY = headerField(SEGY_TR_SOURCE_Y), delay = headerField(SEGY_TR_DELAY_REC_TIME);
+    const qint64 traceBytes = SEGY_TRACE_HEADER_SIZE + qint64(layout.traceBodyBytes());
+    const int perWindow = static_cast<int>(std::max<qint64>(1, kHeaderWindowBytes / traceBytes));
+    const bool little = layout.littleEndian;
+    for (int t0 = 0; t0 < layout.traceCount; t0 += perWindow) {
+        const int t1 = static_cast<int>(std::min<qint64>(layout.traceCount, qint64(t0) + perWindow));
+        const qint64 first = layout.trace0 + t0 * traceBytes;
+        const FileWindow window(file, first, layout.trace0 + (t1 - 1) * traceBytes + SEGY_TRACE_HEADER_SIZE);
+        if (!window.bytes()) return fileProblem(QStringLiteral("cannot read the header of trace %1").arg(t0 + 1));
+        for (int t = t0; t < t1; ++t) {
+            const uchar* th = window.bytes() + (t - t0) * traceBytes;
+            if (t == 0) out.delayMilli = fieldValue(th, delay, little);
+            const double scale = coordinateScale(fieldValue(th, scalar, little));
+            out.inlines.push_back(fieldValue(th, il, little));
+            out.crosslines.push_back(fieldValue(th, xl, little));
+            out.cdp.emplace_back(fieldValue(th, cdpX, little) * scale, fieldValue(th, cdpY, little) * scale);
+            out.source.emplace_back(fieldValue(th, srcX, little) * scale, fieldValue(th, srcY, little) * scale);
+            if (progress.next()) return contentProblem(QStringLiteral("reading cancelled"));
+        }
     }
     return {};
 }
@@ -117,7 +145,36 @@ void toFloat(int format, const char* in, int count, float* out)
     }
 }
 
-// Reads every trace into its column of `image`.
+// Where the samples of the traces lie when they are 4-byte floats and the file's order of
+// the traces is regular on the grid: trace (i, j) the (t00 + a i + b j)-th, as in files
+// sorted by inline or by crossline, lines numbered up or down. False otherwise.
+bool regularSampleLayout(const SegyLayout& layout, const SegyGrid& grid, FileSampleLayout& out)
+{
+    if (layout.format != SEGY_IBM_FLOAT_4_BYTE && layout.format != SEGY_IEEE_FLOAT_4_BYTE) return false;
+    const int ni = grid.inlineCount(), nc = grid.crosslineCount();
+    std::vector<int> traceAt(static_cast<std::size_t>(ni) * nc, -1);
+    for (int t = 0; t < layout.traceCount; ++t)
+        traceAt[grid.inlineIndexOfTrace[t] + static_cast<std::size_t>(ni) * grid.crosslineIndexOfTrace[t]] = t;
+    const qint64 t00 = traceAt[0];
+    const qint64 a = ni > 1 ? traceAt[1] - t00 : 0;
+    const qint64 b = nc > 1 ? traceAt[static_cast<std::size_t>(ni)] - t00 : 0;
+    for (int t = 0; t < layout.traceCount; ++t)
+        if (t != t00 + a * grid.inlineIndexOfTrace[t] + b * grid.crosslineIndexOfTrace[t]) return false;
+    const qint64 traceBytes = SEGY_TRACE_HEADER_SIZE + qint64(layout.traceBodyBytes());
+    out.size[0] = ni;
+    out.size[1] = nc;
+    out.size[2] = layout.samples;
+    out.origin = layout.trace0 + t00 * traceBytes + traceBytes - layout.sampleBytes;
+    out.step[0] = a * traceBytes;
+    out.step[1] = b * traceBytes;
+    out.step[2] = layout.sampleBytes / layout.samples;
+    out.swap = layout.littleEndian != (Q_BYTE_ORDER == Q_LITTLE_ENDIAN);
+    out.coding = layout.format == SEGY_IBM_FLOAT_4_BYTE ? SampleCoding::Ibm : SampleCoding::Ieee;
+    return true;
+}
+
+// Reads every trace into its column of `image` through segyio, one trace at a time: for
+// integer samples and traces in no regular order.
 Problem readTraces(segy_file* fp, const SegyLayout& layout, const SegyGrid& grid,
                    ZNStridedProgress& progress, ZN3DImage<float>& image)
 {
@@ -178,14 +235,11 @@ Problem readVolume(const QString& path, const SegyReadOptions& options, SegyRead
     SegyLayout layout;
     Problem p = readSegyLayout(path, layout);
     if (p.isSet()) return p;
-    SegyHandle file;
-    file.fp = segy_open(QFile::encodeName(path).constData(), "rb");
-    if (!file.fp) return fileProblem(QStringLiteral("cannot open"));
-    p = setFormat(file.fp, layout);
-    if (p.isSet()) return p;
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) return fileProblem(QStringLiteral("cannot open"));
     ZNStridedProgress progress(QStringLiteral("Reading SEG-Y"), 2 * std::size_t(layout.traceCount));
     TraceHeaders headers;
-    p = readTraceHeaders(file.fp, layout, options, progress, headers);
+    p = readTraceHeaders(file, layout, options, progress, headers);
     if (p.isSet()) return p;
     SegyGrid grid;
     const QString gridProblem = inferSegyGrid(headers.inlines, headers.crosslines, grid);
@@ -198,12 +252,25 @@ Problem readVolume(const QString& path, const SegyReadOptions& options, SegyRead
     const SegyVerticalAxis vertical{
         headers.delayMilli, layout.intervalMicro > 0 ? layout.intervalMicro * kMicroToMilli : 1.0};
     const SegyWorldFit fit = segyBlocToWorld(grid, points, vertical);
-    out.image = ZN3DImage<float>(georef::BlocSpace(grid.inlineCount(), grid.crosslineCount(),
-                                                   layout.samples, fit.blocToWorld));
+    out.image = ZN3DImage<float>::unfilled(
+        georef::BlocSpace(grid.inlineCount(), grid.crosslineCount(), layout.samples, fit.blocToWorld));
     if (out.image.isNull())
         return contentProblem(QStringLiteral("not enough memory for the volume"));
-    p = readTraces(file.fp, layout, grid, progress, out.image);
-    if (p.isSet()) return p;
+    FileSampleLayout regular;
+    if (regularSampleLayout(layout, grid, regular)) {
+        bool cancelled = false;
+        const QString reason =
+            readFileSamples(file, regular, 0, out.image, &progress, layout.traceCount, cancelled);
+        if (!reason.isEmpty()) return cancelled ? contentProblem(reason) : fileProblem(reason);
+    } else {
+        SegyHandle handle;
+        handle.fp = segy_open(QFile::encodeName(path).constData(), "rb");
+        if (!handle.fp) return fileProblem(QStringLiteral("cannot open"));
+        p = setFormat(handle.fp, layout);
+        if (p.isSet()) return p;
+        p = readTraces(handle.fp, layout, grid, progress, out.image);
+        if (p.isSet()) return p;
+    }
     out.info = describe(layout, grid, headers.delayMilli,
                         fit.fromCoordinates ? source : SegyCoordinateSource::None);
     return {};
