@@ -113,7 +113,8 @@ bool parseMemorySize(const QString& text, double& bytes)
                                           QRegularExpression::CaseInsensitiveOption);
     const QRegularExpressionMatch m = kSize.match(text);
     if (!m.hasMatch()) return false;
-    const int power = QStringLiteral("kmgt").indexOf(m.captured(2).toLower()) + 1;
+    const QString unit = m.captured(2).toLower();
+    const int power = unit.isEmpty() ? 0 : QStringLiteral("kmgt").indexOf(unit) + 1;
     const double value = m.captured(1).toDouble() * std::pow(1024.0, power);
     if (!(value >= 1.0) || !std::isfinite(value)) return false;
     bytes = value;
