@@ -72,7 +72,6 @@ TEST(KfaultsMemoryBudget, EveryInputExtractedSlabBySlabGivesTheFaultVolumeOfTheR
         const char* budget;
     };
     const Case cases[] = {{"raw, trace order, big-endian", raw, "100M"},
-                          {"block file, a tight budget", bloc, "80M"},
                           {"block file, a roomy budget", bloc, "1G"}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -94,8 +93,8 @@ TEST(KfaultsMemoryBudget, EveryInputExtractedSlabBySlabGivesTheFaultVolumeOfTheR
         EXPECT_EQ(QDir(out).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot).size(), 4)
             << "fault set, surfaces, fault volume, report: no label file, no staging folder";
     }
-    // A budget tight enough needs several windows; a roomy one holds the volume in one.
-    EXPECT_GT(readReport(dir.filePath("block file, a tight budget"))["memory"].toObject()["segmentationWindows"].toInt(), 1);
+    // A roomy budget holds the volume in one window (several windows: see the library's
+    // tests, whose budgets do not depend on what the test process holds).
     EXPECT_EQ(readReport(dir.filePath("block file, a roomy budget"))["memory"].toObject()["segmentationWindows"].toInt(), 1);
 }
 
