@@ -113,7 +113,8 @@ struct SlabExtractionSettings {
     // fault sets built afterwards hold what the faults need, a few bytes per fault voxel,
     // whatever the budget.
     double memoryBudget = 0.0;
-    // Folder of the temporary label file (4 bytes per voxel), removed before returning.
+    // Folder of the temporary label file (8 bytes per voxel of a patch, see
+    // ZNLabelRecordFile), removed before returning.
     QString scratchFolder;
 };
 

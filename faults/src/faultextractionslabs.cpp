@@ -9,10 +9,10 @@
 #include <QFile>
 #include <QTemporaryFile>
 
-#include <znbloc.h>
-
 #include "faultextractionpipeline.h"
 #include "faultextractionstages.h"
+#include "znlabelrecordfile.h"
+#include "znlabelslabreader.h"
 
 namespace fault {
 namespace {
@@ -23,26 +23,25 @@ using detail::failedExtraction;
 constexpr double kLabelSlabShare = 0.25;
 constexpr double kMaxLabelSlabBytes = 64.0 * (1 << 20);
 
-// A temporary label file in a folder, removed when it goes out of scope.
+// A temporary label record file in a folder, removed when it goes out of scope.
 class ScratchLabels {
 public:
     explicit ScratchLabels(const QString& folder)
     {
-        // The name is reserved by an empty file, which the block replaces on close.
-        QTemporaryFile reserved(QDir(folder).filePath(QStringLiteral(".labels-XXXXXX.bloc")));
+        // The name is reserved by an empty file, which the record file then fills.
+        QTemporaryFile reserved(QDir(folder).filePath(QStringLiteral(".labels-XXXXXX.records")));
         reserved.setAutoRemove(false);
         if (reserved.open()) m_path = reserved.fileName();
     }
     ~ScratchLabels()
     {
-        bloc.close();
         if (!m_path.isEmpty()) QFile::remove(m_path);
     }
     ScratchLabels(const ScratchLabels&) = delete;
     ScratchLabels& operator=(const ScratchLabels&) = delete;
 
     const QString& path() const { return m_path; }
-    ZNBloc bloc;
+    ZNLabelRecordFile records;
 
 private:
     QString m_path;
@@ -88,21 +87,25 @@ FaultExtraction extractFaults(const LikelihoodSlabs& likelihood, const georef::U
                                     .arg(slabs.memoryBudget, 0, 'f', 0).arg(least, 0, 'f', 0),
                                 false);
     }
-    const double sliceBytes = static_cast<double>(space.nx()) * space.ny() * sizeof(int);
     const double labelSlabBytes = std::min(kMaxLabelSlabBytes, kLabelSlabShare * slabs.memoryBudget);
-    const int labelSlices = std::clamp(static_cast<int>(labelSlabBytes / sliceBytes), 1, space.nz());
+    const double perSlice = ZNLabelSlabReader::slabBytes(space.nx(), space.ny(), 2) -
+                            ZNLabelSlabReader::slabBytes(space.nx(), space.ny(), 1);
+    const double oneSlice = ZNLabelSlabReader::slabBytes(space.nx(), space.ny(), 1);
+    const int labelSlices = std::clamp(1 + static_cast<int>((labelSlabBytes - oneSlice) / perSlice), 1, space.nz());
 
     detail::ExtractionRun run(progressParent, observer);
     ScratchLabels scratch(slabs.scratchFolder);
-    if (scratch.path().isEmpty() ||
-        !scratch.bloc.create(scratch.path(), space, 0, space.nz(), ZNBloc::Int32, units))
-        return run.stop(QStringLiteral("the label file cannot be written in %1").arg(slabs.scratchFolder));
+    const QString unwritable = QStringLiteral("the label file cannot be written in %1").arg(slabs.scratchFolder);
+    if (scratch.path().isEmpty() || !scratch.records.create(scratch.path(), space)) return run.stop(unwritable);
+    bool writeFailed = false;
+    const segmentation::LabelSlabWriter write = [&scratch, &writeFailed](int z0, int count, const int* slices) {
+        writeFailed = z0 != scratch.records.slicesWritten() || !scratch.records.appendSlices(slices, count);
+        return !writeFailed;
+    };
     segmentation::SlabScanSummary summary;
-    if (!segmentation::segmentLikelihoodSlabs(space, likelihood.read, scratch.bloc, e, seedSlices, run.barId(),
-                                              summary))
-        return run.stop(QStringLiteral("segmentation failed"));
-    if (!scratch.bloc.close() || !scratch.bloc.open(scratch.path()))
-        return run.stop(QStringLiteral("the label file cannot be written in %1").arg(slabs.scratchFolder));
+    if (!segmentation::segmentLikelihoodSlabs(space, likelihood.read, write, e, seedSlices, run.barId(), summary))
+        return run.stop(writeFailed ? unwritable : QStringLiteral("segmentation failed"));
+    if (!scratch.records.finish()) return run.stop(unwritable);
     if (!run.stageDone("segmentation")) return run.stop(QString());
 
     FaultExtraction result;
@@ -112,9 +115,8 @@ FaultExtraction extractFaults(const LikelihoodSlabs& likelihood, const georef::U
         result = run.finishEmpty(space, units, settings, note);
     } else {
         result.automatic.reset(new (std::nothrow) ZNFaultPatchManager());
-        if (!result.automatic || !result.automatic->init(&scratch.bloc, labelSlices))
+        if (!result.automatic || !result.automatic->init(&scratch.records, labelSlices))
             return run.stop(QStringLiteral("the fault set cannot be built from the patches"));
-        scratch.bloc.close();
         result.automatic->SetUnitObject(units);
         result = run.finish(std::move(result), settings);
     }

@@ -30,6 +30,7 @@ class ZN3DFaultPatch;
 class ZNByteSource;
 class ZNBloc;
 class ZNFaultPatchManagerConfig;
+class ZNLabelRecordFile;
 class ZNLabelSlabReader;
 class ZNFaultSurface;
 class ZNPickingViewer;
@@ -677,6 +678,9 @@ public:
     // the slab planner's choice for 4-byte samples). Also false when the block is not
     // open for reading or a read fails.
     bool init(ZNBloc* labelBloc, int slabDepth);
+    // The same from a finished label record file, read `slabDepth` slices at a time
+    // (at least one). Also false when the file is not finished or a read fails.
+    bool init(ZNLabelRecordFile* labelRecords, int slabDepth);
 
     // True when `point` (grid indices) is encodable in patch `patch`: the origin is
     // defined and each |point - origin| component is at most 127. False for a bad id.

@@ -310,6 +310,12 @@ bool ZNFaultPatchManager::init(ZNBloc* labelBloc, int slabDepth)
     return initFromLabels(labels);
 }
 
+bool ZNFaultPatchManager::init(ZNLabelRecordFile* labelRecords, int slabDepth)
+{
+    ZNLabelSlabReader labels(labelRecords, slabDepth);
+    return initFromLabels(labels);
+}
+
 bool ZNFaultPatchManager::initFromLabels(ZNLabelSlabReader& labels)
 {
     const auto fail = [this](const QString& why) {

@@ -365,36 +365,68 @@ bool ZNBloc::readSamples(qint64 sampleIndex, qint64 count, char* destination)
 template <class T>
 bool ZNBloc::readBoxAs(int x0, int y0, int z0, int cx, int cy, int cz, ZN3DImage<T>& out)
 {
-    const bool inside = x0 >= 0 && y0 >= 0 && z0 >= 0 && cx > 0 && cy > 0 && cz > 0 &&
-                        cx <= nx() - x0 && cy <= ny() - y0 && cz <= nz() - z0;
-    if ((!m_reader.isOpen() && !m_memory) || !inside) return false;
+    if (!isBoxReadable(x0, y0, z0, cx, cy, cz)) return false;
     // Every sample of the box is written below.
     ZN3DImage<T> box = ZN3DImage<T>::unfilled(boxSpace(m_space, x0, y0, z0, cx, cy, cz));
-    if (box.isNull()) return false;
+    if (box.isNull() || !readBoxInto(x0, y0, z0, cx, cy, cz, box.data())) return false;
+    out = std::move(box);
+    return true;
+}
+
+bool ZNBloc::isBoxReadable(int x0, int y0, int z0, int cx, int cy, int cz) const
+{
+    const bool inside = x0 >= 0 && y0 >= 0 && z0 >= 0 && cx > 0 && cy > 0 && cz > 0 &&
+                        cx <= nx() - x0 && cy <= ny() - y0 && cz <= nz() - z0;
+    return inside && (m_reader.isOpen() || m_memory);
+}
+
+template <class T>
+bool ZNBloc::readBoxInto(int x0, int y0, int z0, int cx, int cy, int cz, T* target)
+{
+    const auto at = [&](int x, int y, int z) {
+        return target + (static_cast<std::size_t>(z) * cy + static_cast<std::size_t>(y)) * cx + x;
+    };
     if (m_memory) {
         for (int z = 0; z < cz; ++z)
             for (int y = 0; y < cy; ++y)
-                for (int x = 0; x < cx; ++x) box(x, y, z) = convert<T>((*m_memory)(x0 + x, y0 + y, z0 + z));
-        out = std::move(box);
+                for (int x = 0; x < cx; ++x) *at(x, y, z) = convert<T>((*m_memory)(x0 + x, y0 + y, z0 + z));
         return true;
     }
     // Whole rows follow each other in the file, so a box as wide as the block reads in
-    // one run per slice; otherwise one run per row.
+    // one run per slice, and one as wide and as high as the block in one run; otherwise
+    // one run per row.
     const bool wholeRows = cx == nx();
-    const qint64 run = wholeRows ? qint64(cx) * cy : cx;
+    const bool wholeSlices = wholeRows && cy == ny();
+    const qint64 run = wholeSlices ? qint64(cx) * cy * cz : wholeRows ? qint64(cx) * cy : cx;
     const bool direct = sameLayout<T>(m_type);
+    // Converted samples go through a buffer of at most kCopyChunk bytes.
+    const qint64 piece = direct ? run : std::min<qint64>(run, std::max<qint64>(1, kCopyChunk / bytesPerSample(m_type)));
     std::vector<char> raw;
-    if (!direct) raw.resize(static_cast<std::size_t>(run * bytesPerSample(m_type)));
-    for (int z = 0; z < cz; ++z)
+    if (!direct) raw.resize(static_cast<std::size_t>(piece * bytesPerSample(m_type)));
+    for (int z = 0; z < cz; z += wholeSlices ? cz : 1)
         for (int y = 0; y < cy; y += wholeRows ? cy : 1) {
-            T* target = &box(0, y, z);
+            T* destination = at(0, y, z);
             const qint64 first = (qint64(z0 + z) * ny() + y0 + y) * nx() + x0;
-            char* destination = direct ? reinterpret_cast<char*>(target) : raw.data();
-            if (!readSamples(first, run, destination)) return false;
-            if (!direct) decode(raw.data(), m_type, static_cast<std::size_t>(run), target);
+            for (qint64 done = 0; done < run; done += piece) {
+                const qint64 count = std::min(piece, run - done);
+                char* bytes = direct ? reinterpret_cast<char*>(destination + done) : raw.data();
+                if (!readSamples(first + done, count, bytes)) return false;
+                if (!direct) decode(raw.data(), m_type, static_cast<std::size_t>(count), destination + done);
+            }
         }
-    out = std::move(box);
     return true;
+}
+
+bool ZNBloc::readSlices(int z0, int count, float* out)
+{
+    return out != nullptr && isBoxReadable(0, 0, z0, nx(), ny(), count) &&
+           readBoxInto(0, 0, z0, nx(), ny(), count, out);
+}
+
+bool ZNBloc::readSlices(int z0, int count, int* out)
+{
+    return out != nullptr && isBoxReadable(0, 0, z0, nx(), ny(), count) &&
+           readBoxInto(0, 0, z0, nx(), ny(), count, out);
 }
 
 bool ZNBloc::readBox(int x0, int y0, int z0, int cx, int cy, int cz, ZN3DImage<float>& out)

@@ -84,6 +84,11 @@ public:
     // lack of memory.
     bool readBox(int x0, int y0, int z0, int cx, int cy, int cz, ZN3DImage<float>& out);
     bool readBox(int x0, int y0, int z0, int cx, int cy, int cz, ZN3DImage<int>& out);
+    // Reads slices z0 .. z0 + count - 1 into `out` (room for count * nx * ny samples, x
+    // fastest), converted to the type of `out`: a block of that type is read straight
+    // into it, in one run. False, as readBox (`out` then partly written on a read error).
+    bool readSlices(int z0, int count, float* out);
+    bool readSlices(int z0, int count, int* out);
     // Reads slice z into `out` (width nx, height ny). False, `out` untouched, as readBox.
     bool readSlice(int z, img::Image& out);
 
@@ -125,6 +130,11 @@ public:
 private:
     template <class T>
     bool readBoxAs(int x0, int y0, int z0, int cx, int cy, int cz, ZN3DImage<T>& out);
+    // Whether the box lies inside an open block and is not empty.
+    bool isBoxReadable(int x0, int y0, int z0, int cx, int cy, int cz) const;
+    // Reads the box (readable) into `target`, cx * cy * cz samples, x fastest.
+    template <class T>
+    bool readBoxInto(int x0, int y0, int z0, int cx, int cy, int cz, T* target);
     // The sample at index `i` (x fastest) of an opened block, as a real; the caller checks
     // the index and the source (memory or mapping).
     float sampleAt(qint64 i) const;

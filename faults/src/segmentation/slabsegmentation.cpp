@@ -4,7 +4,6 @@
 #include <climits>
 #include <cstring>
 
-#include <znbloc.h>
 #include <znstridedprogress.h>
 
 #include "segmentation/faultpatchlabelimage.h"
@@ -47,15 +46,11 @@ bool moveWindow(Window& w, int first, int end, const LikelihoodSlabReader& read)
     return read(first + carried, added, w.likelihood.slice(carried));
 }
 
-// Writes slices from .. to - 1 of the window (final: no later seed reaches them) into
-// `out`; the scan's marks on free voxels become kUnlabelled first.
-bool writeFinal(Window& w, int from, int to, ZNBloc& out)
+// Hands slices from .. to - 1 of the window (final: no later seed reaches them) to
+// `write`; the scan's marks left on free voxels are below 1 like kUnlabelled.
+bool writeFinal(const Window& w, int from, int to, const LabelSlabWriter& write)
 {
-    if (to <= from) return true;
-    int* first = w.labels.slice(from - w.first);
-    int* last = first + static_cast<std::size_t>(to - from) * w.labels.sliceSize();
-    std::replace_if(first, last, [](int v) { return v < 0; }, kUnlabelled);
-    return out.writeSlices(from, w.labels, from - w.first, to - from);
+    return to <= from || write(from, to - from, w.labels.slice(from - w.first));
 }
 
 } // namespace
@@ -78,14 +73,12 @@ int seedSlicesWithin(double budget, int nx, int ny, int nz, int growthIterations
 }
 
 bool segmentLikelihoodSlabs(const georef::BlocSpace& space, const LikelihoodSlabReader& read,
-                            ZNBloc& labels, const AutomaticExtractionSettings& settings,
+                            const LabelSlabWriter& write, const AutomaticExtractionSettings& settings,
                             int seedSlices, int progressParent, SlabScanSummary& summary)
 {
     summary = SlabScanSummary();
     const int nx = space.nx(), ny = space.ny(), nz = space.nz();
-    if (space.isEmpty() || !read || !labels.isWritable() || labels.nx() != nx || labels.ny() != ny ||
-        labels.nz() != nz)
-        return false;
+    if (space.isEmpty() || !read || !write) return false;
     const int reach = std::max(0, settings.growthIterations);
     const int seedDepth = std::clamp(seedSlices, 1, nz);
     const int windowDepth = static_cast<int>(std::min<long long>(nz, seedDepth + 2LL * reach));
@@ -120,15 +113,15 @@ bool segmentLikelihoodSlabs(const georef::BlocSpace& space, const LikelihoodSlab
         label = scan.label();
         // Slices before z - reach are final: no seed from z on reaches them.
         const int final = z >= scanEnd ? w.end() : z - reach;
-        if (!writeFinal(w, written, final, labels)) return false;
+        if (!writeFinal(w, written, final, write)) return false;
         written = std::max(written, final);
     }
     // Slices no patch reached, after a spent label budget.
     if (written < nz) {
-        ZN3DImage<int> empty(georef::BlocSpace(nx, ny, 1), kUnlabelled);
-        if (empty.isNull()) return false;
+        int* empty = w.labels.slice(0);
+        std::fill(empty, empty + w.labels.sliceSize(), kUnlabelled);
         for (; written < nz; ++written)
-            if (!labels.writeSlices(written, empty, 0, 1)) return false;
+            if (!write(written, 1, empty)) return false;
     }
     summary.labelCount = label - 1;
     summary.seedSlices = seedDepth;

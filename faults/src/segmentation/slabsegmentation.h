@@ -5,8 +5,6 @@
 
 #include "automaticfaultextraction.h"
 
-class ZNBloc;
-
 // The segmentation of a likelihood volume too large for memory, slab by slab, giving
 // exactly the labels getFaultPatchLabelImage gives on the whole volume.
 //
@@ -23,6 +21,11 @@ namespace fault::segmentation {
 // nx * ny samples, x fastest, then y). False when they cannot be read.
 using LikelihoodSlabReader = std::function<bool(int z0, int count, float* slices)>;
 
+// Takes slices z0 .. z0 + count - 1 of the labels, final, slab after slab in order (count
+// slices of nx * ny labels, x fastest; a value below 1 is outside every patch). False when
+// they cannot be kept, which stops the segmentation.
+using LabelSlabWriter = std::function<bool(int z0, int count, const int* slices)>;
+
 // What a slab segmentation saw besides its labels.
 struct SlabScanSummary {
     int labelCount = 0;   // labels given (1 .. labelCount)
@@ -31,8 +34,7 @@ struct SlabScanSummary {
 };
 
 // Bytes a slab segmentation of a volume nx x ny holds with windows of `seedSlices` seed
-// slices: the window's likelihood and labels, every scan thread's mask and patch buffer,
-// and the slab of labels being written.
+// slices: the window's likelihood and labels, every scan thread's mask and patch buffer.
 double slabSegmentationBytes(int nx, int ny, int seedSlices, int growthIterations, int maxPatchSize);
 
 // The most seed slices per window (at most nz) whose segmentation holds at most `budget`
@@ -41,13 +43,12 @@ int seedSlicesWithin(double budget, int nx, int ny, int nz, int growthIterations
 
 // Segments the volume of `space` that `read` gives, as segmentLikelihood does with the
 // same settings (labels from 1, the same label budget), `seedSlices` seed slices per
-// window (clamped to 1 .. nz). The labels go to `labels`, a block created over the whole
-// of `space` with 32-bit integer samples, slab after slab in order; -9999 outside the
-// patches. Progress: the bar "Get Fault Patches" below `progressParent`, one step per
-// slice. False on a read or write failure, a lack of memory, an unsuitable output block
-// or a cancel (`labels` then holds the slices written so far).
+// window (clamped to 1 .. nz). Every slice of the labels goes to `write` once, in order.
+// Progress: the bar "Get Fault Patches" below `progressParent`, one step per slice. False
+// on a read or write failure, a lack of memory or a cancel (`write` then had the slices
+// finished so far).
 bool segmentLikelihoodSlabs(const georef::BlocSpace& space, const LikelihoodSlabReader& read,
-                            ZNBloc& labels, const AutomaticExtractionSettings& settings,
+                            const LabelSlabWriter& write, const AutomaticExtractionSettings& settings,
                             int seedSlices, int progressParent, SlabScanSummary& summary);
 
 } // namespace fault::segmentation

@@ -5,16 +5,14 @@
 #include <memory>
 #include <random>
 
-#include <QTemporaryDir>
-
 #include <segmentation/faultpatchlabelimage.h>
 #include <segmentation/slabsegmentation.h>
-#include <znbloc.h>
 
 #include "testservices.h"
 #include "volumes.h"
 
 using fault::AutomaticExtractionSettings;
+using fault::segmentation::LabelSlabWriter;
 using fault::segmentation::LikelihoodSlabReader;
 using fault::segmentation::SlabScanSummary;
 using fault::segmentation::segmentLikelihoodSlabs;
@@ -58,23 +56,32 @@ std::unique_ptr<ZN3DImage<int>> inMemory(ZN3DImage<float>& volume, const Automat
         s.likelihoodThreshold, -1));
 }
 
+// Copies the slices written into `labels` (below 1: kUnlabelled), failing on a slice
+// written out of order or twice; `written` counts the slices.
+LabelSlabWriter writerInto(ZN3DImage<int>& labels, int& written)
+{
+    return [&labels, &written](int z0, int count, const int* slices) {
+        if (z0 != written || count < 1 || z0 + count > labels.nz()) return false;
+        std::transform(slices, slices + labels.sliceSize() * count, labels.slice(z0),
+                       [](int v) { return v < 1 ? fault::segmentation::kUnlabelled : v; });
+        written += count;
+        return true;
+    };
+}
+
 class SlabSegmentation : public testing::Test {
 protected:
-    QTemporaryDir dir;
     RecordingEventBus bus;
 
-    // Segments `volume` slab by slab into a block file and reads the labels back.
+    // Segments `volume` slab by slab, every slice written once and in order.
     bool segment(const ZN3DImage<float>& volume, const AutomaticExtractionSettings& s, int seedSlices,
                  ZN3DImage<int>& labels, SlabScanSummary& summary, long long& slicesRead)
     {
-        const QString path = dir.filePath(QStringLiteral("labels.bloc"));
-        ZNBloc out;
-        if (!out.create(path, volume.blocSpace(), 0, volume.nz(), ZNBloc::Int32)) return false;
-        if (!segmentLikelihoodSlabs(volume.blocSpace(), readerOf(volume, &slicesRead), out, s, seedSlices, -1,
-                                    summary))
-            return false;
-        ZNBloc in;
-        return out.close() && in.open(path) && in.readBox(0, 0, 0, in.nx(), in.ny(), in.nz(), labels);
+        labels = ZN3DImage<int>(volume.blocSpace(), 0);
+        int written = 0;
+        return segmentLikelihoodSlabs(volume.blocSpace(), readerOf(volume, &slicesRead), writerInto(labels, written),
+                                      s, seedSlices, -1, summary) &&
+               written == volume.nz();
     }
 };
 
@@ -143,7 +150,9 @@ TEST_F(SlabSegmentation, ASpentLabelBudgetEndsTheScanWhereTheWholeVolumeScanEnds
         SlabScanSummary summary;
         long long read = 0;
         ASSERT_TRUE(segment(volume, s, seedSlices, labels, summary, read));
-        if (seedSlices < 41) EXPECT_LT(read, 41);   // the slices past the scan's end are not read
+        if (seedSlices < 41) {
+            EXPECT_LT(read, 41);   // the slices past the scan's end are not read
+        }
         EXPECT_GT(summary.labelCount, 12);
         EXPECT_TRUE(std::equal(labels.data(), labels.data() + labels.voxelCount(), whole->data()));
     }
@@ -154,20 +163,25 @@ TEST_F(SlabSegmentation, FailuresAndCancelsStopTheRun)
     const ZN3DImage<float> volume = sheets(20, 16, 23, 3);
     const AutomaticExtractionSettings s = small(3);
     SlabScanSummary summary;
-    ZNBloc out;
-    ASSERT_TRUE(out.create(dir.filePath(QStringLiteral("l.bloc")), volume.blocSpace(), 0, 23, ZNBloc::Int32));
+    ZN3DImage<int> labels(volume.blocSpace(), 0);
+    int written = 0;
     const LikelihoodSlabReader failing = [](int z0, int, float*) { return z0 < 10; };
-    EXPECT_FALSE(segmentLikelihoodSlabs(volume.blocSpace(), failing, out, s, 4, -1, summary));
-    ZNBloc narrow;
-    ASSERT_TRUE(narrow.create(dir.filePath(QStringLiteral("n.bloc")), georef::BlocSpace(19, 16, 23), 0, 23,
-                              ZNBloc::Int32));
+    EXPECT_FALSE(segmentLikelihoodSlabs(volume.blocSpace(), failing, writerInto(labels, written), s, 4, -1, summary));
+    EXPECT_LT(written, 23);
     long long read = 0;
-    EXPECT_FALSE(segmentLikelihoodSlabs(volume.blocSpace(), readerOf(volume, &read), narrow, s, 4, -1, summary));
-    EXPECT_EQ(read, 0);
+    const LabelSlabWriter refusing = [&written](int z0, int count, const int*) {
+        written = z0 + count;
+        return z0 == 0;
+    };
+    EXPECT_FALSE(segmentLikelihoodSlabs(volume.blocSpace(), readerOf(volume, &read), refusing, s, 4, -1, summary));
+    EXPECT_LT(written, 23) << "no slice is written after a refused one";
+    EXPECT_LT(read, 23) << "nor read";
+    EXPECT_FALSE(segmentLikelihoodSlabs(volume.blocSpace(), readerOf(volume, &read), LabelSlabWriter(), s, 4, -1,
+                                        summary));
     RecordingProgress cancelling(3);
-    ZNBloc cancelled;
-    ASSERT_TRUE(cancelled.create(dir.filePath(QStringLiteral("c.bloc")), volume.blocSpace(), 0, 23, ZNBloc::Int32));
-    EXPECT_FALSE(segmentLikelihoodSlabs(volume.blocSpace(), readerOf(volume, &read), cancelled, s, 4, -1, summary));
+    written = 0;
+    EXPECT_FALSE(segmentLikelihoodSlabs(volume.blocSpace(), readerOf(volume, &read), writerInto(labels, written), s,
+                                        4, -1, summary));
     EXPECT_TRUE(cancelling.titles.contains(QStringLiteral("Get Fault Patches")));
 }
 

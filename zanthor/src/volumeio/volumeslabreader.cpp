@@ -1,17 +1,8 @@
 #include "volumeio/volumeslabreader.h"
 
-#include <algorithm>
-#include <cstring>
-
 #include <zneventbus.h>
 
 namespace volumeio {
-namespace {
-
-// Block file samples go through an image of their own: at most this many bytes at once.
-constexpr double kBlocChunkBytes = 16.0 * (1 << 20);
-
-} // namespace
 
 QString VolumeSlabReader::open(const VolumeSource& source)
 {
@@ -64,19 +55,11 @@ QString VolumeSlabReader::read(int z0, int count, float* out)
     }
     case VolumeFormat::Segy:
         return readSegySlices(path, m_segy, z0, count, out);
-    case VolumeFormat::Bloc: {
-        const std::size_t slice = static_cast<std::size_t>(m_space.nx()) * static_cast<std::size_t>(m_space.ny());
-        const int chunk = std::max(1, static_cast<int>(kBlocChunkBytes / (static_cast<double>(slice) * sizeof(float))));
-        ZN3DImage<float> part;
-        for (int z = z0; z < z0 + count; z += chunk) {
-            const int depth = std::min(chunk, z0 + count - z);
-            if (!m_bloc.readBox(0, 0, z, m_space.nx(), m_space.ny(), depth, part))
-                return reportVolumeError(ZNEventBus::FileError, path,
-                                         QStringLiteral("the samples of the block file cannot be read"));
-            std::memcpy(out + slice * static_cast<std::size_t>(z - z0), part.data(), part.voxelCount() * sizeof(float));
-        }
+    case VolumeFormat::Bloc:
+        if (!m_bloc.readSlices(z0, count, out))
+            return reportVolumeError(ZNEventBus::FileError, path,
+                                     QStringLiteral("the samples of the block file cannot be read"));
         return QString();
-    }
     }
     return reportVolumeError(ZNEventBus::Error, path, QStringLiteral("unknown volume format"));
 }
