@@ -10,6 +10,7 @@
 #include <core/conventions.h>
 #include <znbloc.h>
 #include <znfaultpatchmanager.h>
+#include <znlabelrecordfile.h>
 
 #include "testservices.h"
 
@@ -131,7 +132,7 @@ TEST(AutomaticFaultSet, VoxelsBeyond127StepsGoToAFurtherPatchOfTheSameFault)
     EXPECT_EQ(set.getPatchPointByteTriplet(1, {137, -117, 10}), core::ByteTriplet(127, -127, 0));
 }
 
-TEST(AutomaticFaultSet, ABlockFileReadSlabBySlabGivesTheSameFaultSet)
+TEST(AutomaticFaultSet, ABlockFileOrARecordFileReadSlabBySlabGivesTheSameFaultSet)
 {
     Labels image = labels(140, 5, 7);
     fill(image, 1, {1, 1, 0}, {139, 1, 6});   // two boxes along x
@@ -144,16 +145,30 @@ TEST(AutomaticFaultSet, ABlockFileReadSlabBySlabGivesTheSameFaultSet)
     ASSERT_TRUE(out.writeSlices(0, image, 0, 7) && out.close());
     ZNBloc in;
     ASSERT_TRUE(in.open(path));
-    ZNFaultPatchManager fromImage, fromBloc;
+    ZNLabelRecordFile records;
+    ASSERT_TRUE(records.create(dir.filePath(QStringLiteral("labels.records")), image.blocSpace()));
+    ASSERT_TRUE(records.appendSlices(image.data(), 7) && records.finish());
+    ZNFaultPatchManager fromImage, fromBloc, fromRecords;
     ASSERT_TRUE(fromImage.init(&image));
     ASSERT_TRUE(fromBloc.init(&in, 2));
-    ASSERT_EQ(fromBloc.getNumberOfPatch(), fromImage.getNumberOfPatch());
-    for (int p = 0; p < fromImage.getNumberOfPatch(); ++p) {
-        EXPECT_EQ(contactsOf(fromBloc, p), contactsOf(fromImage, p)) << p;
-        EXPECT_EQ(fromBloc.getPatchVoxels().getCount(p), fromImage.getPatchVoxels().getCount(p));
-        EXPECT_EQ(fromBloc.getFather(p), fromImage.getFather(p));
+    ASSERT_TRUE(fromRecords.init(&records, 3));
+    for (const ZNFaultPatchManager* slabs : {&fromBloc, &fromRecords}) {
+        ASSERT_EQ(slabs->getNumberOfPatch(), fromImage.getNumberOfPatch());
+        for (int p = 0; p < fromImage.getNumberOfPatch(); ++p) {
+            EXPECT_EQ(contactsOf(*slabs, p), contactsOf(fromImage, p)) << p;
+            const int count = fromImage.getPatchVoxels().getCount(p);
+            ASSERT_EQ(slabs->getPatchVoxels().getCount(p), count) << p;
+            for (int k = 0; k < count; ++k)
+                EXPECT_EQ(slabs->getPatchVoxels().getArray(p)[k], fromImage.getPatchVoxels().getArray(p)[k]);
+            EXPECT_EQ(slabs->getFather(p), fromImage.getFather(p));
+        }
     }
     EXPECT_EQ(contactsOf(fromImage, 4), (std::set<int>{1, 2}));
+    ZNLabelRecordFile unfinished;
+    ASSERT_TRUE(unfinished.create(dir.filePath(QStringLiteral("u.records")), image.blocSpace()));
+    RecordingEventBus bus;
+    EXPECT_FALSE(fromRecords.init(&unfinished, 3));
+    EXPECT_EQ(fromRecords.getNumberOfPatch(), ZNFaultPatchManager().getNumberOfPatch());
 }
 
 TEST(AutomaticFaultMerging, OnlyPatchesOfTheMinimumSizeEnterTheContactHeap)

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <memory>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include <QFile>
@@ -165,6 +167,69 @@ TEST_F(BlocTest, EverySampleTypeRoundTripsItsValuesIntoIntegerAndRealImages)
         EXPECT_EQ(QFile(path()).size(), ZNObjectFile::getDataOffset(path()) +
                                             24 * ZNBloc::bytesPerSample(type));
     }
+}
+
+TEST_F(BlocTest, WholeSlicesReadIntoTheCallersMemoryHoldTheSamplesOfEveryTypeAndSource)
+{
+    // 600 x 500 slices are read through more than one conversion buffer of 1 MiB.
+    struct Case {
+        const char* name;
+        int type, nx, ny, nz, z0, count;
+        bool inMemory;
+    };
+    const Case cases[] = {
+        {"uint8 (samples below 256)", ZNBloc::UInt8, 4, 3, 5, 1, 2, false},
+        {"int16, several buffers", ZNBloc::Int16, 600, 500, 3, 1, 2, false},
+        {"int32", ZNBloc::Int32, 4, 3, 5, 0, 5, false},
+        {"float32, several buffers as integers", ZNBloc::Float32, 600, 500, 3, 0, 3, false},
+        {"float32, the last slice", ZNBloc::Float32, 4, 3, 5, 4, 1, false},
+        {"in memory", ZNBloc::Float32, 4, 3, 5, 2, 2, true},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const ZN3DImage<float> samples = ramp<float>(c.nx, c.ny, c.nz);
+        ZNBloc in;
+        if (c.inMemory) {
+            ASSERT_TRUE(in.openImage(std::make_shared<const ZN3DImage<float>>(ramp<float>(c.nx, c.ny, c.nz))));
+        } else {
+            ASSERT_TRUE(write(samples, c.type));
+            ASSERT_TRUE(in.open(path()));
+        }
+        const std::size_t n = samples.sliceSize() * static_cast<std::size_t>(c.count);
+        std::vector<float> reals(n, -1.0f);
+        std::vector<int> integers(n, -1);
+        ASSERT_TRUE(in.readSlices(c.z0, c.count, reals.data()));
+        ASSERT_TRUE(in.readSlices(c.z0, c.count, integers.data()));
+        std::size_t wrong = 0;
+        for (int z = 0; z < c.count; ++z)
+            for (int y = 0; y < c.ny; ++y)
+                for (int x = 0; x < c.nx; ++x) {
+                    const std::size_t i = (static_cast<std::size_t>(z) * c.ny + y) * c.nx + x;
+                    const float expected = sampleAt(x, y, c.z0 + z);
+                    wrong += reals[i] != expected || integers[i] != static_cast<int>(expected);
+                }
+        EXPECT_EQ(wrong, 0u);
+    }
+}
+
+TEST_F(BlocTest, SlicesOutsideTheBlockNowhereToGoOrOfABlockBeingWrittenAreRefusedUnread)
+{
+    writeRamp();
+    ZNBloc in;
+    ASSERT_TRUE(in.open(path()));
+    std::vector<float> out(4 * 3 * 6, 42.0f);
+    for (const auto& [z0, count] : {std::pair{-1, 1}, std::pair{5, 1}, std::pair{4, 2}, std::pair{0, 0},
+                                    std::pair{0, 6}, std::pair{2, -1}})
+        EXPECT_FALSE(in.readSlices(z0, count, out.data())) << z0 << " " << count;
+    EXPECT_TRUE(std::all_of(out.begin(), out.end(), [](float v) { return v == 42.0f; }));
+    EXPECT_FALSE(in.readSlices(0, 1, static_cast<float*>(nullptr)));
+    ZNBloc out32;
+    ASSERT_TRUE(out32.create(path(QStringLiteral("o.znb")), georef::BlocSpace(4, 3, 2), 0, 2, ZNBloc::Int32));
+    std::vector<int> integers(12, 7);
+    EXPECT_FALSE(out32.readSlices(0, 1, integers.data()));
+    EXPECT_EQ(integers[0], 7);
+    ZNBloc closed;
+    EXPECT_FALSE(closed.readSlices(0, 1, integers.data()));
 }
 
 TEST_F(BlocTest, SamplesAreStoredLittleEndianAtTheDataOffset)
