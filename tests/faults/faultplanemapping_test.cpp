@@ -218,10 +218,10 @@ TEST(FaultPlaneMapping, ABlockFileIsReadOneSliceAtATime)
     for (std::size_t s = 1; s < stats.slicesRead.size(); ++s) EXPECT_LT(stats.slicesRead[s - 1], stats.slicesRead[s]);
     EXPECT_EQ(stats.sliceBytes, nx * ny * 4);
     EXPECT_EQ(stats.listSweeps, 1);
-    // A budget of three slices' lists: the lists are made range by range, the result is the
-    // same and each slice is still read once, in order.
+    // A budget of three slices' lists (1000 entries of 8 bytes each): the lists are made
+    // range by range, the result is the same and each slice is still read once, in order.
     FaultPlaneMappingSettings budgeted;
-    budgeted.listBudgetBytes = 3 * 1000 * 12;
+    budgeted.listBudgetBytes = 3 * 1000 * 8;
     FaultPlaneMappingStats small;
     const img::Image inRanges = map(projected, toWorld, file, budgeted, &small);
     for (std::size_t p = 0; p < fromFile.sampleCount(); ++p) ASSERT_EQ(inRanges.data()[p], fromFile.data()[p]);
