@@ -142,14 +142,6 @@ FaultPlaneMappingResult mapDataOnFaultPlane(const img::Image& projected, const c
 
     const bool withSources = perPixel || checked;
     const NormalWalk walk(projected, toBloc, window, space, !withSources);
-    VoxelCounts counts;
-    try {
-        counts = countVoxels(walk);
-    } catch (const std::bad_alloc&) {
-        return Result::Failed;
-    }
-    st.voxelsListed = counts.total;
-
     Accumulators acc;
     try {
         if (settings.combine == Settings::Combine::Mean) {
@@ -178,54 +170,62 @@ FaultPlaneMappingResult mapDataOnFaultPlane(const img::Image& projected, const c
             if (id != -1) ZNProgressBarMgr::closeProgressBar(id);
         }
     } closer{barId};
-    img::Image slice;
+    ZN3DImage<float> slice;
     VoxelLists lists;
+    VoxelCounts counts;
     const BackToImage back(toImage, result.width(), result.height());
     float* const out = result.data();
     for (int k = 0; k < space.nz(); ++k) {
         if (k == lists.end()) {
             // The next range of slices whose lists fit the budget: one more sweep over the
-            // fault, each slice still read once.
-            const int end = VoxelLists::rangeEnd(counts, k, withSources, settings.listBudgetBytes);
+            // fault, each slice still read once. The first sweep also counts the lists.
             try {
-                if (!lists.collect(walk, counts, k, end, withSources)) return Result::Failed;
+                const bool made = k == 0 ? lists.collectCounting(walk, k, withSources, settings.listBudgetBytes, counts)
+                                         : lists.collect(walk, k, withSources, settings.listBudgetBytes, counts);
+                if (!made) return Result::Failed;
             } catch (const std::bad_alloc&) {
                 return Result::Failed;
             }
+            if (k == 0) st.voxelsListed = counts.total;
             ++st.listSweeps;
-            st.listBytes = std::max(st.listBytes, lists.bytes());
+            st.listBytes = std::max(st.listBytes, lists.peakBytes());
         }
-        const int size = lists.size(k);
-        if (size > 0) {
-            if (!data.readSlice(k, slice)) return Result::Failed;
+        if (lists.blocks(k) > 0) {
+            // As a box of one slice: the samples as read, without the copy into an image.
+            if (!data.readBox(0, 0, k, space.nx(), space.ny(), 1, slice)) return Result::Failed;
             st.slicesRead.push_back(k);
-            st.sliceBytes = static_cast<long long>(slice.sampleCount() * sizeof(float));
+            st.sliceBytes = static_cast<long long>(slice.voxelCount() * sizeof(float));
             const float* samples = slice.data();
-            const std::size_t rowLength = static_cast<std::size_t>(slice.width());
-            const VoxelLists::Voxel* voxels = lists.voxels(k);
-            const uint32_t* sources = lists.sources(k);
+            const std::size_t rowLength = static_cast<std::size_t>(space.nx());
             const BackToImage::Slice backOfSlice = back.slice(k);
-            for (int e = 0; e < size; ++e) {
-                const VoxelLists::Voxel v = voxels[e];
-                const float value = samples[static_cast<std::size_t>(v.y) * rowLength + static_cast<std::size_t>(v.x)];
-                if (value == 0.0f || value == kNoValue || std::isnan(value)) continue;  // zero is no data
-                if (sources) {
-                    const std::size_t pixel = sources[e] / static_cast<uint32_t>(window.count());
-                    if (!acc.traces.empty()) acc.traces[sources[e]] = value;
-                    if (settings.combine == Settings::Combine::Mean) {
-                        acc.sum[pixel] += value;
-                        ++acc.count[pixel];
-                        continue;
+            for (int b = 0; b < lists.blocks(k); ++b) {
+                const VoxelLists::Voxel* voxels = lists.voxels(k, b);
+                const uint32_t* sources = lists.sources(k, b);
+                const int size = lists.blockSize(k, b);
+                for (int e = 0; e < size; ++e) {
+                    const VoxelLists::Voxel v = voxels[e];
+                    const float value =
+                        samples[static_cast<std::size_t>(v.y) * rowLength + static_cast<std::size_t>(v.x)];
+                    if (value == 0.0f || value == kNoValue || std::isnan(value)) continue;  // zero is no data
+                    if (sources) {
+                        const std::size_t pixel = sources[e] / static_cast<uint32_t>(window.count());
+                        if (!acc.traces.empty()) acc.traces[sources[e]] = value;
+                        if (settings.combine == Settings::Combine::Mean) {
+                            acc.sum[pixel] += value;
+                            ++acc.count[pixel];
+                            continue;
+                        }
+                        if (settings.combine == Settings::Combine::MaxAmplitude) {
+                            float& best = out[pixel];
+                            if (best == kNoValue || std::fabs(value) > std::fabs(best)) best = value;
+                            continue;
+                        }
                     }
-                    if (settings.combine == Settings::Combine::MaxAmplitude) {
-                        float& best = out[pixel];
-                        if (best == kNoValue || std::fabs(value) > std::fabs(best)) best = value;
-                        continue;
-                    }
+                    const long long pixel = backOfSlice.pixelOf(v.x, v.y);
+                    if (pixel >= 0 && out[pixel] == kNoValue) out[pixel] = value;
                 }
-                const long long pixel = backOfSlice.pixelOf(v.x, v.y);
-                if (pixel >= 0 && out[pixel] == kNoValue) out[pixel] = value;
             }
+            lists.release(k);  // read once: no longer needed
         }
         if (bar && (k + 1) % kProgressStride == 0) {
             ZNProgressBarMgr::incrementProgressBar(barId, kProgressStride);

@@ -143,63 +143,88 @@ void NormalWalk::projectiveRow(int r, Visit& visit) const
     }
 }
 
-// Entries of each slice's list, and the slices each image row reaches.
+// Entries of each slice's list, and the slices each image row reaches, as found by the
+// first sweep over the fault.
 struct VoxelCounts {
     std::vector<long long> perSlice;
     std::vector<int> rowFirst, rowLast;   // a row with no voxel has first > last
     long long total = 0;
 };
 
-// Counts the walk's voxels. Throws std::bad_alloc.
-VoxelCounts countVoxels(const NormalWalk& walk);
-
-// The voxels to read, one list per slice of a range of slices, each list's capacity its
-// count rounded up to kListGranularity entries; for settings that need it, the pixel and
-// window position each entry was collected for (pixel * window count + o).
+// The voxels to read, one list per slice of a range of slices, each list made of blocks of
+// kBlockEntries entries (so sized in multiples of it); for settings that need it, the
+// pixel and window position each entry was collected for (pixel * window count + o).
 class VoxelLists {
 public:
-    static constexpr int kListGranularity = 1000;
+    static constexpr int kBlockEntries = 1000;
 
     // One voxel of a slice's list: its column and row in the slice.
     struct Voxel {
         int32_t x, y;
     };
 
-    static long long roundedCapacity(long long count)
-    {
-        return (count + kListGranularity - 1) / kListGranularity * kListGranularity;
-    }
     static std::size_t entryBytes(bool withSources) { return sizeof(Voxel) + (withSources ? sizeof(uint32_t) : 0); }
 
-    // The end of the range of slices from `first` whose lists fit `budget` bytes (at
-    // least one slice).
-    static int rangeEnd(const VoxelCounts& counts, int first, bool withSources, long long budget);
-
-    // Replaces the lists by those of slices first .. last - 1, the walk's voxels in its
-    // order. False when memory ran out (the lists then empty).
-    bool collect(const NormalWalk& walk, const VoxelCounts& counts, int first, int last, bool withSources);
+    // The first sweep: replaces the lists by those of the slices from `first` that fit
+    // `budget` bytes (at least slice `first`, whole), in the walk's order, and counts
+    // every slice's entries and every row's slices into `counts`. The slices are taken
+    // as the walk meets them; when a new block would pass the budget, the last slices
+    // held are dropped until it fits (or only slice `first` is left). False when memory
+    // ran out. Throws std::bad_alloc.
+    bool collectCounting(const NormalWalk& walk, int first, bool withSources, long long budget, VoxelCounts& counts);
+    // The next sweeps: replaces the lists by those of the slices from `first` whose
+    // counted lists fit `budget` (at least one slice), walking only the rows that reach
+    // them. False when memory ran out. Throws std::bad_alloc.
+    bool collect(const NormalWalk& walk, int first, bool withSources, long long budget, const VoxelCounts& counts);
 
     int first() const { return m_first; }
-    int end() const { return m_first + static_cast<int>(m_sizes.size()); }
-    // Slice k's list, k in first() .. end() - 1; sources null unless collected with them.
-    int size(int k) const { return m_sizes[static_cast<std::size_t>(k - m_first)]; }
-    const Voxel* voxels(int k) const { return m_voxels.get() + m_starts[static_cast<std::size_t>(k - m_first)]; }
-    const uint32_t* sources(int k) const
+    int end() const { return m_end; }
+    // Slice k's list, k in first() .. end() - 1, block by block: entries of block b, its
+    // voxels and its sources (null unless collected with them).
+    int blocks(int k) const { return static_cast<int>(list(k).blocks.size()); }
+    int blockSize(int k, int b) const
     {
-        return m_sources ? m_sources.get() + m_starts[static_cast<std::size_t>(k - m_first)] : nullptr;
+        const List& l = list(k);
+        return b + 1 < static_cast<int>(l.blocks.size()) ? kBlockEntries : l.size - b * kBlockEntries;
     }
-    // Capacity held, bytes.
-    long long bytes() const { return m_bytes; }
+    const Voxel* voxels(int k, int b) const { return list(k).blocks[static_cast<std::size_t>(b)].voxels.get(); }
+    const uint32_t* sources(int k, int b) const { return list(k).blocks[static_cast<std::size_t>(b)].sources.get(); }
+    // Frees slice k's list (once read).
+    void release(int k);
+    // The most bytes held at once by the last sweep.
+    long long peakBytes() const { return m_peakBytes; }
 
 private:
-    void clear();
+    struct Block {
+        std::unique_ptr<Voxel[]> voxels;
+        std::unique_ptr<uint32_t[]> sources;
+    };
+    struct List {
+        std::vector<Block> blocks;
+        int size = 0;
+        int room = 0;                    // entries left in the last block
+        Voxel* voxel = nullptr;          // where the next entry goes
+        uint32_t* source = nullptr;
+    };
+
+    const List& list(int k) const { return m_lists[static_cast<std::size_t>(k - m_first)]; }
+    void start(int first, int end, bool withSources, long long budget);
+    template <class Visit>
+    void sweep(const NormalWalk& walk, const VoxelCounts* skip, Visit&& visit);
+    // Appends one entry to slice k's list (first <= k < end), dropping slices as above;
+    // false when the entry is not kept.
+    bool add(int k, int i, int j, uint32_t source);
+    bool grow(int k);
+    void dropLast();
 
     int m_first = 0;
-    std::vector<std::size_t> m_starts;   // each list's first entry in the buffers
-    std::vector<int> m_sizes;
-    std::unique_ptr<Voxel[]> m_voxels;
-    std::unique_ptr<uint32_t[]> m_sources;
+    int m_end = 0;
+    std::vector<List> m_lists;
+    bool m_withSources = false;
+    long long m_budget = 0;
     long long m_bytes = 0;
+    long long m_peakBytes = 0;
+    bool m_failed = false;   // memory ran out
 };
 
 } // namespace fault
