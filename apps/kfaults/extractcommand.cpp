@@ -14,6 +14,7 @@ namespace {
 struct ExtractArguments : VolumeArguments {
     std::string out = "kfaults-out";
     std::string faultVolume = "bloc";
+    std::string memoryBudget;   // empty: in memory when the volume fits
 };
 
 void runExtractCommand(const ExtractArguments& a, ExtractOptions options, CommandIo& io)
@@ -23,11 +24,17 @@ void runExtractCommand(const ExtractArguments& a, ExtractOptions options, Comman
         return io.fail(problem, kExitFailure);
     const QString note = byteOrderNote(options.inputPath, options.raw, options.byteOrderChoice);
     if (!note.isEmpty()) io.warn(note);
+    if (!a.memoryBudget.empty() &&
+        !parseMemorySize(QString::fromStdString(a.memoryBudget), options.memoryBudget))
+        return io.fail(QStringLiteral("--memory-budget takes a size such as 1G, 512M or 800000000, not \"%1\"")
+                           .arg(QString::fromStdString(a.memoryBudget)),
+                       kExitFailure);
     options.outputDir = QString::fromStdString(a.out);
     options.faultVolume = a.faultVolume == "raw"    ? FaultVolumeForm::Raw
                           : a.faultVolume == "both" ? FaultVolumeForm::Both
                                                     : FaultVolumeForm::Bloc;
     const ExtractResult result = runExtract(options);
+    if (!result.memoryNote.isEmpty()) io.warn(result.memoryNote);
     if (!result.ok())
         return io.fail(result.error, result.cancelled ? kExitCancelled : kExitFailure);
     for (const QString& file : result.files) io.out << file.toStdString() << '\n';
@@ -60,6 +67,12 @@ void addExtractCommand(CLI::App& tool, CommandIo& io)
                   "little-endian int32, inline fastest, with its text header fault_volume.int32.txt) "
                   "or both")
         ->check(CLI::IsMember({"bloc", "raw", "both"}))->capture_default_str();
+    c->add_option("--memory-budget", arguments->memoryBudget,
+                  "Largest memory the run may hold, e.g. 1G or 512M: the likelihood volume is then read "
+                  "and segmented slab by slab and never held whole, nor its labels (a temporary label "
+                  "file goes into the output folder), with the same faults as in memory. Without it a "
+                  "volume that would not fit in the memory available is extracted slab by slab within "
+                  "half of that memory, as stderr says");
     c->add_option("--unfolded", options->unfoldedPictures, "Largest faults drawn unfolded")
         ->check(CLI::NonNegativeNumber)->capture_default_str();
 

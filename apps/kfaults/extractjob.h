@@ -38,6 +38,12 @@ struct ExtractOptions {
     bool pictures = true;
     FaultVolumeForm faultVolume = FaultVolumeForm::Bloc;
     int unfoldedPictures = 4;                 // largest faults drawn unfolded
+    // Bytes the whole run may hold (its peak resident memory), given by --memory-budget:
+    // the likelihood is then read and segmented slab by slab (fault::extractFaults on
+    // LikelihoodSlabs). 0: in memory, unless the volume would not fit in what the
+    // machine has available (kInMemoryFactor times the volume), when the run goes slab
+    // by slab within half of that.
+    double memoryBudget = 0.0;
     // For tests: stop the final move into the output folder after this many of its steps,
     // as a killed run would (OutputFolder::commit); -1 runs it whole.
     int testStopAfterMoves = -1;
@@ -50,10 +56,20 @@ struct ExtractResult {
     QString error;
     bool cancelled = false;
     QString note;            // "no fault found: <reason>" when the run found none
+    QString memoryNote;      // why the run went slab by slab on its own; empty otherwise
     QStringList files;
     QJsonObject report;
     bool ok() const { return error.isEmpty(); }
 };
+
+// What a run in memory holds at its peak, as a multiple of the likelihood volume's bytes
+// (the likelihood, its labels, the reading's and the segmentation's buffers).
+constexpr double kInMemoryFactor = 3.0;
+
+// Reads a memory size: a number of bytes with an optional unit K, M, G or T (powers of
+// 1024; a trailing "B" or "iB" allowed, case-insensitive, "1.5G" allowed). False, `bytes`
+// untouched, for anything else or a size below one byte.
+bool parseMemorySize(const QString& text, double& bytes);
 
 // The file an input other than the built-in scene is read from, as the framework's
 // volume readers take it.

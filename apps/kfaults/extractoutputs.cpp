@@ -216,9 +216,10 @@ QString writeExtractionOutputs(const ExtractionProducts& p, const QString& folde
     const long long peak = peakResidentBytes();
     peaks.insert("outputs", static_cast<double>(peak));
     const georef::BlocSpace& space = p.automatic.getBlocSpace();
-    const QJsonObject memory{{"volumeBytes", static_cast<double>(space.voxelCount()) * sizeof(float)},
-                             {"peakResidentBytes", static_cast<double>(peak)},
-                             {"peakResidentBytesAfterStep", peaks}};
+    QJsonObject memory = p.memoryMode;
+    memory.insert("volumeBytes", static_cast<double>(space.voxelCount()) * sizeof(float));
+    memory.insert("peakResidentBytes", static_cast<double>(peak));
+    memory.insert("peakResidentBytesAfterStep", peaks);
 
     report = QJsonObject{{"input", inputJson(p.options, space)},
                          {"settings", settingsJson(p.options)},

@@ -28,6 +28,8 @@ struct ExtractionProducts {
     const std::vector<double>& areas;              // of the meshes, squared world units
     const PlantedTruth* truth;                     // of the built-in volume; null for files
     const QString& note;                           // why no fault came out; empty when some did
+    const QJsonObject& memoryMode;                 // how the run used memory, into the
+                                                   // report's "memory"
 };
 
 // File names of the outputs inside the output folder.

@@ -7,45 +7,41 @@
 
 #include <znprogressbarmgr.h>
 
+#include "faultextractionstages.h"
 #include "segmentation/faultpatchlabelimage.h"
 
 namespace fault {
-namespace {
+namespace detail {
 
-constexpr int kStageCount = 6;  // steps of the extraction's own bar
-
-// The extraction's progress bar: one step per stage; closed when it goes out of scope.
-class StageBar {
-public:
-    explicit StageBar(int parent)
-        : m_id(ZNProgressBarMgr::createProgressBar(QStringLiteral("Extracting faults"), kStageCount, parent))
-    {
-    }
-    ~StageBar() { ZNProgressBarMgr::closeProgressBar(m_id); }
-    StageBar(const StageBar&) = delete;
-    StageBar& operator=(const StageBar&) = delete;
-
-    int id() const { return m_id; }
-    bool cancelled() const { return ZNProgressBarMgr::isProgressBarCancelled(m_id); }
-    void advance() { ZNProgressBarMgr::incrementProgressBar(m_id); }
-
-private:
-    int m_id;
-};
-
-// The smallest and largest values of `v` that are not NaN; NaN both when every one is.
-void valueRange(const float* v, std::size_t count, float& lowest, float& highest)
+ExtractionRun::ExtractionRun(int progressParent, const ExtractionStepObserver& observer)
+    : m_bar(ZNProgressBarMgr::createProgressBar(QStringLiteral("Extracting faults"), kStageCount, progressParent)),
+      m_observer(observer)
 {
-    lowest = std::numeric_limits<float>::quiet_NaN();
-    highest = lowest;
-    for (std::size_t i = 0; i < count; ++i) {
-        if (std::isnan(v[i])) continue;
-        if (!(v[i] >= lowest)) lowest = v[i];
-        if (!(v[i] <= highest)) highest = v[i];
-    }
 }
 
-FaultExtraction failed(const QString& error, bool cancelled)
+ExtractionRun::~ExtractionRun()
+{
+    ZNProgressBarMgr::closeProgressBar(m_bar);
+}
+
+bool ExtractionRun::cancelled() const
+{
+    return ZNProgressBarMgr::isProgressBarCancelled(m_bar);
+}
+
+bool ExtractionRun::stageDone(const char* step)
+{
+    ZNProgressBarMgr::incrementProgressBar(m_bar);
+    if (m_observer) m_observer(step);
+    return !cancelled();
+}
+
+FaultExtraction ExtractionRun::stop(const QString& error) const
+{
+    return failedExtraction(error, cancelled());
+}
+
+FaultExtraction failedExtraction(const QString& error, bool cancelled)
 {
     FaultExtraction f;
     f.cancelled = cancelled;
@@ -53,21 +49,23 @@ FaultExtraction failed(const QString& error, bool cancelled)
     return f;
 }
 
-bool holdsLabel(const ZN3DImage<int>& labels)
+long long countSeedsAndRange(const float* v, std::size_t count, double threshold, float& lowest,
+                             float& highest)
 {
-    const int* v = labels.data();
-    return std::any_of(v, v + labels.voxelCount(), [](int label) { return label > 0; });
+    const auto bound = static_cast<float>(threshold);
+    long long seeds = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        seeds += v[i] >= bound;
+        if (std::isnan(v[i])) continue;
+        if (!(v[i] >= lowest)) lowest = v[i];
+        if (!(v[i] <= highest)) highest = v[i];
+    }
+    return seeds;
 }
 
-// Why a segmentation found no patch: what the likelihood holds against the settings.
-QString noPatchNote(const ZN3DImage<float>& likelihood, const FaultExtractionSettings& settings)
+QString noPatchNote(long long seeds, float lowest, float highest, const FaultExtractionSettings& settings)
 {
     const AutomaticExtractionSettings& e = settings.extraction;
-    const float* v = likelihood.data();
-    const auto threshold = static_cast<float>(e.likelihoodThreshold);
-    const long long seeds = std::count_if(v, v + likelihood.voxelCount(), [threshold](float x) { return x >= threshold; });
-    float lowest = 0.0f, highest = 0.0f;
-    valueRange(v, likelihood.voxelCount(), lowest, highest);
     if (seeds == 0)
         return QStringLiteral("no fault found: ") +
                noSampleAboveThreshold(e.likelihoodThreshold, lowest, highest, settings.likelihoodGiven);
@@ -77,22 +75,44 @@ QString noPatchNote(const ZN3DImage<float>& likelihood, const FaultExtractionSet
         .arg(e.maxPatchSize / 3);
 }
 
-// The result of a segmentation without patches: two empty fault sets over `space`.
-FaultExtraction emptyExtraction(const georef::BlocSpace& space, const georef::UnitObject& units,
-                                const FaultExtractionSettings& settings, const QString& note)
+FaultExtraction ExtractionRun::finishEmpty(const georef::BlocSpace& space, const georef::UnitObject& units,
+                                           const FaultExtractionSettings& settings, const QString& note)
 {
     FaultExtraction result;
     result.automatic.reset(new (std::nothrow) ZNFaultPatchManager());
-    if (!result.automatic) return failed(QStringLiteral("out of memory building the fault set"), false);
+    if (!result.automatic) return failedExtraction(QStringLiteral("out of memory building the fault set"), false);
     result.automatic->init(1, true);   // the reserved patch only
     result.automatic->setPicked(false);
     result.automatic->setBlocSpace(space);
     result.automatic->SetUnitObject(units);
     result.picked.reset(createPickedFaultSet(result.faults, *result.automatic));
-    if (!result.picked) return failed(QStringLiteral("out of memory building the sticks"), false);
+    if (!result.picked) return failedExtraction(QStringLiteral("out of memory building the sticks"), false);
     result.surfaceSettings = surfaceSettingsFor(space, settings.sticks, settings.surfaceMethod);
     result.note = note;
+    for (const char* step : {"faultSet", "merging", "sticks", "duplicates", "surfaces"})
+        if (!stageDone(step)) return stop(QString());
     return result;
+}
+
+} // namespace detail
+
+namespace {
+
+using detail::failedExtraction;
+
+bool holdsLabel(const ZN3DImage<int>& labels)
+{
+    const int* v = labels.data();
+    return std::any_of(v, v + labels.voxelCount(), [](int label) { return label > 0; });
+}
+
+// Why a segmentation of the volume in memory found no patch.
+QString noPatchNote(const ZN3DImage<float>& likelihood, const FaultExtractionSettings& settings)
+{
+    float lowest = std::numeric_limits<float>::quiet_NaN(), highest = lowest;
+    const long long seeds = detail::countSeedsAndRange(likelihood.data(), likelihood.voxelCount(),
+                                                       settings.extraction.likelihoodThreshold, lowest, highest);
+    return detail::noPatchNote(seeds, lowest, highest, settings);
 }
 
 } // namespace
@@ -128,38 +148,34 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
                               const ExtractionStepObserver& observer)
 {
     const QString problem = settings.problem();
-    if (!problem.isEmpty()) return failed(problem, false);
-    if (likelihood.isEmpty()) return failed(QStringLiteral("the likelihood volume is empty"), false);
-    StageBar bar(progressParent);
-    const auto stageDone = [&](const char* step) {
-        bar.advance();
-        if (observer) observer(step);
-        return !bar.cancelled();
-    };
-    const auto stop = [&](const QString& error) { return failed(error, bar.cancelled()); };
+    if (!problem.isEmpty()) return failedExtraction(problem, false);
+    if (likelihood.isEmpty()) return failedExtraction(QStringLiteral("the likelihood volume is empty"), false);
+    detail::ExtractionRun run(progressParent, observer);
 
-    std::unique_ptr<ZN3DImage<int>> labels(segmentLikelihood(&likelihood, settings.extraction, bar.id()));
-    if (!labels) return stop(QStringLiteral("segmentation failed"));
+    std::unique_ptr<ZN3DImage<int>> labels(segmentLikelihood(&likelihood, settings.extraction, run.barId()));
+    if (!labels) return run.stop(QStringLiteral("segmentation failed"));
     const QString noPatch = holdsLabel(*labels) ? QString() : noPatchNote(likelihood, settings);
     if (settings.releaseLikelihood) likelihood = ZN3DImage<float>();
-    if (!stageDone("segmentation")) return stop(QString());
-    if (!noPatch.isEmpty()) {
-        FaultExtraction empty = emptyExtraction(labels->blocSpace(), units, settings, noPatch);
-        for (const char* step : {"faultSet", "merging", "sticks", "duplicates", "surfaces"})
-            if (!stageDone(step)) return stop(QString());
-        return empty;
-    }
+    if (!run.stageDone("segmentation")) return run.stop(QString());
+    if (!noPatch.isEmpty()) return run.finishEmpty(labels->blocSpace(), units, settings, noPatch);
 
     FaultExtraction result;
     result.automatic.reset(new (std::nothrow) ZNFaultPatchManager());
     if (!result.automatic || !result.automatic->init(labels.get()))
-        return stop(QStringLiteral("the fault set cannot be built from the patches"));
+        return run.stop(QStringLiteral("the fault set cannot be built from the patches"));
     labels.reset();
     result.automatic->SetUnitObject(units);
+    return run.finish(std::move(result), settings);
+}
+
+namespace detail {
+
+FaultExtraction ExtractionRun::finish(FaultExtraction result, const FaultExtractionSettings& settings)
+{
     result.patchCount = countFaultsWithVoxels(*result.automatic);
     if (!stageDone("faultSet")) return stop(QString());
 
-    if (!result.automatic->fastContactMerging(settings.extraction.maxMergeCost, bar.id()))
+    if (!result.automatic->fastContactMerging(settings.extraction.maxMergeCost, m_bar))
         return stop(QStringLiteral("merging failed"));
     const ZNFaultPatchManager::LeftoverOutcome leftovers =
         result.automatic->settleCrossingLeftovers(settings.extraction.maxPatchSize, settings.extraction.maxMergeCost);
@@ -178,7 +194,7 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
                           .arg(settings.sticks.minPointsPerStick).arg(settings.sticks.minVoxelsPerFault);
     if (!stageDone("sticks")) return stop(QString());
 
-    if (!result.picked->getSameFaultArray(result.duplicates, bar.id()))
+    if (!result.picked->getSameFaultArray(result.duplicates, m_bar))
         return stop(QStringLiteral("duplicate detection failed"));
     if (!stageDone("duplicates")) return stop(QString());
 
@@ -186,7 +202,7 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
     result.surfaceSettings = surfaceSettingsFor(result.picked->getBlocSpace(), settings.sticks,
                                                 settings.surfaceMethod);
     const int meshBar = ZNProgressBarMgr::createProgressBar(
-        QStringLiteral("Meshing faults"), static_cast<int>(result.faults.size()), bar.id());
+        QStringLiteral("Meshing faults"), static_cast<int>(result.faults.size()), m_bar);
     for (std::size_t i = 0; i < result.faults.size(); ++i) {
         if (ZNProgressBarMgr::isProgressBarCancelled(meshBar)) break;
         FaultSurface surface = meshFault(*result.picked, static_cast<int>(i) + 1, result.surfaceSettings);
@@ -196,9 +212,11 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
     }
     const bool meshingCancelled = ZNProgressBarMgr::isProgressBarCancelled(meshBar);
     ZNProgressBarMgr::closeProgressBar(meshBar);
-    if (meshingCancelled || !stageDone("surfaces")) return failed(QString(), true);
+    if (meshingCancelled || !stageDone("surfaces")) return failedExtraction(QString(), true);
     return result;
 }
+
+} // namespace detail
 
 FaultExtraction extractFaults(const ZN3DImage<float>& likelihood, const georef::UnitObject& units,
                               const FaultExtractionSettings& settings, int progressParent,

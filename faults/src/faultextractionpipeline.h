@@ -13,6 +13,7 @@
 
 #include "automaticfaultextraction.h"
 #include "faultsurfacemeshing.h"
+#include "segmentation/slabsegmentation.h"
 #include "znfaultpatchmanager.h"
 #include "znfaultsticksfromvoxels.h"
 
@@ -62,6 +63,11 @@ struct FaultExtraction {
     int mergedFaultCount = 0;  // faults with voxels after merging
     int leftoversJoined = 0;   // faults left over at crossings, joined to a fault
     int leftoversDropped = 0;  // and dropped (ZNFaultPatchManager::settleCrossingLeftovers)
+    // Slab by slab only: windows the segmentation scanned, seed slices per window, and
+    // slices per slab when the labels were read back. 0 for a run in memory.
+    int segmentationWindows = 0;
+    int seedSlicesPerWindow = 0;
+    int labelSlabSlices = 0;
     QString error;             // empty on success; "cancelled" when cancelled
     bool cancelled = false;
     // When no fault came out: one line, "no fault found: " and the reason (no
@@ -94,6 +100,34 @@ FaultExtraction extractFaults(ZN3DImage<float>& likelihood, const georef::UnitOb
 FaultExtraction extractFaults(const ZN3DImage<float>& likelihood, const georef::UnitObject& units,
                               const FaultExtractionSettings& settings, int progressParent = -1,
                               const ExtractionStepObserver& observer = {});
+
+// A likelihood volume read slab by slab: its block space and its reader.
+struct LikelihoodSlabs {
+    georef::BlocSpace space;
+    segmentation::LikelihoodSlabReader read;
+};
+
+// How a slab-by-slab extraction may use memory and disk.
+struct SlabExtractionSettings {
+    // Bytes the segmentation's window and the slabs of labels read back may hold. The
+    // fault sets built afterwards hold what the faults need, a few bytes per fault voxel,
+    // whatever the budget.
+    double memoryBudget = 0.0;
+    // Folder of the temporary label file (4 bytes per voxel), removed before returning.
+    QString scratchFolder;
+};
+
+// The same extraction on a likelihood that is never held whole: segmented slab by slab
+// (segmentLikelihoodSlabs, windows as large as the budget allows) into a temporary label
+// file, from which the fault set is built slab by slab; the stages after it work on the
+// fault sets alone. The faults are those of the run in memory: the labels are identical.
+// The bar "Extracting faults" and its stages as above. Errors as above, and "the memory
+// budget of N bytes is too small for one slice" (the message names the least budget
+// that works), "the label file cannot be written in <folder>", "the likelihood volume
+// cannot be read".
+FaultExtraction extractFaults(const LikelihoodSlabs& likelihood, const georef::UnitObject& units,
+                              const FaultExtractionSettings& settings, const SlabExtractionSettings& slabs,
+                              int progressParent = -1, const ExtractionStepObserver& observer = {});
 
 // "no sample above <threshold> (values from <lowest> to <highest>)", followed when
 // `askAboutTheInput` by ": is this a likelihood volume, is the byte order right?": why a

@@ -66,7 +66,8 @@ LabelScan::LabelScan(const VolumeView& volume, const ScanSettings& settings, int
     rules.maxVoxels = settings.maxPatchSize;
     rules.minVoxels = settings.maxPatchSize / kMinSizeDivisor;
     rules.maxDeviation = settings.maxPlaneDeviation;
-    rules.reach = std::min(settings.growthIterations, std::max({volume.nx, volume.ny, volume.nz}));
+    const int extent = settings.extent > 0 ? settings.extent : std::max({volume.nx, volume.ny, volume.nz});
+    rules.reach = std::min(settings.growthIterations, extent);
     // Every thread has its own grower and copy of the mask; fewer threads when memory
     // runs short.
     const int threads = threadCount(tuning);

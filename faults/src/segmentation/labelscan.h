@@ -38,6 +38,10 @@ struct ScanSettings {
     double maxPlaneDeviation = 0.0;
     int growthIterations = 0;
     double threshold = 0.0;
+    // Largest side of the whole volume when the scan sees only a window of it (slab by
+    // slab); 0: the view's own. Growth bounds that depend on it then stay those of the
+    // whole volume.
+    int extent = 0;
 };
 
 // What a segmentation of a volume nx x ny x d holds in memory at most: the likelihood and

@@ -286,22 +286,31 @@ WindowPlan planWindows(const FileSampleLayout& layout, int depth, qint64 windowB
 QString readFileSamples(QFile& file, const FileSampleLayout& layout, int z0, ZN3DImage<float>& out,
                         ZNStridedProgress* progress, qint64 progressItems, bool& cancelled, qint64 windowBytes)
 {
-    cancelled = false;
-    const int depth = out.nz();
-    if (out.nx() != layout.size[0] || out.ny() != layout.size[1] || z0 < 0 || depth <= 0 ||
-        depth > layout.size[2] - z0)
+    if (out.nx() != layout.size[0] || out.ny() != layout.size[1]) {
+        cancelled = false;
         return QStringLiteral("the slices asked for lie outside the volume");
+    }
+    return readFileSamples(file, layout, z0, out.nz(), out.data(), progress, progressItems, cancelled, windowBytes);
+}
+
+QString readFileSamples(QFile& file, const FileSampleLayout& layout, int z0, int depth, float* out,
+                        ZNStridedProgress* progress, qint64 progressItems, bool& cancelled, qint64 windowBytes)
+{
+    cancelled = false;
+    if (out == nullptr || z0 < 0 || depth <= 0 || depth > layout.size[2] - z0)
+        return QStringLiteral("the slices asked for lie outside the volume");
+    const std::size_t sliceSize = static_cast<std::size_t>(layout.size[0]) * static_cast<std::size_t>(layout.size[1]);
     const Box wanted{{0, 0, z0}, {layout.size[0], layout.size[1], z0 + depth}};
     const WindowPlan plan = planWindows(layout, depth, windowBytes);
 
     Window w;
     w.layout = &layout;
-    w.out = out.data();
-    w.outStep[1] = static_cast<std::size_t>(out.nx());
-    w.outStep[2] = out.sliceSize();
+    w.out = out;
+    w.outStep[1] = static_cast<std::size_t>(layout.size[0]);
+    w.outStep[2] = sliceSize;
     w.z0 = z0;
-    const bool stream = reinterpret_cast<std::uintptr_t>(out.data()) % 16 == 0 && out.nx() % 4 == 0 &&
-                        out.voxelCount() * sizeof(float) >= kStreamingBytes;
+    const bool stream = reinterpret_cast<std::uintptr_t>(out) % 16 == 0 && layout.size[0] % 4 == 0 &&
+                        sliceSize * depth * sizeof(float) >= kStreamingBytes;
     const qint64 progressStart = progress ? progress->done() : 0;
     QString failure;
     for (int k = 0; k < plan.count && failure.isEmpty(); ++k) {

@@ -50,6 +50,11 @@ QString readFileSamples(QFile& file, const FileSampleLayout& layout, int z0, ZN3
                         ZNStridedProgress* progress, qint64 progressItems, bool& cancelled,
                         qint64 windowBytes = kSampleWindowBytes);
 
+// The same into `depth` slices of the layout's nx x ny samples at `out` (x fastest).
+QString readFileSamples(QFile& file, const FileSampleLayout& layout, int z0, int depth, float* out,
+                        ZNStridedProgress* progress, qint64 progressItems, bool& cancelled,
+                        qint64 windowBytes = kSampleWindowBytes);
+
 // The IEEE single-precision value nearest an IBM single-precision one (its bits in the
 // machine's order); infinities beyond the IEEE range, 0 below it.
 float ibmToIeee(quint32 bits);

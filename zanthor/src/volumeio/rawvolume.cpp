@@ -198,6 +198,26 @@ QString axisOrderName(const AxisOrder& order)
     return name;
 }
 
+QString rawSampleLayout(const RawVolumeLayout& layout, qint64 fileBytes, FileSampleLayout& samples)
+{
+    const QString problem = layoutProblem(layout);
+    if (!problem.isEmpty()) return problem;
+    const unsigned long long expected = layoutBytes(layout);
+    if (expected == 0)
+        return QStringLiteral("sizes %1 x %2 x %3 are too large")
+            .arg(layout.nInline).arg(layout.nCrossline).arg(layout.nSample);
+    if (static_cast<unsigned long long>(fileBytes) != expected)
+        return QStringLiteral("holds %1 bytes, but %2 x %3 x %4 float32 samples need %5")
+            .arg(fileBytes).arg(layout.nInline).arg(layout.nCrossline).arg(layout.nSample).arg(expected);
+    samples = fileLayoutOf(layout);
+    return QString();
+}
+
+georef::BlocSpace rawBlocSpace(const RawVolumeLayout& layout)
+{
+    return georef::BlocSpace(layout.nInline, layout.nCrossline, layout.nSample, axisAlignedBlocToWorld(layout.spacing));
+}
+
 VolumeReadResult readRawFloat32Volume(const QString& path, const RawVolumeLayout& layout)
 {
     const QString problem = layoutProblem(layout);
@@ -206,22 +226,13 @@ VolumeReadResult readRawFloat32Volume(const QString& path, const RawVolumeLayout
     if (!file.open(QIODevice::ReadOnly))
         return failed(ZNEventBus::FileError, path,
                       QStringLiteral("cannot open: ") + file.errorString());
-    const unsigned long long expected = layoutBytes(layout);
-    if (expected == 0)
-        return failed(ZNEventBus::Error, path, QStringLiteral("sizes %1 x %2 x %3 are too large")
-                          .arg(layout.nInline).arg(layout.nCrossline).arg(layout.nSample));
-    if (static_cast<unsigned long long>(file.size()) != expected)
-        return failed(ZNEventBus::Error, path,
-                      QStringLiteral("holds %1 bytes, but %2 x %3 x %4 float32 samples need %5")
-                          .arg(file.size()).arg(layout.nInline).arg(layout.nCrossline)
-                          .arg(layout.nSample).arg(expected));
+    FileSampleLayout samples;
+    const QString mismatch = rawSampleLayout(layout, file.size(), samples);
+    if (!mismatch.isEmpty()) return failed(ZNEventBus::Error, path, mismatch);
     VolumeReadResult result;
-    const georef::BlocSpace space(layout.nInline, layout.nCrossline, layout.nSample,
-                                  axisAlignedBlocToWorld(layout.spacing));
-    result.image = ZN3DImage<float>::unfilled(space);
+    result.image = ZN3DImage<float>::unfilled(rawBlocSpace(layout));
     if (result.image.isNull())
         return failed(ZNEventBus::Error, path, QStringLiteral("not enough memory for the volume"));
-    const FileSampleLayout samples = fileLayoutOf(layout);
     ZNStridedProgress progress(QStringLiteral("Reading raw volume"), layout.nSample);
     bool cancelled = false;
     const QString reason = readFileSamples(file, samples, 0, result.image, &progress, layout.nSample, cancelled);

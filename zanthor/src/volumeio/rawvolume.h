@@ -7,6 +7,7 @@
 #include <core/vec3.h>
 #include <zn3dimage.h>
 
+#include "volumeio/filesamples.h"
 #include "volumeio/volumereadresult.h"
 
 // Raw volumes: a file of nInline * nCrossline * nSample samples and nothing else, in a
@@ -53,6 +54,13 @@ ByteOrder detectByteOrder(const QString& path, bool* decided = nullptr);
 
 // "big" or "little".
 QString byteOrderName(ByteOrder order);
+
+// Where the samples of a raw file of `fileBytes` bytes laid out as `layout` says lie.
+// Empty on success, `samples` set; otherwise why the layout does not fit the file (a
+// reason without the path), `samples` untouched.
+QString rawSampleLayout(const RawVolumeLayout& layout, qint64 fileBytes, FileSampleLayout& samples);
+// The block space of the image read from a raw file of `layout`.
+georef::BlocSpace rawBlocSpace(const RawVolumeLayout& layout);
 
 // Reads a raw float32 volume laid out as `layout` says. The file must hold exactly
 // nInline * nCrossline * nSample * 4 bytes; this is checked before anything is

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 #include <QFile>
 #include <QFileInfo>
@@ -173,25 +174,27 @@ bool regularSampleLayout(const SegyLayout& layout, const SegyGrid& grid, FileSam
     return true;
 }
 
-// Reads every trace into its column of `image` through segyio, one trace at a time: for
-// integer samples and traces in no regular order.
+// Reads samples z0 .. z0 + depth - 1 of every trace into its column of `out` (slices of
+// the grid's nx x ny samples, x fastest) through segyio, one trace at a time: for
+// integer samples and traces in no regular order. `progress` (may be null) steps once a
+// trace.
 Problem readTraces(segy_file* fp, const SegyLayout& layout, const SegyGrid& grid,
-                   ZNStridedProgress& progress, ZN3DImage<float>& image)
+                   ZNStridedProgress* progress, int z0, int depth, float* out)
 {
     // segyio reads a trace's additional headers with its samples: they come first.
     std::vector<char> raw(layout.traceBodyBytes());
     char* samples = raw.data() + (layout.traceBodyBytes() - layout.sampleBytes);
     std::vector<float> trace(layout.samples);
-    const std::size_t slice = image.sliceSize();
+    const std::size_t slice = static_cast<std::size_t>(grid.inlineCount()) * grid.crosslineCount();
     for (int t = 0; t < layout.traceCount; ++t) {
         if (segy_readtrace(fp, t, raw.data(), layout.trace0, layout.traceBodyBytes()) != SEGY_OK)
             return fileProblem(QStringLiteral("cannot read the samples of trace %1").arg(t + 1));
         segy_to_native(layout.format, layout.samples, samples);
         toFloat(layout.format, samples, layout.samples, trace.data());
-        float* column = image.data() +
-                        image.index(grid.inlineIndexOfTrace[t], grid.crosslineIndexOfTrace[t], 0);
-        for (int k = 0; k < layout.samples; ++k) column[slice * k] = trace[k];
-        if (progress.next())
+        float* column = out + grid.inlineIndexOfTrace[t] +
+                        static_cast<std::size_t>(grid.inlineCount()) * grid.crosslineIndexOfTrace[t];
+        for (int k = 0; k < depth; ++k) column[slice * k] = trace[z0 + k];
+        if (progress && progress->next())
             return contentProblem(QStringLiteral("reading cancelled"));
     }
     return {};
@@ -226,23 +229,26 @@ SegyInfo describe(const SegyLayout& layout, const SegyGrid& grid, double delayMi
     return i;
 }
 
-// Geometry, samples and world mapping of the file at `path`, into `out`.
-Problem readVolume(const QString& path, const SegyReadOptions& options, SegyReadResult& out)
+// Geometry and world mapping of the file at `path`, from its headers, into `out`. The
+// bar "Reading SEG-Y" is made into `progress` once the trace count is known, with
+// `passes` steps per trace (the headers take one).
+Problem readGeometry(const QString& path, const SegyReadOptions& options, int passes,
+                     std::unique_ptr<ZNStridedProgress>& progress, SegyGeometry& out)
 {
     const QFileInfo info(path);
     if (!info.exists()) return fileProblem(QStringLiteral("cannot open: no such file"));
     if (!info.isFile()) return fileProblem(QStringLiteral("cannot open: a folder, not a file"));
-    SegyLayout layout;
+    SegyLayout& layout = out.layout;
     Problem p = readSegyLayout(path, layout);
     if (p.isSet()) return p;
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) return fileProblem(QStringLiteral("cannot open"));
-    ZNStridedProgress progress(QStringLiteral("Reading SEG-Y"), 2 * std::size_t(layout.traceCount));
+    progress = std::make_unique<ZNStridedProgress>(QStringLiteral("Reading SEG-Y"),
+                                                   qint64(passes) * layout.traceCount);
     TraceHeaders headers;
-    p = readTraceHeaders(file, layout, options, progress, headers);
+    p = readTraceHeaders(file, layout, options, *progress, headers);
     if (p.isSet()) return p;
-    SegyGrid grid;
-    const QString gridProblem = inferSegyGrid(headers.inlines, headers.crosslines, grid);
+    const QString gridProblem = inferSegyGrid(headers.inlines, headers.crosslines, out.grid);
     if (!gridProblem.isEmpty()) return contentProblem(gridProblem);
     const SegyCoordinateSource source = chooseCoordinates(headers);
     static const std::vector<core::vec2> kNoPositions;
@@ -251,31 +257,69 @@ Problem readVolume(const QString& path, const SegyReadOptions& options, SegyRead
                                                                                    : kNoPositions;
     const SegyVerticalAxis vertical{
         headers.delayMilli, layout.intervalMicro > 0 ? layout.intervalMicro * kMicroToMilli : 1.0};
-    const SegyWorldFit fit = segyBlocToWorld(grid, points, vertical);
-    out.image = ZN3DImage<float>::unfilled(
-        georef::BlocSpace(grid.inlineCount(), grid.crosslineCount(), layout.samples, fit.blocToWorld));
-    if (out.image.isNull())
-        return contentProblem(QStringLiteral("not enough memory for the volume"));
-    FileSampleLayout regular;
-    if (regularSampleLayout(layout, grid, regular)) {
-        bool cancelled = false;
-        const QString reason =
-            readFileSamples(file, regular, 0, out.image, &progress, layout.traceCount, cancelled);
-        if (!reason.isEmpty()) return cancelled ? contentProblem(reason) : fileProblem(reason);
-    } else {
-        SegyHandle handle;
-        handle.fp = segy_open(QFile::encodeName(path).constData(), "rb");
-        if (!handle.fp) return fileProblem(QStringLiteral("cannot open"));
-        p = setFormat(handle.fp, layout);
-        if (p.isSet()) return p;
-        p = readTraces(handle.fp, layout, grid, progress, out.image);
-        if (p.isSet()) return p;
-    }
-    out.info = describe(layout, grid, headers.delayMilli,
+    const SegyWorldFit fit = segyBlocToWorld(out.grid, points, vertical);
+    out.space = georef::BlocSpace(out.grid.inlineCount(), out.grid.crosslineCount(), layout.samples, fit.blocToWorld);
+    out.regular = regularSampleLayout(layout, out.grid, out.samples);
+    out.info = describe(layout, out.grid, headers.delayMilli,
                         fit.fromCoordinates ? source : SegyCoordinateSource::None);
     return {};
 }
+
+// Samples z0 .. z0 + depth - 1 of every trace of the file `g` describes into `out`.
+Problem readSlices(const QString& path, const SegyGeometry& g, int z0, int depth, float* out,
+                   ZNStridedProgress* progress)
+{
+    if (z0 < 0 || depth < 1 || depth > g.space.nz() - z0)
+        return contentProblem(QStringLiteral("the slices asked for lie outside the volume"));
+    if (g.regular) {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) return fileProblem(QStringLiteral("cannot open"));
+        bool cancelled = false;
+        const QString reason = readFileSamples(file, g.samples, z0, depth, out, progress, g.layout.traceCount,
+                                               cancelled);
+        if (!reason.isEmpty()) return cancelled ? contentProblem(reason) : fileProblem(reason);
+        return {};
+    }
+    SegyHandle handle;
+    handle.fp = segy_open(QFile::encodeName(path).constData(), "rb");
+    if (!handle.fp) return fileProblem(QStringLiteral("cannot open"));
+    const Problem p = setFormat(handle.fp, g.layout);
+    if (p.isSet()) return p;
+    return readTraces(handle.fp, g.layout, g.grid, progress, z0, depth, out);
+}
+
+// Geometry, samples and world mapping of the file at `path`, into `out`.
+Problem readVolume(const QString& path, const SegyReadOptions& options, SegyReadResult& out)
+{
+    std::unique_ptr<ZNStridedProgress> progress;
+    SegyGeometry g;
+    Problem p = readGeometry(path, options, 2, progress, g);
+    if (p.isSet()) return p;
+    out.image = ZN3DImage<float>::unfilled(g.space);
+    if (out.image.isNull())
+        return contentProblem(QStringLiteral("not enough memory for the volume"));
+    p = readSlices(path, g, 0, g.space.nz(), out.image.data(), progress.get());
+    if (p.isSet()) return p;
+    out.info = g.info;
+    return {};
+}
 } // namespace
+
+QString readSegyGeometry(const QString& path, SegyGeometry& geometry, const SegyReadOptions& options)
+{
+    std::unique_ptr<ZNStridedProgress> progress;
+    SegyGeometry g;
+    const Problem problem = readGeometry(path, options, 1, progress, g);
+    if (problem.isSet()) return reportVolumeError(problem.kind, path, problem.reason);
+    geometry = std::move(g);
+    return QString();
+}
+
+QString readSegySlices(const QString& path, const SegyGeometry& geometry, int z0, int depth, float* out)
+{
+    const Problem problem = readSlices(path, geometry, z0, depth, out, nullptr);
+    return problem.isSet() ? reportVolumeError(problem.kind, path, problem.reason) : QString();
+}
 
 SegyReadResult readSegyVolume(const QString& path, const SegyReadOptions& options)
 {

@@ -3,7 +3,9 @@
 
 #include <QString>
 
+#include "volumeio/filesamples.h"
 #include "volumeio/segygrid.h"
+#include "volumeio/segylayout.h"
 #include "volumeio/volumereadresult.h"
 
 // Reading of 3D post-stack SEG-Y files (through segyio) into a ZN3DImage<float>.
@@ -48,6 +50,27 @@ struct SegyInfo {
 struct SegyReadResult : VolumeReadResult {
     SegyInfo info;                      // filled on success
 };
+
+// What the headers of a post-stack file say, without its samples: its grid, block space,
+// description and where its samples lie.
+struct SegyGeometry {
+    SegyInfo info;
+    georef::BlocSpace space;    // as the image readSegyVolume gives
+    SegyLayout layout;
+    SegyGrid grid;
+    bool regular = false;       // 4-byte float traces in a regular order: `samples` holds
+    FileSampleLayout samples;   // where they lie
+};
+
+// Reads the headers of a post-stack file as readSegyVolume does (bar "Reading SEG-Y",
+// one step per trace). Empty on success, `geometry` filled; otherwise the error
+// readSegyVolume would give, `geometry` untouched.
+QString readSegyGeometry(const QString& path, SegyGeometry& geometry, const SegyReadOptions& options = {});
+
+// Reads samples z0 .. z0 + depth - 1 of every trace of the file `geometry` describes into
+// `out` (depth slices of nx x ny samples, x fastest), as readSegyVolume decodes them.
+// Empty on success; otherwise "<path>: <reason>", also sent on the event bus.
+QString readSegySlices(const QString& path, const SegyGeometry& geometry, int z0, int depth, float* out);
 
 // Reads a whole post-stack volume, its headers as readSegyLayout (segylayout.h) reads
 // them: unsigned and revision 2 sample counts, variable extended textual headers and

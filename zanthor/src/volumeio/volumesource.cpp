@@ -16,13 +16,6 @@ struct FormatName {
 constexpr FormatName kFormatNames[] = {
     {VolumeFormat::Segy, "segy"}, {VolumeFormat::Raw, "raw"}, {VolumeFormat::Bloc, "bloc"}};
 
-// SEG-Y files of this framework are post-stack time volumes sampled in milliseconds.
-georef::UnitObject segyUnits()
-{
-    return georef::UnitObject(georef::UnitObject::SpatialMetre,
-                              georef::UnitObject::VerticalMillisecond);
-}
-
 // The numbering of a regular grid of lines; a grid whose numbers do not step evenly is
 // numbered by index.
 georef::LineNumbering lineNumberingOf(const SegyInfo& info)
@@ -42,6 +35,12 @@ georef::LineNumbering lineNumberingOf(const SegyInfo& info)
 }
 
 } // namespace
+
+georef::UnitObject segyUnits()
+{
+    return georef::UnitObject(georef::UnitObject::SpatialMetre,
+                              georef::UnitObject::VerticalMillisecond);
+}
 
 VolumeFormat formatOfFileName(const QString& path)
 {

@@ -38,6 +38,10 @@ bool formatFromName(const QString& name, VolumeFormat& out);
 // readers' own bars.
 VolumeReadResult readVolume(const VolumeSource& source);
 
+// The units of the world coordinates of every SEG-Y volume: post-stack time volumes,
+// metres and milliseconds.
+georef::UnitObject segyUnits();
+
 // A whole block file into memory. Errors as readVolume.
 VolumeReadResult readBlocVolume(const QString& path);
 
