@@ -12,8 +12,8 @@
 #include "faultplanemapping.h"
 
 // The voxels of the fault plane mapping (see faultplanemapping.h): which voxels of the
-// data block each fault pixel samples along its normal, counted per slice, then listed
-// slice by slice for a range of slices at a time.
+// data block each fault pixel samples along its normal, listed slice by slice for one
+// range of slices at a time, and counted per slice by the first sweep.
 namespace fault {
 
 // The offsets along the normal, in voxels: position o of a window (0 .. 2W) is the offset
