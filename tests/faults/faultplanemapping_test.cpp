@@ -6,6 +6,9 @@
 #include <functional>
 #include <memory>
 #include <random>
+#include <set>
+#include <string>
+#include <tuple>
 
 #include <QTemporaryDir>
 
@@ -218,10 +221,10 @@ TEST(FaultPlaneMapping, ABlockFileIsReadOneSliceAtATime)
     for (std::size_t s = 1; s < stats.slicesRead.size(); ++s) EXPECT_LT(stats.slicesRead[s - 1], stats.slicesRead[s]);
     EXPECT_EQ(stats.sliceBytes, nx * ny * 4);
     EXPECT_EQ(stats.listSweeps, 1);
-    // A budget of three slices' lists: the lists are made range by range, the result is the
-    // same and each slice is still read once, in order.
+    // A budget of three slices' lists (1000 entries of 8 bytes each): the lists are made
+    // range by range, the result is the same and each slice is still read once, in order.
     FaultPlaneMappingSettings budgeted;
-    budgeted.listBudgetBytes = 3 * 1000 * 12;
+    budgeted.listBudgetBytes = 3 * 1000 * 8;
     FaultPlaneMappingStats small;
     const img::Image inRanges = map(projected, toWorld, file, budgeted, &small);
     for (std::size_t p = 0; p < fromFile.sampleCount(); ++p) ASSERT_EQ(inRanges.data()[p], fromFile.data()[p]);
@@ -231,6 +234,109 @@ TEST(FaultPlaneMapping, ABlockFileIsReadOneSliceAtATime)
     // What it holds at once is a slice and three slices' lists, far below the volume.
     const long long volumeBytes = 4LL * nx * ny * nz;
     EXPECT_LT(small.sliceBytes + small.listBytes + small.imageBytes, volumeBytes / 20);
+}
+
+// A fault across a 40 x 36 x 50 grid: pixel (c, r) at voxel (3 + 0.8 c, 4 + a r, 2 + b r
+// + d c), the normal along (0, -b, a) tilted by `tilt` towards x. Rows climb or descend
+// through the slices (b > 0 or b < 0), or each row crosses many slices (d large).
+struct ObliqueFault {
+    img::Image projected;
+    core::mat4 imageToWorld = core::mat4::zero();
+    ObliqueFault(double a, double b, double d, double tilt, double k0) : projected(44, 40, 1.0f)
+    {
+        imageToWorld(0, 0) = 0.8;
+        imageToWorld(2, 0) = d;
+        imageToWorld(1, 1) = a;
+        imageToWorld(2, 1) = b;
+        imageToWorld(0, 2) = tilt;
+        imageToWorld(1, 2) = -b;
+        imageToWorld(2, 2) = a;
+        imageToWorld(0, 3) = 3.0;
+        imageToWorld(1, 3) = 4.0;
+        imageToWorld(2, 3) = k0;
+        imageToWorld(3, 3) = 1.0;
+        for (int r = 0; r < 40; ++r)
+            for (int c = 0; c < 44; ++c)
+                if ((c * 7 + r * 3) % 11 == 0) projected(c, r) = kNo;  // holes in the fault
+    }
+};
+
+const struct {
+    double a, b, d, tilt, k0;
+} kObliqueFaults[] = {
+    {0.5, 0.83, 0.0, 0.3, 2.0},    // rows climb through the slices
+    {0.6, -0.77, 0.0, -0.2, 46.0}, // rows descend
+    {0.7, 0.1, 1.05, 0.45, 1.0},   // each row crosses most slices
+};
+
+TEST(FaultPlaneMapping, ListBudgetsChangeTheSweepsButNeitherTheSlicesReadNorTheResult)
+{
+    const auto data = dataBloc(40, 36, 50, [](int i, int j, int k) {
+        return (i + 2 * j + 3 * k) % 17 == 0 ? 0.0f : float(1 + i + 40 * j + 1440 * k);
+    });
+    for (const auto& g : kObliqueFaults) {
+        const ObliqueFault f(g.a, g.b, g.d, g.tilt, g.k0);
+        for (Combine combine : {Combine::FirstSample, Combine::Mean}) {
+            FaultPlaneMappingSettings plain;
+            plain.combine = combine;
+            FaultPlaneMappingStats whole;
+            const img::Image reference = map(f.projected, f.imageToWorld, *data, plain, &whole);
+            ASSERT_EQ(whole.listSweeps, 1);
+            ASSERT_GT(whole.pixelsMapped, 800);
+            // Below one block (each slice alone), a few blocks, most of the lists.
+            for (long long budget : {1LL, 40000LL, whole.listBytes * 2 / 3}) {
+                FaultPlaneMappingSettings s = plain;
+                s.listBudgetBytes = budget;
+                FaultPlaneMappingStats st;
+                const img::Image mapped = map(f.projected, f.imageToWorld, *data, s, &st);
+                const std::string where = std::to_string(budget) + " " + std::to_string(int(combine));
+                EXPECT_EQ(st.slicesRead, whole.slicesRead) << where;
+                EXPECT_EQ(st.voxelsListed, whole.voxelsListed) << where;
+                EXPECT_GT(st.listSweeps, 1) << where;
+                if (budget > 1) {
+                    EXPECT_LE(st.listBytes, budget) << where;
+                }
+                for (std::size_t p = 0; p < mapped.sampleCount(); ++p)
+                    ASSERT_EQ(mapped.data()[p], reference.data()[p]) << where << " pixel " << p;
+            }
+        }
+    }
+}
+
+TEST(FaultPlaneMapping, EachPixelListsEachDistinctVoxelOfItsWindowOnce)
+{
+    // Against the obvious count: every offset of every pixel taken to the grid and rounded,
+    // the distinct voxels inside it counted. The combinations keep every offset's voxel.
+    const auto data = dataBloc(40, 36, 50, [](int, int, int) { return 1.0f; });
+    for (const auto& g : kObliqueFaults) {
+        const ObliqueFault f(g.a, g.b, g.d, g.tilt, g.k0);
+        for (int windowSize : {0, 3, 12, 30}) {
+            core::mat4 toBloc;
+            ASSERT_TRUE(fault::faultImageToBlocMatrix(f.imageToWorld, data->blocSpace().getFromWorldToBlocMatrix(), toBloc));
+            long long distinct = 0, all = 0;
+            for (int r = 0; r < f.projected.height(); ++r)
+                for (int c = 0; c < f.projected.width(); ++c) {
+                    if (f.projected(c, r) == kNo) continue;
+                    std::set<std::tuple<long, long, long>> voxels;
+                    for (int o = -windowSize; o <= windowSize; ++o) {
+                        const core::vec3 b = toBloc.transformPoint({double(c), double(r), 0.7 * o});
+                        const long i = std::lround(b.x), j = std::lround(b.y), k = std::lround(b.z);
+                        if (i < 0 || j < 0 || k < 0 || i >= 40 || j >= 36 || k >= 50) continue;
+                        voxels.insert({i, j, k});
+                        ++all;
+                    }
+                    distinct += static_cast<long long>(voxels.size());
+                }
+            FaultPlaneMappingSettings s;
+            s.windowSize = windowSize;
+            FaultPlaneMappingStats plain, mean;
+            map(f.projected, f.imageToWorld, *data, s, &plain);
+            EXPECT_EQ(plain.voxelsListed, distinct) << windowSize;
+            s.combine = Combine::Mean;
+            map(f.projected, f.imageToWorld, *data, s, &mean);
+            EXPECT_EQ(mean.voxelsListed, all) << windowSize;
+        }
+    }
 }
 
 TEST(FaultPlaneMapping, ImageToBlocMatrixCountsTheNormalInDataVoxels)
