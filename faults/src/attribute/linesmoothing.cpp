@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "attribute/vectorclones.h"
 
@@ -41,51 +42,87 @@ void shiftedStep(const float* in, float* cur, const float* const prev[3], const 
     for (int a = std::max(hi, lo); a < n; ++a) edge(a);
 }
 
-} // namespace
-
-std::vector<int> lineOffsets(int count, double shift)
+// out[a] = gain in[a] + sum_i c[i] out[a + from[i]] (`in` may be `out`): the step of
+// smoothAlongLines on a padded slice, whose margins give the zeros beyond its ends.
+FAULT_VECTOR_CLONES
+void paddedStep(const float* in, float* out, const std::ptrdiff_t from[3], const float c[3], int n, float gain)
 {
-    std::vector<int> offsets(static_cast<std::size_t>(std::max(0, count)));
-    for (int b = 0; b < count; ++b) offsets[static_cast<std::size_t>(b)] = lineOffset(b, shift);
-    return offsets;
+    const float* p0 = out + from[0];
+    const float* p1 = out + from[1];
+    const float* p2 = out + from[2];
+#pragma omp simd
+    for (int a = 0; a < n; ++a) {
+        float v = gain * in[a];
+        v += c[0] * p0[a];
+        v += c[1] * p1[a];
+        v += c[2] * p2[a];
+        out[a] = v;
+    }
 }
+
+} // namespace
 
 void smoothAlongLines(float* slice, int na, int nb, double shift, const RecursiveGaussian& gaussian)
 {
-    smoothAlongLines(slice, slice, na, nb, lineOffsets(nb, shift).data(), gaussian);
-}
-
-void smoothAlongLines(const float* source, float* target, int na, int nb, const int* offsets,
-                      const RecursiveGaussian& gaussian)
-{
-    if (na <= 0 || nb <= 0) return;
-    const std::size_t size = static_cast<std::size_t>(na) * nb;
-    if (gaussian.isIdentity()) {
-        if (source != target) std::copy(source, source + size, target);
-        return;
-    }
+    if (gaussian.isIdentity() || na <= 0 || nb <= 0) return;
     const float c[3] = {gaussian.a1(), gaussian.a2(), gaussian.a3()};
-    auto row = [&](int b) { return target + static_cast<std::ptrdiff_t>(b) * na; };
+    auto row = [&](int b) { return slice + static_cast<std::ptrdiff_t>(b) * na; };
     for (int b = 0; b < nb; ++b) {
         const float* prev[3];
         int offset[3];
         for (int i = 0; i < 3; ++i) {
-            const bool inside = b - 1 - i >= 0;
-            prev[i] = inside ? row(b - 1 - i) : nullptr;
-            offset[i] = inside ? offsets[b - 1 - i] - offsets[b] : 0;
+            prev[i] = b - 1 - i >= 0 ? row(b - 1 - i) : nullptr;
+            offset[i] = lineOffset(b - 1 - i, shift) - lineOffset(b, shift);
         }
-        shiftedStep(source + static_cast<std::ptrdiff_t>(b) * na, row(b), prev, offset, c, na, gaussian.gain());
+        shiftedStep(row(b), row(b), prev, offset, c, na, gaussian.gain());
     }
     for (int b = nb - 1; b >= 0; --b) {
         const float* next[3];
         int offset[3];
         for (int i = 0; i < 3; ++i) {
-            const bool inside = b + 1 + i < nb;
-            next[i] = inside ? row(b + 1 + i) : nullptr;
-            offset[i] = inside ? offsets[b + 1 + i] - offsets[b] : 0;
+            next[i] = b + 1 + i < nb ? row(b + 1 + i) : nullptr;
+            offset[i] = lineOffset(b + 1 + i, shift) - lineOffset(b, shift);
         }
         shiftedStep(row(b), row(b), next, offset, c, na, gaussian.gain());
     }
+}
+
+void smoothAlongLinesPadded(const float* first, const float* second, float* firstOut, float* secondOut, int na,
+                            int nb, double shift, const RecursiveGaussian& gaussian)
+{
+    if (na <= 0 || nb <= 0) return;
+    if (gaussian.isIdentity()) {
+        for (int b = 0; b < nb; ++b) {
+            const std::size_t row = static_cast<std::size_t>(b) * na;
+            std::copy(first + row, first + row + na, PaddedSlice::row(firstOut, na, b));
+            std::copy(second + row, second + row + na, PaddedSlice::row(secondOut, na, b));
+        }
+        return;
+    }
+    const float c[3] = {gaussian.a1(), gaussian.a2(), gaussian.a3()};
+    const std::ptrdiff_t pitch = static_cast<std::ptrdiff_t>(PaddedSlice::pitchOf(na));
+    constexpr int kRows = PaddedSlice::kRows;
+    std::vector<int> lines(static_cast<std::size_t>(nb + 2 * kRows));   // lineOffset of rows -kRows..
+    for (int b = -kRows; b < nb + kRows; ++b) lines[static_cast<std::size_t>(b + kRows)] = lineOffset(b, shift);
+    auto line = [&](int b) { return lines[static_cast<std::size_t>(b + kRows)]; };
+    // The margins' zeros stand for the history rows and samples beyond the slice.
+    auto step = [&](const float* in0, const float* in1, int b, int direction) {
+        float* out0 = PaddedSlice::row(firstOut, na, b);
+        float* out1 = PaddedSlice::row(secondOut, na, b);
+        std::ptrdiff_t from[3];
+        for (int i = 0; i < 3; ++i) {
+            const int k = b + direction * (1 + i);
+            from[i] = (k - b) * pitch + line(k) - line(b);
+        }
+        paddedStep(in0, out0, from, c, na, gaussian.gain());
+        paddedStep(in1, out1, from, c, na, gaussian.gain());
+    };
+    for (int b = 0; b < nb; ++b) {
+        const std::size_t row = static_cast<std::size_t>(b) * na;
+        step(first + row, second + row, b, -1);
+    }
+    for (int b = nb - 1; b >= 0; --b)
+        step(PaddedSlice::row(firstOut, na, b), PaddedSlice::row(secondOut, na, b), b, 1);
 }
 
 } // namespace fault::attribute

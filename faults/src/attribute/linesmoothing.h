@@ -1,5 +1,5 @@
 #pragma once
-#include <vector>
+#include <cstddef>
 
 #include "attribute/recursivegaussian.h"
 
@@ -11,18 +11,31 @@ namespace fault::attribute {
 // at a step depends only on that step, wherever a slab starts.
 inline int lineOffset(int step, double shift) { return static_cast<int>(std::lround(step * shift)); }
 
-// lineOffset(b, shift) for b in 0..count-1.
-std::vector<int> lineOffsets(int count, double shift);
-
 // Smooths one slice of na x nb samples (a fastest) by `gaussian` along digital lines
 // that move `shift` samples along a for each sample along b (|shift| <= 1 keeps the
 // lines' samples neighbours), with zero ends: samples beyond the slice count as 0, so
 // that the ratio of two quantities smoothed alike weighs only the samples inside.
 void smoothAlongLines(float* slice, int na, int nb, double shift, const RecursiveGaussian& gaussian);
 
-// The same, reading the slice from `source` and writing the smoothed slice to `target`
-// (which may be `source`); `offsets` holds lineOffsets(nb, shift).
-void smoothAlongLines(const float* source, float* target, int na, int nb, const int* offsets,
-                      const RecursiveGaussian& gaussian);
+// A slice laid out for smoothing without ends to mind: rows of pitchOf(na) floats whose
+// sample 0 is kColumns in, between kRows rows above and below, all of whose margins
+// hold zeros (and are left so).
+struct PaddedSlice {
+    static constexpr int kColumns = 4;   // more than the three rows of history move
+    static constexpr int kRows = 3;      // the recursion's history
+    static std::size_t floats(int na, int nb) { return pitchOf(na) * static_cast<std::size_t>(nb + 2 * kRows); }
+    static std::size_t pitchOf(int na) { return static_cast<std::size_t>(na + 2 * kColumns); }
+    // Sample (0, b) of a padded slice starting at `slice`.
+    static float* row(float* slice, int na, int b)
+    {
+        return slice + static_cast<std::size_t>(b + kRows) * pitchOf(na) + kColumns;
+    }
+};
+
+// Two slices of na x nb samples (a fastest), `first` and `second`, smoothed as
+// smoothAlongLines does into the padded slices `firstOut` and `secondOut`, whose margins
+// must hold zeros; the same results.
+void smoothAlongLinesPadded(const float* first, const float* second, float* firstOut, float* secondOut, int na,
+                            int nb, double shift, const RecursiveGaussian& gaussian);
 
 } // namespace fault::attribute

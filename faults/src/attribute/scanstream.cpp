@@ -174,39 +174,43 @@ GroupExtent extentOf(const StrikeGroup& group)
 }
 
 // Strike-smoothed factors of a window of consecutive slices that moves down the slab,
-// in a ring of slots.
+// in a ring of padded slices (linesmoothing.h).
 class SmoothedWindow {
 public:
-    void attach(float* memory, int slots, std::size_t sliceSize)
+    void attach(float* memory, int slots, int na, int nb)
     {
+        m_size = PaddedSlice::floats(na, nb);
         m_num = memory;
-        m_den = memory + sliceSize * static_cast<std::size_t>(slots);
+        m_den = memory + m_size * static_cast<std::size_t>(slots);
+        std::fill(m_num, m_num + 2 * m_size * static_cast<std::size_t>(slots), 0.0F);
         m_slots = slots;
-        m_size = sliceSize;
+        m_na = na;
         m_held.assign(static_cast<std::size_t>(slots), INT_MIN);
     }
     // Smooths the factor slices of [from, to) not held yet (to - from <= slots).
-    void prepare(int from, int to, const ScanFactors& f, const int* offsets, const RecursiveGaussian& gaussian)
+    void prepare(int from, int to, const ScanFactors& f, double shift, const RecursiveGaussian& gaussian)
     {
-        const int na = f.numerator.na(), nb = f.numerator.nb();
         for (int k = std::max(from, f.firstSlice); k < std::min(to, f.firstSlice + f.numerator.nz()); ++k) {
             const std::size_t s = slot(k);
             if (m_held[s] == k) continue;
-            smoothAlongLines(f.numerator.slice(k - f.firstSlice), m_num + s * m_size, na, nb, offsets, gaussian);
-            smoothAlongLines(f.denominator.slice(k - f.firstSlice), m_den + s * m_size, na, nb, offsets, gaussian);
+            smoothAlongLinesPadded(f.numerator.slice(k - f.firstSlice), f.denominator.slice(k - f.firstSlice),
+                                   m_num + s * m_size, m_den + s * m_size, f.numerator.na(), f.numerator.nb(), shift,
+                                   gaussian);
             m_held[s] = k;
         }
     }
-    // Slice k, null when it lies outside the factors (prepared before).
-    const float* numerator(int k) const { return m_held[slot(k)] == k ? m_num + slot(k) * m_size : nullptr; }
-    const float* denominator(int k) const { return m_held[slot(k)] == k ? m_den + slot(k) * m_size : nullptr; }
+    // Row b of slice k, null when the slice lies outside the factors (prepared before).
+    const float* numerator(int k, int b) const { return m_held[slot(k)] == k ? row(m_num, k, b) : nullptr; }
+    const float* denominator(int k, int b) const { return m_held[slot(k)] == k ? row(m_den, k, b) : nullptr; }
 
 private:
     std::size_t slot(int k) const { return static_cast<std::size_t>(((k % m_slots) + m_slots) % m_slots); }
+    const float* row(float* slices, int k, int b) const { return PaddedSlice::row(slices + slot(k) * m_size, m_na, b); }
 
     float* m_num = nullptr;
     float* m_den = nullptr;
     int m_slots = 1;
+    int m_na = 0;
     std::size_t m_size = 0;
     std::vector<int> m_held;   // slice held by each slot
 };
@@ -216,10 +220,10 @@ struct DipStep {
     bool active = false;
     int delta = 0;         // samples the lines moved along a since the step before
     int base = 0;          // where the row's window starts in its storage
-    const float* enterNum = nullptr;
-    const float* enterDen = nullptr;
-    const float* leaveNum = nullptr;
-    const float* leaveDen = nullptr;
+    int enterSlice = 0;    // the slices entering and leaving the window
+    int leaveSlice = 0;
+    bool enters = false;
+    bool leaves = false;
     int enterOffset = 0;   // lines' move from this slice to the entering one
     int leaveOffset = 0;
     Span spans[kMostSpans];
@@ -248,7 +252,8 @@ double ScanStream::workingSlices(const ScanPlan& plan, int shortestSide)
     double most = 0.0;
     const double side = std::max(1, shortestSide);
     for (const StrikeGroup& g : plan.groups) {
-        const double rings = 4.0 * (kBlock + extentOf(g).spread());
+        const double padding = (side + 2.0 * PaddedSlice::kColumns) * (side + 2.0 * PaddedSlice::kRows) / (side * side);
+        const double rings = 4.0 * (kBlock + extentOf(g).spread()) * padding;
         const double sums = 2.0 * static_cast<double>(g.dips.size()) *
                             (side + 2.0 * windowMargin(g) + baseSlack(g)) / side;
         most = std::max(most, rings + sums + kBlock);
@@ -269,7 +274,8 @@ bool ScanStream::run(const StrikeGroup& group, const ScanFactors& f, SharedKeys&
     const std::size_t pitch = static_cast<std::size_t>(width + slack);
     const int slots = kBlock + extent.spread();
     const std::size_t blockKeys = sliceSize * kBlock;
-    if (!m_rings.reserve(4 * sliceSize * static_cast<std::size_t>(slots)) ||
+    const std::size_t padded = PaddedSlice::floats(na, nb);
+    if (!m_rings.reserve(4 * padded * static_cast<std::size_t>(slots)) ||
         !m_sums.reserve(2 * static_cast<std::size_t>(dips) * nb * pitch))
         return false;
     if (m_blockKeysSize < blockKeys) {
@@ -279,10 +285,9 @@ bool ScanStream::run(const StrikeGroup& group, const ScanFactors& f, SharedKeys&
     }
     std::fill(m_sums.data.get(), m_sums.data.get() + 2 * static_cast<std::size_t>(dips) * nb * pitch, 0.0F);
     SmoothedWindow entering, leaving;
-    entering.attach(m_rings.data.get(), slots, sliceSize);
-    leaving.attach(m_rings.data.get() + 2 * sliceSize * static_cast<std::size_t>(slots), slots, sliceSize);
+    entering.attach(m_rings.data.get(), slots, na, nb);
+    leaving.attach(m_rings.data.get() + 2 * padded * static_cast<std::size_t>(slots), slots, na, nb);
     const RecursiveGaussian gaussian(group.sigmaSteps);
-    const std::vector<int> offsets = lineOffsets(nb, group.shift);
 
     const int z0 = keys.first(), z1 = keys.end();
     const int zStart = z0 - 2 * extent.halfMax;   // the first slice whose window reaches a keyed slice
@@ -316,10 +321,10 @@ bool ScanStream::run(const StrikeGroup& group, const ScanFactors& f, SharedKeys&
                 }
             base[j] = target;
         }
-        entering.prepare(z + extent.halfMin, zEnd + extent.halfMax, f, offsets.data(), gaussian);
+        entering.prepare(z + extent.halfMin, zEnd + extent.halfMax, f, group.shift, gaussian);
         const int firstLeaving = std::max(z, z0 + 1);
         if (firstLeaving < zEnd)
-            leaving.prepare(firstLeaving - extent.halfMax - 1, zEnd - extent.halfMin - 1, f, offsets.data(), gaussian);
+            leaving.prepare(firstLeaving - extent.halfMax - 1, zEnd - extent.halfMin - 1, f, group.shift, gaussian);
 
         for (int z2 = z; z2 < zEnd; ++z2) {
             const bool keyed = z2 >= z0;
@@ -333,15 +338,13 @@ bool ScanStream::run(const StrikeGroup& group, const ScanFactors& f, SharedKeys&
                 s.base = base[j];
                 s.active = z2 >= z0 - 2 * half;
                 if (!s.active) continue;
-                s.enterNum = entering.numerator(z2 + half);
-                s.enterDen = entering.denominator(z2 + half);
-                s.enterOffset = line(j, z2 + half) - here;
-                const bool leaves = z2 > z0;
-                s.leaveNum = leaves ? leaving.numerator(z2 - half - 1) : nullptr;
-                s.leaveDen = leaves ? leaving.denominator(z2 - half - 1) : nullptr;
-                s.leaveOffset = leaves ? line(j, z2 - half - 1) - here : 0;
-                s.spanCount = spansOf(na, margin, s.enterNum != nullptr, s.enterOffset, s.leaveNum != nullptr,
-                                      s.leaveOffset, keyed, s.spans);
+                s.enterSlice = z2 + half;
+                s.enters = entering.numerator(s.enterSlice, 0) != nullptr;
+                s.enterOffset = line(j, s.enterSlice) - here;
+                s.leaveSlice = z2 - half - 1;
+                s.leaves = z2 > z0 && leaving.numerator(s.leaveSlice, 0) != nullptr;
+                s.leaveOffset = s.leaves ? line(j, s.leaveSlice) - here : 0;
+                s.spanCount = spansOf(na, margin, s.enters, s.enterOffset, s.leaves, s.leaveOffset, keyed, s.spans);
             }
         }
         // The running sums of a row stay in cache while it goes through the block.
@@ -364,10 +367,10 @@ bool ScanStream::run(const StrikeGroup& group, const ScanFactors& f, SharedKeys&
                     }
                     const StepRows rows{num,
                                         den,
-                                        s.enterNum != nullptr ? s.enterNum + row + s.enterOffset : nullptr,
-                                        s.enterDen != nullptr ? s.enterDen + row + s.enterOffset : nullptr,
-                                        s.leaveNum != nullptr ? s.leaveNum + row + s.leaveOffset : nullptr,
-                                        s.leaveDen != nullptr ? s.leaveDen + row + s.leaveOffset : nullptr,
+                                        s.enters ? entering.numerator(s.enterSlice, b) + s.enterOffset : nullptr,
+                                        s.enters ? entering.denominator(s.enterSlice, b) + s.enterOffset : nullptr,
+                                        s.leaves ? leaving.numerator(s.leaveSlice, b) + s.leaveOffset : nullptr,
+                                        s.leaves ? leaving.denominator(s.leaveSlice, b) + s.leaveOffset : nullptr,
                                         m_blockKeys.get() + (z2 - z) * sliceSize + row};
                     advanceSpans(s.spans, s.spanCount, rows, f.floor,
                                  static_cast<std::uint32_t>(group.dips[j].scan));

@@ -152,20 +152,37 @@ TEST(FaultScanner, KeysHoldTheSmallestSemblanceOfTheWindowsSummedSliceBySlice)
     }
 }
 
-TEST(LineSmoothing, SmoothingIntoAnotherSliceGivesTheInPlaceResultAndLeavesTheSourceAlone)
+TEST(LineSmoothing, PaddedSlicesGetTheInPlaceResultAndKeepTheirZeroMargins)
 {
     const int na = 23, nb = 19;
-    std::vector<float> source(static_cast<std::size_t>(na) * nb);
-    for (std::size_t i = 0; i < source.size(); ++i) source[i] = std::sin(0.37F * static_cast<float>(i));
+    std::vector<float> first(static_cast<std::size_t>(na) * nb), second(first.size());
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        first[i] = std::sin(0.37F * static_cast<float>(i));
+        second[i] = std::cos(0.11F * static_cast<float>(i));
+    }
     for (double sigma : {0.3, 2.5}) {
         for (double shift : {0.0, 0.6, -1.0}) {
-            std::vector<float> inPlace = source, target(source.size(), 7.0F);
-            const std::vector<float> before = source;
-            smoothAlongLines(inPlace.data(), na, nb, shift, RecursiveGaussian(sigma));
-            smoothAlongLines(source.data(), target.data(), na, nb, lineOffsets(nb, shift).data(),
-                             RecursiveGaussian(sigma));
-            EXPECT_EQ(target, inPlace) << sigma << " " << shift;
-            EXPECT_EQ(source, before);
+            std::vector<float> inPlace0 = first, inPlace1 = second;
+            smoothAlongLines(inPlace0.data(), na, nb, shift, RecursiveGaussian(sigma));
+            smoothAlongLines(inPlace1.data(), na, nb, shift, RecursiveGaussian(sigma));
+            std::vector<float> out0(PaddedSlice::floats(na, nb), 0.0F), out1(out0.size(), 0.0F);
+            smoothAlongLinesPadded(first.data(), second.data(), out0.data(), out1.data(), na, nb, shift,
+                                   RecursiveGaussian(sigma));
+            double inside0 = 0.0, inside1 = 0.0, all0 = 0.0, all1 = 0.0;
+            for (int b = 0; b < nb; ++b)
+                for (int a = 0; a < na; ++a) {
+                    const std::size_t i = static_cast<std::size_t>(b) * na + a;
+                    ASSERT_NEAR(PaddedSlice::row(out0.data(), na, b)[a], inPlace0[i], 1e-6F) << shift << " " << a;
+                    ASSERT_NEAR(PaddedSlice::row(out1.data(), na, b)[a], inPlace1[i], 1e-6F) << shift << " " << a;
+                    inside0 += std::fabs(PaddedSlice::row(out0.data(), na, b)[a]);
+                    inside1 += std::fabs(PaddedSlice::row(out1.data(), na, b)[a]);
+                }
+            for (std::size_t i = 0; i < out0.size(); ++i) {
+                all0 += std::fabs(out0[i]);
+                all1 += std::fabs(out1[i]);
+            }
+            EXPECT_EQ(all0, inside0);   // nothing written to the margins
+            EXPECT_EQ(all1, inside1);
         }
     }
 }
