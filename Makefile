@@ -34,7 +34,7 @@ test-asan: deps
 # run on one thread here: GCC's OpenMP runtime is not instrumented, and its barriers would
 # be reported as races. Qt is not instrumented either: see tests/support/tsan-qt.supp.
 TSAN_TARGETS ?= zanthor_tests zanthorui_tests faultsui_tests studio_tests
-TSAN_TESTS   ?= ^(EventBus|ProgressBar|Process|MessageBox|BackgroundTask|Frame|FrameProcess|GuiEventBus|MessageLog|NotificationArea|ProgressPanel|ProjectBrowser[A-Za-z]*|Studio[A-Za-z0-9]*Test|PickingTest)\.
+TSAN_TESTS   ?= ^(EventBus|ProgressBar|Process|MessageBox|BackgroundTask|Frame|FrameProcess|GuiEventBus|MessageLog|NotificationArea|ProgressPanel|ProjectBrowser[A-Za-z]*|Studio[A-Za-z0-9]*Test|PickingTest|FaultViewer[A-Za-z]*|FaultCleaning[A-Za-z]*)\.
 
 test-tsan: deps
 	cmake -S . -B $(TSAN_BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DKORVALITH_TSAN=ON -DKORVALITH_BUILD_BENCHMARKS=OFF
