@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <vector>
 
 #include <omp.h>
 #include <znstridedprogress.h>
@@ -53,6 +54,11 @@ bool FaultScanner::scan(SlabArray<float>& numerator, SlabArray<float>& denominat
     const qint64 progressStart = progress.done();
     std::atomic<int> done{0};
     std::atomic<bool> stop{false};   // cancelled or out of memory
+    // The streams' memory is taken here, by the calling thread, and given back at the end.
+    const int nx = numerator.na(), ny = numerator.nb();
+    std::vector<ScanStream> streams(static_cast<std::size_t>(streamCount()));
+    for (ScanStream& s : streams)
+        if (!s.reserve(m_plan, nx, ny)) return false;
     bool failed = false;
     bool transposed = false;
     for (const bool pass : {false, true}) {
@@ -67,9 +73,9 @@ bool FaultScanner::scan(SlabArray<float>& numerator, SlabArray<float>& denominat
         }
         const int count = static_cast<int>(groups.size());
         // Each thread streams whole groups: the threads meet only at the end of the pass.
-#pragma omp parallel num_threads(streamCount())
+#pragma omp parallel num_threads(static_cast<int>(streams.size()))
         {
-            ScanStream stream;
+            ScanStream& stream = streams[static_cast<std::size_t>(omp_get_thread_num())];
 #pragma omp for schedule(dynamic, 1)
             for (int i = 0; i < count; ++i) {
                 if (stop.load(std::memory_order_relaxed)) continue;

@@ -261,6 +261,34 @@ double ScanStream::workingSlices(const ScanPlan& plan, int shortestSide)
     return most;
 }
 
+ScanStream::Sizes ScanStream::sizesOf(const StrikeGroup& group, int na, int nb)
+{
+    const std::size_t slots = static_cast<std::size_t>(kBlock + extentOf(group).spread());
+    const std::size_t pitch = static_cast<std::size_t>(na + 2 * windowMargin(group) + baseSlack(group));
+    return {4 * PaddedSlice::floats(na, nb) * slots, 2 * group.dips.size() * static_cast<std::size_t>(nb) * pitch,
+            static_cast<std::size_t>(na) * nb * kBlock};
+}
+
+bool ScanStream::reserve(const ScanPlan& plan, int nx, int ny)
+{
+    Sizes most{0, 0, 0};
+    for (const StrikeGroup& g : plan.groups) {
+        const Sizes s = g.transposed ? sizesOf(g, ny, nx) : sizesOf(g, nx, ny);
+        most = {std::max(most.rings, s.rings), std::max(most.sums, s.sums), std::max(most.keys, s.keys)};
+    }
+    return reserveSizes(most);
+}
+
+bool ScanStream::reserveSizes(const Sizes& sizes)
+{
+    if (!m_rings.reserve(sizes.rings) || !m_sums.reserve(sizes.sums)) return false;
+    if (m_blockKeysSize < sizes.keys) {
+        m_blockKeys.reset(new (std::nothrow) std::uint32_t[sizes.keys]);
+        m_blockKeysSize = m_blockKeys ? sizes.keys : 0;
+    }
+    return m_blockKeys != nullptr;
+}
+
 bool ScanStream::run(const StrikeGroup& group, const ScanFactors& f, SharedKeys& keys,
                      const std::atomic<bool>& stop)
 {
@@ -273,16 +301,8 @@ bool ScanStream::run(const StrikeGroup& group, const ScanFactors& f, SharedKeys&
     const int slack = baseSlack(group);
     const std::size_t pitch = static_cast<std::size_t>(width + slack);
     const int slots = kBlock + extent.spread();
-    const std::size_t blockKeys = sliceSize * kBlock;
     const std::size_t padded = PaddedSlice::floats(na, nb);
-    if (!m_rings.reserve(4 * padded * static_cast<std::size_t>(slots)) ||
-        !m_sums.reserve(2 * static_cast<std::size_t>(dips) * nb * pitch))
-        return false;
-    if (m_blockKeysSize < blockKeys) {
-        m_blockKeys.reset(new (std::nothrow) std::uint32_t[blockKeys]);
-        m_blockKeysSize = m_blockKeys ? blockKeys : 0;
-        if (!m_blockKeys) return false;
-    }
+    if (!reserveSizes(sizesOf(group, na, nb))) return false;
     std::fill(m_sums.data.get(), m_sums.data.get() + 2 * static_cast<std::size_t>(dips) * nb * pitch, 0.0F);
     SmoothedWindow entering, leaving;
     entering.attach(m_rings.data.get(), slots, na, nb);

@@ -54,12 +54,24 @@ public:
     // slabs whose lateral axes are both at least `shortestSide` samples long.
     static double workingSlices(const ScanPlan& plan, int shortestSide);
 
+    // Takes the memory the groups of `plan` need on a slab of nx x ny (either layout), so
+    // that the calling thread allocates it and gets it back when the stream goes (the
+    // threads running the streams would keep it in their own heaps). False when memory
+    // runs out.
+    bool reserve(const ScanPlan& plan, int nx, int ny);
+
     // Streams `group` down the slab into `keys`. False when memory runs out or `stop`
     // is seen set (between blocks).
     bool run(const StrikeGroup& group, const ScanFactors& factors, SharedKeys& keys,
              const std::atomic<bool>& stop);
 
 private:
+    struct Sizes {
+        std::size_t rings, sums, keys;
+    };
+    static Sizes sizesOf(const StrikeGroup& group, int na, int nb);
+    bool reserveSizes(const Sizes& sizes);
+
     // Grow-only float storage that keeps its pages from one group to the next.
     struct Buffer {
         std::unique_ptr<float[]> data;
