@@ -34,7 +34,7 @@ AttributeSlabPlan planAttributeSlabs(int nx, int ny, int nz, const ScanPlan& sca
     // Factors of the scan's halo, the cells of the slopes' halo, one chunk of seismic,
     // the scan's ring and sums, the output chunk and the finishing scratch.
     plan.fixedSlices = 2.0 * 2 * plan.scanHalo + kCellShare * (2 * plan.scanHalo + 2 * plan.slopeHalo + 2) +
-                       (plan.chunkSlices + 2 * readHalo) + FaultScanner(scans).workingSlices() +
+                       (plan.chunkSlices + 2 * readHalo) + FaultScanner(scans).workingSlices(std::min(nx, ny)) +
                        4.0 * kOutputChunkSlices;
     const int halo = static_cast<int>(std::ceil(plan.fixedSlices / kFloatsPerKeyedSample));
     const core::Triplet planned =

@@ -25,9 +25,9 @@ inline int keyScan(std::uint32_t key) { return static_cast<int>(key & 0xFFFFu); 
 // along digital lines, so each further slice costs one add and one subtract whatever
 // the window's length). Every voxel keeps the orientation of smallest semblance.
 //
-// The slab streams down slice by slice: only the window's slices of strike-smoothed
-// factors and one running sum per dip are held besides the factors and the keys, and
-// the rows of a slice are shared among the OpenMP threads.
+// Each OpenMP thread streams whole strike groups down the slab (scanstream.h), so that
+// the threads meet only when the layout turns; they fold their keys into the slab's a
+// slice at a time.
 class FaultScanner {
 public:
     explicit FaultScanner(const ScanPlan& plan) : m_plan(plan) {}
@@ -45,8 +45,11 @@ public:
     bool scan(SlabArray<float>& numerator, SlabArray<float>& denominator, int firstSlice,
               SlabArray<std::uint32_t>& keys, int firstKeyed, ZNStridedProgress& progress) const;
 
-    // Slices of nx x ny floats a scan holds besides the factors and the keys.
-    double workingSlices() const;
+    // Slices of nx x ny floats a scan holds besides the factors and the keys, on a
+    // volume whose lateral sides are at least `shortestSide` samples.
+    double workingSlices(int shortestSide) const;
+    // Groups streamed at once: one per OpenMP thread, at most the groups of one layout.
+    int streamCount() const;
 
     // Items of progress one scan() counts.
     int progressSteps() const { return static_cast<int>(m_plan.groups.size()); }
