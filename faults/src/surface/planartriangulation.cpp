@@ -314,12 +314,6 @@ constexpr int kQuantumDigits = 40;
 // Points closer than this to a constraint's inside, relative to the extent, are made
 // points of it: nearly degenerate corners would stall the refinement.
 constexpr double kOnEdgeTolerance = 1e-9;
-// Points closer than this to the outline of the convex hull, relative to the span, are
-// corners of it when the hull is the domain. A stick along the hull's edge is never quite
-// straight (picks snap to samples, sections are not quite parallel): dropped from the
-// outline, it would leave a sliver between itself and the hull's edge, narrower than any
-// edge bound, that the refinement fills with millions of triangles.
-constexpr double kHullOutlineTolerance = 1e-2;
 // The seeding lattice: its side relative to the edge bound, the height of its rows
 // relative to its side, and the clearance it keeps from vertices and constraints
 // relative to its side.
@@ -337,63 +331,6 @@ double extentOf(const std::vector<core::vec2>& positions)
     double extent = 0.0;
     for (const core::vec2& p : positions) extent = std::max({extent, std::fabs(p.x), std::fabs(p.y)});
     return extent;
-}
-
-// The larger side of the bounding box of `positions`; 0 for none.
-double spanOf(const std::vector<core::vec2>& positions)
-{
-    if (positions.empty()) return 0.0;
-    core::vec2 low = positions.front(), high = positions.front();
-    for (const core::vec2& p : positions) {
-        low = core::vec2(std::min(low.x, p.x), std::min(low.y, p.y));
-        high = core::vec2(std::max(high.x, p.x), std::max(high.y, p.y));
-    }
-    return std::max(high.x - low.x, high.y - low.y);
-}
-
-// Whether the closed loop `loop` of `positions` is simple: no point twice, no two edges
-// meeting but at the corner they share, no corner folding back on itself.
-bool isSimpleLoop(const std::vector<core::vec2>& positions, const std::vector<int>& loop)
-{
-    const size_t n = loop.size();
-    if (n < 3) return false;
-    std::vector<int> sorted = loop;
-    std::sort(sorted.begin(), sorted.end());
-    if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) return false;
-    const auto turn = [](const core::vec2& o, const core::vec2& a, const core::vec2& b) {
-        return (a.x - o.x) * (b.y - o.y) - (a.y - o.y) * (b.x - o.x);
-    };
-    const auto onSegment = [](const core::vec2& a, const core::vec2& b, const core::vec2& p) {
-        return std::min(a.x, b.x) <= p.x && p.x <= std::max(a.x, b.x) && std::min(a.y, b.y) <= p.y &&
-               p.y <= std::max(a.y, b.y);
-    };
-    const auto meet = [&](const core::vec2& a, const core::vec2& b, const core::vec2& c, const core::vec2& d) {
-        const double d1 = turn(c, d, a), d2 = turn(c, d, b), d3 = turn(a, b, c), d4 = turn(a, b, d);
-        if (((d1 > 0 && d2 < 0) || (d1 < 0 && d2 > 0)) && ((d3 > 0 && d4 < 0) || (d3 < 0 && d4 > 0))) return true;
-        return (d1 == 0 && onSegment(c, d, a)) || (d2 == 0 && onSegment(c, d, b)) ||
-               (d3 == 0 && onSegment(a, b, c)) || (d4 == 0 && onSegment(a, b, d));
-    };
-    for (size_t i = 0; i < n; ++i) {
-        const core::vec2& a = positions[loop[i]];
-        const core::vec2& b = positions[loop[(i + 1) % n]];
-        const core::vec2& c = positions[loop[(i + 2) % n]];
-        if (turn(a, b, c) == 0.0 && (b - a).dot(c - b) < 0.0) return false;  // folds back
-        for (size_t j = i + 2; j < n; ++j) {
-            if ((j + 1) % n == i) continue;  // the edge before i: they share a corner
-            if (meet(a, b, positions[loop[j]], positions[loop[(j + 1) % n]])) return false;
-        }
-    }
-    return true;
-}
-
-// The outline of the convex hull used as the domain: through the points near it (see
-// kHullOutlineTolerance) when that outline is a simple loop, as for any set of some
-// width; the strict hull otherwise (points nearly in one line).
-std::vector<int> hullOutline(const std::vector<core::vec2>& positions, double tolerance)
-{
-    std::vector<int> loose = convexHull(positions, kHullOutlineTolerance * spanOf(positions));
-    if (isSimpleLoop(positions, loose)) return loose;
-    return convexHull(positions, tolerance);
 }
 
 // `positions` rounded to multiples of a power of two kQuantumDigits below their extent.

@@ -60,6 +60,14 @@ std::vector<std::vector<int>> envelopeStrips(const StickLayout& layout, const St
 // the price of corners a little reflex.
 std::vector<int> convexHull(const std::vector<core::vec2>& points, double keepWithin = 0.0);
 
+// The outline of the convex hull of `points` used as a meshing domain: through every
+// point within a hundredth of the points' span of it when that outline is a simple loop,
+// as for any set of some width (a stick along the hull's edge is never quite straight,
+// and left out of the outline it would leave a sliver that refinement fills with
+// millions of triangles); otherwise, for points nearly in one line, the strict hull
+// keeping the points within `tolerance`.
+std::vector<int> hullOutline(const std::vector<core::vec2>& points, double tolerance);
+
 // The sticks widened by `distance` (world units): every stick of two points or more is
 // lengthened at both ends along its end segments, and the two outermost main sticks are
 // copied `distance` further out across the sticks, on the plane. Distance 0 or less, or
