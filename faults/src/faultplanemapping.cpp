@@ -242,7 +242,7 @@ FaultPlaneMappingResult mapDataOnFaultPlane(const img::Image& projected, const c
         dropUncorrelatedPixels(result, acc.traces, window.count(), settings.correlationThreshold);
     if (settings.interpolationRadius > 0) interpolateHoles(result, projected, settings.interpolationRadius);
     if (settings.smoothing) smoothValued(result, settings.spatialDeviation, settings.verticalDeviation);
-    for (std::size_t p = 0; p < pixels; ++p) st.pixelsMapped += result.data()[p] != kNoValue;
+    st.pixelsMapped += static_cast<int>(img::countValued(result));
     mapped = std::move(result);
     return Result::Done;
 }

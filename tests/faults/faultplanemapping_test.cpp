@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 
 #include <faultplanemapping.h>
+#include <img/holefill.h>
 #include <testservices.h>
 #include <znbloc.h>
 
@@ -74,13 +75,6 @@ img::Image map(const img::Image& projected, const core::mat4& toWorld, ZNBloc& d
     return mapped;
 }
 
-int valued(const img::Image& image)
-{
-    int n = 0;
-    for (std::size_t p = 0; p < image.sampleCount(); ++p) n += image.data()[p] != kNo;
-    return n;
-}
-
 } // namespace
 
 // ----- the plain mapping -----
@@ -92,7 +86,7 @@ TEST(FaultPlaneMapping, AllZeroDataLeavesEveryPixelWithoutValue)
     const img::Image mapped = map(f.projected, f.imageToWorld, *data);
     ASSERT_EQ(mapped.width(), 20);
     ASSERT_EQ(mapped.height(), 15);
-    EXPECT_EQ(valued(mapped), 0);
+    EXPECT_EQ(img::countValued(mapped), 0u);
 }
 
 TEST(FaultPlaneMapping, AFaultOnOneSliceReadsThatSliceAndItsNeighboursWithinTwoPointOneVoxels)
@@ -106,7 +100,7 @@ TEST(FaultPlaneMapping, AFaultOnOneSliceReadsThatSliceAndItsNeighboursWithinTwoP
         EXPECT_EQ(stats.voxelsListed, 12 * 9 * 5);  // seven offsets, five distinct voxels a pixel
         // The first sample wins: the one of the smallest slice, 2.1 voxels above.
         EXPECT_EQ(mapped(5, 4), 108.0f);
-        EXPECT_EQ(valued(mapped), 12 * 9);
+        EXPECT_EQ(img::countValued(mapped), 12u * 9);
     }
 }
 
@@ -155,7 +149,7 @@ TEST(FaultPlaneMapping, AFinerImageThanTheDataIsFilledBetweenSamplesAndKeepsItsO
                 EXPECT_NEAR(mapped(c, r), 100 + (1 + 0.5 * c) + 2 * (2 + 0.5 * r), 1.6);
             }
         }
-    EXPECT_GE(valued(mapped), inside * 97 / 100);
+    EXPECT_GE(img::countValued(mapped), static_cast<std::size_t>(inside) * 97 / 100);
 }
 
 TEST(FaultPlaneMapping, PixelsMappingOutsideTheDataStayWithoutValue)
@@ -402,7 +396,7 @@ TEST(FaultPlaneMappingSettings, SmoothChoosesHowTheWindowsSamplesCombine)
         FaultPlaneMappingSettings s;
         s.combine = c.combine;
         const img::Image mapped = map(f.projected, f.imageToWorld, *data, s);
-        EXPECT_EQ(valued(mapped), 24);
+        EXPECT_EQ(img::countValued(mapped), 24u);
         EXPECT_FLOAT_EQ(mapped(3, 2), c.expected) << int(c.combine);
     }
     FaultPlaneMappingSettings s;
@@ -426,7 +420,7 @@ TEST(FaultPlaneMappingSettings, CorrThresholdDropsPixelsWhoseWindowDoesNotFollow
     const FlatFault f(30, 30, 15.0);
     FaultPlaneMappingSettings s;
     s.windowSize = 6;  // 13 samples a window
-    EXPECT_EQ(valued(map(f.projected, f.imageToWorld, *data, s)), 900);  // 0: off
+    EXPECT_EQ(img::countValued(map(f.projected, f.imageToWorld, *data, s)), 900u);  // 0: off
     s.correlationThreshold = 0.5;
     const img::Image checked = map(f.projected, f.imageToWorld, *data, s);
     int droppedInside = 0;

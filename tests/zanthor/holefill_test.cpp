@@ -18,13 +18,6 @@ img::Image square(std::initializer_list<std::pair<int, int>> holes)
     return image;
 }
 
-int valued(const img::Image& image)
-{
-    int n = 0;
-    for (std::size_t p = 0; p < image.sampleCount(); ++p) n += image.data()[p] != kNo;
-    return n;
-}
-
 } // namespace
 
 TEST(HoleFill, HolesCloseWithTheMeanOfTheirNeighboursAndTheOutlineStays)
@@ -34,7 +27,7 @@ TEST(HoleFill, HolesCloseWithTheMeanOfTheirNeighboursAndTheOutlineStays)
     EXPECT_FLOAT_EQ(single(4, 4), 14.0f);  // the mean of a linear field around it
     img::Image image = square({{4, 4}, {3, 5}, {4, 5}, {6, 3}});  // the last on the edge
     EXPECT_EQ(img::fillHoles(image, 10, 3, img::HoleGrowth::HolesOnly), 4);
-    EXPECT_EQ(valued(image), 25);           // nothing outside the square
+    EXPECT_EQ(img::countValued(image), 25u);          // nothing outside the square
 }
 
 TEST(HoleFill, SettingsDecideWhatIsFilled)
@@ -61,5 +54,5 @@ TEST(HoleFill, AnImageWithoutValuesStaysEmpty)
 {
     img::Image image(5, 5, kNo);
     EXPECT_EQ(img::fillHoles(image, 10, 1, img::HoleGrowth::Grow), 0);
-    EXPECT_EQ(valued(image), 0);
+    EXPECT_EQ(img::countValued(image), 0u);
 }

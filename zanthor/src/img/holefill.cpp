@@ -55,4 +55,11 @@ int fillHoles(Image& image, int maxPasses, int minNeighbours, HoleGrowth growth)
     return filled;
 }
 
+std::size_t countValued(const Image& image)
+{
+    std::size_t n = 0;
+    for (std::size_t p = 0; p < image.sampleCount(); ++p) n += image.data()[p] != kNoValue;
+    return n;
+}
+
 } // namespace img

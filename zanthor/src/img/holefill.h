@@ -24,4 +24,7 @@ enum class HoleGrowth {
 // is left as it is.
 int fillHoles(Image& image, int maxPasses, int minNeighbours, HoleGrowth growth);
 
+// The number of samples of `image` that hold a value (are not -9999.0).
+std::size_t countValued(const Image& image);
+
 } // namespace img
