@@ -19,6 +19,17 @@ ZN3DImage<int>* segmentLikelihood(ZN3DImage<float>* likelihood,
         progressParent);
 }
 
+bool mergePatchesIntoFaults(ZNFaultPatchManager& set, const AutomaticExtractionSettings& settings,
+                            int progressParent, int* joined, int* dropped)
+{
+    if (!set.fastContactMerging(settings.maxMergeCost, progressParent)) return false;
+    const ZNFaultPatchManager::LeftoverOutcome leftovers =
+        set.settleCrossingLeftovers(settings.maxPatchSize, settings.maxMergeCost);
+    if (joined) *joined = leftovers.joined;
+    if (dropped) *dropped = leftovers.dropped;
+    return true;
+}
+
 ZNFaultPatchManager* extractAutomaticFaults(ZN3DImage<float>* likelihood,
                                             const AutomaticExtractionSettings& settings,
                                             int progressParent)
@@ -27,8 +38,7 @@ ZNFaultPatchManager* extractAutomaticFaults(ZN3DImage<float>* likelihood,
     if (!labels) return nullptr;
     std::unique_ptr<ZNFaultPatchManager> set(new (std::nothrow) ZNFaultPatchManager());
     if (!set || !set->init(labels.get())) return nullptr;
-    if (!set->fastContactMerging(settings.maxMergeCost, progressParent)) return nullptr;
-    set->settleCrossingLeftovers(settings.maxPatchSize, settings.maxMergeCost);
+    if (!mergePatchesIntoFaults(*set, settings, progressParent)) return nullptr;
     return set.release();
 }
 

@@ -25,9 +25,16 @@ struct AutomaticExtractionSettings {
 ZN3DImage<int>* segmentLikelihood(ZN3DImage<float>* likelihood,
                                   const AutomaticExtractionSettings& settings, int progressParent);
 
+// Merges the patches of an automatic fault set into faults: fastContactMerging up to
+// maxMergeCost, then the faults left over where faults cross settled
+// (settleCrossingLeftovers, at most maxPatchSize voxels), whose counts go to `joined` and
+// `dropped` when given. False when the merging was cancelled (merges made so far stay,
+// no leftover is settled).
+bool mergePatchesIntoFaults(ZNFaultPatchManager& set, const AutomaticExtractionSettings& settings,
+                            int progressParent, int* joined = nullptr, int* dropped = nullptr);
+
 // Segments `likelihood` and builds from the labels an automatic fault set (label k is
-// patch k), then merges its patches by fastContactMerging and settles the faults left
-// over where faults cross (settleCrossingLeftovers, at most maxPatchSize voxels). Returns the new fault set
+// patch k), then merges its patches into faults (mergePatchesIntoFaults). Returns the new fault set
 // (caller owns it); null for a null or unusable volume, a volume in which nothing was
 // segmented, a lack of memory, or a cancel through the progress bars.
 ZNFaultPatchManager* extractAutomaticFaults(ZN3DImage<float>* likelihood,

@@ -175,12 +175,9 @@ FaultExtraction ExtractionRun::finish(FaultExtraction result, const FaultExtract
     result.patchCount = countFaultsWithVoxels(*result.automatic);
     if (!stageDone("faultSet")) return stop(QString());
 
-    if (!result.automatic->fastContactMerging(settings.extraction.maxMergeCost, m_bar))
+    if (!mergePatchesIntoFaults(*result.automatic, settings.extraction, m_bar, &result.leftoversJoined,
+                                &result.leftoversDropped))
         return stop(QStringLiteral("merging failed"));
-    const ZNFaultPatchManager::LeftoverOutcome leftovers =
-        result.automatic->settleCrossingLeftovers(settings.extraction.maxPatchSize, settings.extraction.maxMergeCost);
-    result.leftoversJoined = leftovers.joined;
-    result.leftoversDropped = leftovers.dropped;
     result.mergedFaultCount = countFaultsWithVoxels(*result.automatic);
     if (!stageDone("merging")) return stop(QString());
 

@@ -206,6 +206,7 @@ TEST_F(Studio3DTest, ClickingAFaultItemSelectsTheFaultAndCtrlClickMovesTheRefere
     EXPECT_EQ(inlineView->engine().sectionIndex(), 5);
     EXPECT_EQ(countOf(SceneKind::ReferencePoint), 1);
     for (const ZN3DScene::Item& item : scene().items())
-        if (item.kind() == SceneKind::ReferencePoint)
+        if (item.kind() == SceneKind::ReferencePoint) {
             EXPECT_EQ(std::get<ZN3DReferencePointItem>(item.content).position.z, 120.0);
+        }
 }
