@@ -12,6 +12,7 @@
 #include <zneventbus.h>
 #include <znprogressbarmgr.h>
 
+#include "labelledsamples.h"
 #include "znlabelslabreader.h"
 
 namespace {
@@ -104,24 +105,22 @@ bool scanExtents(ZNLabelSlabReader& labels, LabelPatchMap& map, QString& why)
     bool ok = true;
     const bool read = forEachSlice(labels, [&](int z, const int* slice) {
         for (int y = 0; ok && y < ny; ++y)
-            for (int x = 0; x < nx; ++x) {
-                const int label = slice[x + nx * y];
-                if (label < 1) continue;
+            ok = fault::forEachLabelled(slice + nx * y, 0, nx, [&](int x, int label) {
                 if (label > kMaxLabel || !coverLabel(map.extents, label)) {
                     why = QStringLiteral("label %1 is too large").arg(label);
-                    ok = false;
-                    break;
+                    return false;
                 }
                 LabelExtent& e = map.extents[label];
                 const core::Triplet p(x, y, z);
                 if (e.count++ == 0) {
                     e.min = e.max = e.first = p;
                     map.largestLabel = std::max(map.largestLabel, label);
-                    continue;
+                    return true;
                 }
                 e.min = {std::min(e.min.x, x), std::min(e.min.y, y), std::min(e.min.z, z)};
                 e.max = {std::max(e.max.x, x), std::max(e.max.y, y), std::max(e.max.z, z)};
-            }
+                return true;
+            });
     });
     if (!read && ok) why = QStringLiteral("the label volume could not be read");
     return read && ok;
@@ -162,14 +161,14 @@ bool numberAdditionalPatches(ZNLabelSlabReader& labels, LabelPatchMap& map)
     int next = map.largestLabel + 1;
     const bool read = forEachSlice(labels, [&](int z, const int* slice) {
         for (int y = 0; y < ny; ++y)
-            for (int x = 0; x < nx; ++x) {
-                const int label = slice[x + nx * y];
-                if (label < 1 || map.boxes[label].tableOffset < 0) continue;
+            fault::forEachLabelled(slice + nx * y, 0, nx, [&](int x, int label) {
                 const LabelBoxes& b = map.boxes[label];
+                if (b.tableOffset < 0) return true;
                 const int entry = b.tableOffset + map.boxIndex(b, x, y, z);
                 if (map.boxPatch[entry] == 0) map.boxPatch[entry] = next++;
                 ++map.boxCount[entry];
-            }
+                return true;
+            });
     });
     map.additionalPatches = next - (map.largestLabel + 1);
     return read;
@@ -211,11 +210,11 @@ bool fillVoxels(ZNFaultPatchManager& set, ZNLabelSlabReader& labels, const Label
     const int ny = labels.ny();
     return forEachSlice(labels, [&](int z, const int* slice) {
         for (int y = 0; y < ny; ++y)
-            for (int x = 0; x < nx; ++x) {
-                const int patch = map.patchOf(slice[x + nx * y], x, y, z);
-                if (patch == 0) continue;
-                voxels.addElement(patch, set.getPatchPointByteTriplet(patch, {x, y, z}), false);
-            }
+            fault::forEachLabelled(slice + nx * y, 0, nx, [&](int x, int label) {
+                const int patch = map.patchOf(label, x, y, z);
+                if (patch != 0) voxels.addElement(patch, set.getPatchPointByteTriplet(patch, {x, y, z}), false);
+                return true;
+            });
     });
 }
 
@@ -230,12 +229,10 @@ bool forwardContacts(const int* slice, const int* next, int w, int h, int z, int
     static constexpr Step kForward[6] = {{1, 0, 0}, {1, -1, 0}, {1, 1, 0},
                                          {0, 0, 1}, {0, -1, 1}, {0, 1, 1}};
     found.clear();
-    for (int y = 1; y <= h - 2; ++y)
-        for (int x = 1; x <= w - 2; ++x) {
-            const int label = slice[x + w * y];
-            if (label < 1) continue;
+    for (int y = 1; y <= h - 2; ++y) {
+        const bool rowDone = fault::forEachLabelled(slice + w * y, 1, w - 1, [&](int x, int label) {
             const int patch = patchOf(label, x, y, z);
-            if (patch < 1 || patch >= patchCount) continue;
+            if (patch < 1 || patch >= patchCount) return true;
             for (const Step& s : kForward) {
                 const int* plane = s.dz == 0 ? slice : next;
                 const int other = plane[(x + s.dx) + w * (y + s.dy)];
@@ -245,7 +242,10 @@ bool forwardContacts(const int* slice, const int* next, int w, int h, int z, int
                 const core::Duplet pair(patch, neighbour);
                 if ((found.empty() || found.last() != pair) && !found.add(pair)) return false;
             }
-        }
+            return true;
+        });
+        if (!rowDone) return false;
+    }
     return true;
 }
 
