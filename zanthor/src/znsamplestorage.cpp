@@ -12,7 +12,7 @@
 namespace znsamplestorage {
 
 namespace {
-bool isPaged(std::size_t bytes) { return ZN_PAGED_SAMPLES && bytes >= kPagedBytes; }
+[[maybe_unused]] bool isPaged(std::size_t bytes) { return ZN_PAGED_SAMPLES && bytes >= kPagedBytes; }
 } // namespace
 
 void* allocate(std::size_t bytes, bool& zeroed)
@@ -30,7 +30,7 @@ void* allocate(std::size_t bytes, bool& zeroed)
     return ::operator new(bytes, std::nothrow);
 }
 
-void release(void* storage, std::size_t bytes)
+void release(void* storage, [[maybe_unused]] std::size_t bytes)
 {
     if (storage == nullptr) return;
 #if ZN_PAGED_SAMPLES
