@@ -70,6 +70,11 @@ public:
         auto three = [&](std::ptrdiff_t rowBytes) {
             return threeFromWords(first + rowBytes * static_cast<std::ptrdiff_t>(kByteBits));
         };
+        const std::ptrdiff_t row = m_rowBytes;
+        const std::ptrdiff_t slice = m_sliceBytes;
+        return three(-slice - row) | three(-slice) << 3 | three(-slice + row) << 6 |
+               three(-row) << 9 | three(0) << 12 | three(row) << 15 |
+               three(slice - row) << 18 | three(slice) << 21 | three(slice + row) << 24;
 #else
         // On a little-endian machine bit b of the mask is bit b % 8 of byte b / 8, so one
         // unaligned read of eight bytes holds the three bits, at the same shift in every
@@ -77,17 +82,21 @@ public:
         const unsigned char* start =
             reinterpret_cast<const unsigned char*>(m_words.get()) + first / kByteBits;
         const unsigned shift = static_cast<unsigned>(first % kByteBits);
-        auto three = [start, shift](std::ptrdiff_t rowBytes) {
+        // Each row's three bits are masked where they lie, moved to their place above the
+        // previous row's and shifted down once at the end.
+        const uint64_t three = kThreeBits << shift;
+        auto row = [start, three](std::ptrdiff_t rowBytes) {
             uint64_t bits;
             std::memcpy(&bits, start + rowBytes, sizeof bits);
-            return static_cast<uint32_t>((bits >> shift) & kThreeBits);
+            return bits & three;
         };
+        const std::ptrdiff_t r = m_rowBytes;
+        const std::ptrdiff_t sl = m_sliceBytes;
+        const uint64_t all = row(-sl - r) | row(-sl) << 3 | row(-sl + r) << 6 | row(-r) << 9 |
+                             row(0) << 12 | row(r) << 15 | row(sl - r) << 18 | row(sl) << 21 |
+                             row(sl + r) << 24;
+        return static_cast<uint32_t>(all >> shift);
 #endif
-        const std::ptrdiff_t row = m_rowBytes;
-        const std::ptrdiff_t slice = m_sliceBytes;
-        return three(-slice - row) | three(-slice) << 3 | three(-slice + row) << 6 |
-               three(-row) << 9 | three(0) << 12 | three(row) << 15 |
-               three(slice - row) << 18 | three(slice) << 21 | three(slice + row) << 24;
     }
     // Neighbour k of around(): its steps along x, y and z from the voxel, and the
     // distance between their bits.
