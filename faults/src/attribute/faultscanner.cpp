@@ -24,6 +24,26 @@ float denominatorFloor(const SlabArray<float>& denominator)
     return count > 0 ? static_cast<float>(1e-6 * sum / static_cast<double>(count)) : 0.0F;
 }
 
+// For each slice k of the factors, how many slices before it hold a non-zero numerator
+// or denominator sample (nz + 1 counts).
+std::vector<int> slicesWithDataBefore(const SlabArray<float>& numerator, const SlabArray<float>& denominator)
+{
+    const int nz = numerator.nz();
+    std::vector<unsigned char> data(static_cast<std::size_t>(nz), 0);
+    const std::size_t size = numerator.sliceSize();
+#pragma omp parallel for schedule(static)
+    for (int k = 0; k < nz; ++k) {
+        const float* n = numerator.slice(k);
+        const float* d = denominator.slice(k);
+        bool any = false;
+        for (std::size_t i = 0; i < size && !any; ++i) any = n[i] != 0.0F || d[i] != 0.0F;
+        data[static_cast<std::size_t>(k)] = any ? 1 : 0;
+    }
+    std::vector<int> before(static_cast<std::size_t>(nz) + 1, 0);
+    for (int k = 0; k < nz; ++k) before[static_cast<std::size_t>(k) + 1] = before[static_cast<std::size_t>(k)] + data[static_cast<std::size_t>(k)];
+    return before;
+}
+
 // The most groups one layout (transposed or not) holds: no more streams run at once.
 int largestPass(const ScanPlan& plan)
 {
@@ -49,7 +69,8 @@ bool FaultScanner::scan(SlabArray<float>& numerator, SlabArray<float>& denominat
 {
     if (numerator.isEmpty() || denominator.isEmpty() || keys.isEmpty()) return false;
     std::fill(keys.data(), keys.data() + keys.sliceSize() * static_cast<std::size_t>(keys.nz()), kNoScanKey);
-    const ScanFactors factors{numerator, denominator, firstSlice, denominatorFloor(denominator)};
+    const std::vector<int> dataBefore = slicesWithDataBefore(numerator, denominator);
+    const ScanFactors factors{numerator, denominator, firstSlice, denominatorFloor(denominator), dataBefore.data()};
     SharedKeys shared(keys, firstKeyed);
     const qint64 progressStart = progress.done();
     std::atomic<int> done{0};

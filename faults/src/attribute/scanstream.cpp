@@ -4,6 +4,7 @@
 #include <climits>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <new>
 
 #include "attribute/faultscanner.h"
@@ -15,6 +16,8 @@ namespace fault::attribute {
 namespace {
 
 constexpr int kBlock = ScanStream::kStepsPerBlock;
+// A floor no window sum exceeds: its windows read no data.
+constexpr float kNoDataFloor = std::numeric_limits<float>::infinity();
 
 // What a step does on a run of samples of a row.
 enum SpanWork { kEnter = 1, kLeave = 2, kKey = 4 };
@@ -226,6 +229,7 @@ struct DipStep {
     bool leaves = false;
     int enterOffset = 0;   // lines' move from this slice to the entering one
     int leaveOffset = 0;
+    bool empty = false;    // no slice of the window holds data
     Span spans[kMostSpans];
     int spanCount = 0;
 };
@@ -365,6 +369,7 @@ bool ScanStream::run(const StrikeGroup& group, const ScanFactors& f, SharedKeys&
                 s.leaves = z2 > z0 && leaving.numerator(s.leaveSlice, 0) != nullptr;
                 s.leaveOffset = s.leaves ? line(j, s.leaveSlice) - here : 0;
                 s.spanCount = spansOf(na, margin, s.enters, s.enterOffset, s.leaves, s.leaveOffset, keyed, s.spans);
+                s.empty = f.emptyBetween(z2 - half, z2 + half);
             }
         }
         // The running sums of a row stay in cache while it goes through the block.
@@ -392,8 +397,16 @@ bool ScanStream::run(const StrikeGroup& group, const ScanFactors& f, SharedKeys&
                                         s.leaves ? leaving.numerator(s.leaveSlice, b) + s.leaveOffset : nullptr,
                                         s.leaves ? leaving.denominator(s.leaveSlice, b) + s.leaveOffset : nullptr,
                                         m_blockKeys.get() + (z2 - z) * sliceSize + row};
-                    advanceSpans(s.spans, s.spanCount, rows, f.floor,
+                    // A window whose slices hold no data reads none, and its sums go back to
+                    // 0: what float rounding left of the data gone by would otherwise read
+                    // as any semblance, a fault where there is nothing (below the data of a
+                    // volume padded with zeros).
+                    advanceSpans(s.spans, s.spanCount, rows, s.empty ? kNoDataFloor : f.floor,
                                  static_cast<std::uint32_t>(group.dips[j].scan));
+                    if (s.empty) {
+                        std::fill_n(num - margin, width, 0.0F);
+                        std::fill_n(den - margin, width, 0.0F);
+                    }
                 }
         }
         for (int z2 = std::max(z, z0); z2 < zEnd; ++z2) keys.keepSmaller(z2, m_blockKeys.get() + (z2 - z) * sliceSize);

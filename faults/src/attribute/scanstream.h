@@ -1,4 +1,5 @@
 #pragma once
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -30,13 +31,25 @@ private:
 };
 
 // What the streams of a scan read: the semblance factors of the slab's slices from
-// `firstSlice` on (none beyond them), and the smallest window sum of the denominator
-// that still holds data.
+// `firstSlice` on (none beyond them), the smallest window sum of the denominator that
+// still holds data, and for each slice k of the factors, dataBefore[k]: how many of the
+// slices before it hold a non-zero factor (nz + 1 counts).
 struct ScanFactors {
     const SlabArray<float>& numerator;
     const SlabArray<float>& denominator;
     int firstSlice;
     float floor;
+    const int* dataBefore;
+
+    // Whether no slice of [from, to] (volume slices) holds data: slices outside the
+    // factors hold none.
+    bool emptyBetween(int from, int to) const
+    {
+        const int nz = numerator.nz();
+        const int lo = std::clamp(from - firstSlice, 0, nz);
+        const int hi = std::clamp(to + 1 - firstSlice, 0, nz);
+        return lo >= hi || dataBefore[hi] == dataBefore[lo];
+    }
 };
 
 // One thread's scan of strike groups, one group at a time: the group's windows move

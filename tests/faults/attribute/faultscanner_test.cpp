@@ -17,9 +17,7 @@ using namespace fault::attribute;
 namespace {
 
 // Semblance factors of a slab: random energies, each numerator a share of its
-// denominator, and a block without data in its first slices (further down, the running
-// sums leave a rounding residue in windows without data, which makes their semblance
-// meaningless).
+// denominator, and a block without data in part of its first slices.
 struct Factors {
     SlabArray<float> num, den;
 };
@@ -150,6 +148,58 @@ TEST(FaultScanner, KeysHoldTheSmallestSemblanceOfTheWindowsSummedSliceBySlice)
             EXPECT_EQ(wrong, 0) << c.nx << " team " << team;
         }
     }
+}
+
+// Slices without data between data (a gap, as between two volumes padded with zeros, or
+// below the data of one): every window inside the gap reads "no data" (semblance 1), and
+// the windows of the data after it read their own semblance, however much energy the
+// running sums let go of before the gap.
+TEST(FaultScanner, WindowsInAGapOfEmptySlicesReadNoDataAndNothingOfTheDataBeforeStays)
+{
+    FaultAttributeSettings settings;
+    settings.strikeStep = 22.5;
+    settings.minDip = 50.0;
+    settings.dipStep = 20.0;
+    settings.dipHalfLength = 6.0;
+    settings.strikeSigma = 2.0;
+    const ScanPlan plan = planScans(settings);
+    const int nx = 14, ny = 11, nz = 90, gapStart = 40, gapEnd = 60;
+    auto factors = [&] {
+        Factors f = randomFactors(nx, ny, nz, 7);
+        for (int z = gapStart; z < gapEnd; ++z) {
+            std::fill(f.num.slice(z), f.num.slice(z) + f.num.sliceSize(), 0.0F);
+            std::fill(f.den.slice(z), f.den.slice(z) + f.den.sliceSize(), 0.0F);
+        }
+        // Energies four orders of magnitude above the rest just before the gap, as a
+        // strong reflector: the most rounding the running sums can carry into it.
+        for (int z = gapStart - 10; z < gapStart; ++z)
+            for (std::size_t i = 0; i < f.den.sliceSize(); ++i) {
+                f.num.slice(z)[i] *= 1e4F;
+                f.den.slice(z)[i] *= 1e4F;
+            }
+        return f;
+    };
+    Factors f = factors();
+    const float floor = meanTimesMillionth(f.den);
+    SlabArray<std::uint32_t> keys;
+    ASSERT_TRUE(keys.allocate(nx, ny, nz));
+    ZNStridedProgress progress(QString(), FaultScanner(plan).progressSteps(), ZNStridedProgress::kNoBar);
+    ASSERT_TRUE(FaultScanner(plan).scan(f.num, f.den, 0, keys, 0, progress));
+    const std::vector<float> reference = semblanceSliceBySlice(plan, factors(), 0, 0, nz, floor);
+    const std::size_t voxels = keys.sliceSize() * static_cast<std::size_t>(nz);
+    int wrong = 0, noData = 0;
+    for (int z = gapStart; z < nz; ++z)
+        for (std::size_t i = 0; i < keys.sliceSize(); ++i) {
+            const std::size_t v = static_cast<std::size_t>(z) * keys.sliceSize() + i;
+            float least = 1.0F;
+            for (std::size_t s = 0; s < plan.scans.size(); ++s) least = std::min(least, reference[s * voxels + v]);
+            if (least == 1.0F) ++noData;
+            if (std::fabs(keySemblance(keys.data()[v]) - least) >= 2e-4F && ++wrong <= 3)
+                ADD_FAILURE() << "slice " << z << " voxel " << i << ": key " << keySemblance(keys.data()[v])
+                              << ", smallest " << least;
+        }
+    EXPECT_GT(noData, 0);
+    EXPECT_EQ(wrong, 0);
 }
 
 TEST(LineSmoothing, PaddedSlicesGetTheInPlaceResultAndKeepTheirZeroMargins)
