@@ -22,8 +22,9 @@ struct AttributeSlabPlan {
 };
 
 // Floats held per sample of a slab's keyed slices: semblance numerator and denominator,
-// key, and the reflector slopes' six cell products (an eighth each).
-constexpr double kFloatsPerKeyedSample = 3.75;
+// key, the reflector slopes' six cell products (an eighth each) and the no-data mask (a
+// bit).
+constexpr double kFloatsPerKeyedSample = 3.75 + 1.0 / 32.0;
 
 // Slices finished and written together.
 constexpr int kOutputChunkSlices = 8;

@@ -11,6 +11,7 @@
 
 #include "attribute/attributeslabplan.h"
 #include "attribute/faultattributefinisher.h"
+#include "attribute/nodatamask.h"
 #include "attribute/faultscanner.h"
 #include "attribute/reflectorslopes.h"
 #include "attribute/semblancefactors.h"
@@ -109,6 +110,8 @@ private:
         if (!numerator.allocate(nx, ny, factorSlices) || !denominator.allocate(nx, ny, factorSlices))
             return outOfMemory();
         const int halo = factorHalo(m_settings.maxReflectorSlope);
+        NoDataMask noData;
+        if (!noData.allocate(nx, ny, r.keyedFirst, r.keyedEnd)) return outOfMemory();
         for (int c0 = r.factorFirst; c0 < r.factorEnd; c0 += m_slabs.chunkSlices) {
             const int c1 = std::min(r.factorEnd, c0 + m_slabs.chunkSlices);
             ZN3DImage<float> seismic;
@@ -116,6 +119,7 @@ private:
             if (!readSeismic(c0, c1, halo, seismic, first)) return unreadable(c0, c1);
             computeSemblanceFactors(seismic, first, slopes, c0, c1 - c0, numerator.slice(c0 - r.factorFirst),
                                     denominator.slice(c0 - r.factorFirst));
+            noData.mark(seismic, first, c0, c1, m_nz);
             if (progress.next()) return kCancelled;
         }
         slopes.release();
@@ -131,6 +135,7 @@ private:
             return progress.isCancelled() ? kCancelled : outOfMemory();
         numerator.release();
         denominator.release();
+        noData.clearKeys(keys, r.keyedFirst);
         return finish(keys, r.keyedFirst, progress);
     }
 

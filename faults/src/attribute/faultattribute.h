@@ -25,6 +25,9 @@ class ZNBloc;
 //    (faultscanner.h);
 // 4. likelihood = 1 - s^p, thinned to its ridge across the fault, with that plane's
 //    strike and dip (faultattributefinisher.h).
+// Where the seismic holds no data (a zero sample between zero samples above and below:
+// padding beyond a survey's outline or below its record, dead traces) the likelihood is
+// 0, with no strike or dip (nodatamask.h).
 //
 // The volume is processed slab by slab (stacks of z slices, as ZNSlabPlanner plans them)
 // with the halo the windows need, so that a volume larger than memory can be read from

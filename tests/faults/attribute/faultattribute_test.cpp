@@ -7,6 +7,7 @@
 #include <omp.h>
 #include <QTemporaryDir>
 
+#include <core/conventions.h>
 #include <attribute/attributeslabplan.h>
 #include <attribute/faultattribute.h>
 #include <attribute/faultscans.h>
@@ -119,6 +120,39 @@ TEST(FaultAttribute, AFaultGivesAThinRidgeOnItsPlaneWithItsStrikeAndDip)
         EXPECT_GT(near, 0.95 * above) << c.strike;
         EXPECT_GT(oriented, 0.8 * above) << c.strike;
     }
+}
+
+// A survey whose rectangle is padded with zero traces beyond its outline and with zero
+// samples below its record: the padding reads no fault (likelihood 0, no strike or dip),
+// however the smoothing carried the data's edge into it, and the fault inside is found.
+TEST(FaultAttribute, ZeroPaddingAroundTheDataReadsNoFault)
+{
+    const int n = 80, outline = 56, record = 60;
+    ZN3DImage<float> seismic = oneFault(n, 35.0, 70.0, 2.0);
+    for (int z = 0; z < n; ++z)
+        for (int y = 0; y < n; ++y)
+            for (int x = 0; x < n; ++x)
+                if (x >= outline || z >= record) seismic(x, y, z) = 0.0F;
+    seismic(10, 10, 10) = 0.0F;   // a zero sample inside the data is data
+    const FaultAttributeVolumes v = computeFaultAttribute(seismic, FaultAttributeSettings(), true, -1);
+    ASSERT_TRUE(v.ok());
+    int inside = 0, padding = 0, oriented = 0;
+    for (int z = 0; z < n; ++z)
+        for (int y = 0; y < n; ++y)
+            for (int x = 0; x < n; ++x) {
+                // The padding's first sample below the record still has data above it.
+                const bool empty = x >= outline || z > record;
+                if (empty) {
+                    if (v.likelihood(x, y, z) != 0.0F) ++padding;
+                    if (v.strike(x, y, z) != static_cast<float>(core::kNoValueReal)) ++oriented;
+                } else if (v.likelihood(x, y, z) >= kExtractionThreshold) {
+                    ++inside;
+                }
+            }
+    EXPECT_EQ(padding, 0);
+    EXPECT_EQ(oriented, 0);
+    EXPECT_GT(inside, outline * record / 5);
+    EXPECT_NE(v.strike(10, 10, 10), static_cast<float>(core::kNoValueReal));
 }
 
 TEST(FaultAttribute, SlabsOfAFewSlicesGiveTheSameLikelihoodAsOneSlab)
