@@ -316,6 +316,8 @@ TEST_F(SegyFiles, FilesSegyioReadsAreReadWhateverTheirHeadersSayOfCountsAndExten
         {"variable extended textual headers", twoTraces(6)},
         {"revision 2 first trace offset", twoTraces(6)},
         {"little-endian 40000 samples", twoTraces(40000)},
+        {"additional trace headers before 2-byte integers", twoTraces(6)},
+        {"additional trace headers before 4-byte integers", twoTraces(6)},
     };
     cases[1].segy.binarySamples = 0;
     cases[1].segy.extendedSamples = 70000;
@@ -326,6 +328,12 @@ TEST_F(SegyFiles, FilesSegyioReadsAreReadWhateverTheirHeadersSayOfCountsAndExten
     cases[3].segy.declaredExtendedHeaders = 0xFFFF;  // -1
     cases[3].segy.endStanza = true;
     cases[5].segy.littleEndian = true;
+    // Integer samples are read trace by trace through segyio, past the additional headers.
+    for (int k : {6, 7}) {
+        cases[k].segy.revision = 0x0200;
+        cases[k].segy.extraTraceHeaders = 3;
+        cases[k].segy.format = k == 6 ? 3 : 2;
+    }
     for (Case& c : cases) {
         QByteArray bytes = buildSegy(c.segy);
         if (QLatin1String(c.what) == QLatin1String("revision 2 first trace offset")) {

@@ -181,19 +181,23 @@ bool regularSampleLayout(const SegyLayout& layout, const SegyGrid& grid, FileSam
 Problem readTraces(segy_file* fp, const SegyLayout& layout, const SegyGrid& grid,
                    ZNStridedProgress* progress, int z0, int depth, float* out)
 {
-    // segyio reads a trace's additional headers with its samples: they come first.
-    std::vector<char> raw(layout.traceBodyBytes());
-    char* samples = raw.data() + (layout.traceBodyBytes() - layout.sampleBytes);
-    std::vector<float> trace(layout.samples);
+    // Only the samples asked for are read. segyio counts a trace's additional headers,
+    // which come first, as samples of its body: they are skipped as samples too (240
+    // bytes hold a whole number of samples of every format).
+    const int bytesPerSample = layout.sampleBytes / layout.samples;
+    const int skipped = layout.extraTraceHeaders * SegyLayout::kTraceHeaderBytes / bytesPerSample;
+    std::vector<char> raw(static_cast<std::size_t>(depth) * bytesPerSample);
+    std::vector<float> trace(static_cast<std::size_t>(depth));
     const std::size_t slice = static_cast<std::size_t>(grid.inlineCount()) * grid.crosslineCount();
     for (int t = 0; t < layout.traceCount; ++t) {
-        if (segy_readtrace(fp, t, raw.data(), layout.trace0, layout.traceBodyBytes()) != SEGY_OK)
+        if (segy_readsubtr(fp, t, skipped + z0, skipped + z0 + depth, 1, raw.data(), nullptr, layout.trace0,
+                           layout.traceBodyBytes()) != SEGY_OK)
             return fileProblem(QStringLiteral("cannot read the samples of trace %1").arg(t + 1));
-        segy_to_native(layout.format, layout.samples, samples);
-        toFloat(layout.format, samples, layout.samples, trace.data());
+        segy_to_native(layout.format, depth, raw.data());
+        toFloat(layout.format, raw.data(), depth, trace.data());
         float* column = out + grid.inlineIndexOfTrace[t] +
                         static_cast<std::size_t>(grid.inlineCount()) * grid.crosslineIndexOfTrace[t];
-        for (int k = 0; k < depth; ++k) column[slice * k] = trace[z0 + k];
+        for (int k = 0; k < depth; ++k) column[slice * k] = trace[k];
         if (progress && progress->next())
             return contentProblem(QStringLiteral("reading cancelled"));
     }
