@@ -4,22 +4,13 @@
 #include <limits>
 #include <new>
 
+#include "labelledsamples.h"
+
 namespace {
 
 // Records written or read at once: 512 KiB.
 constexpr std::size_t kBufferRecords = std::size_t(1) << 16;
 constexpr qint64 kRecordBytes = sizeof(ZNLabelRecordFile::Record);
-// Labels tested at once for a label when a slice is turned into records.
-constexpr std::size_t kSkipBlock = 32;
-
-// True when labels[0 .. kSkipBlock) are all below 1 (INT_MIN aside, which says false), in
-// a loop the compiler turns into vector code: label - 1 keeps its sign bit exactly then.
-bool noLabelIn(const int* labels)
-{
-    std::uint32_t signs = ~std::uint32_t(0);
-    for (std::size_t k = 0; k < kSkipBlock; ++k) signs &= static_cast<std::uint32_t>(labels[k]) - 1u;
-    return (signs >> 31) != 0;
-}
 
 } // namespace
 
@@ -56,20 +47,20 @@ bool ZNLabelRecordFile::appendSlices(const int* slices, int count)
     if (m_failed || m_finished || !m_file.isOpen() || slices == nullptr || count < 0 ||
         count > m_space.nz() - m_written)
         return false;
-    const std::size_t sliceSize = static_cast<std::size_t>(m_space.nx()) * static_cast<std::size_t>(m_space.ny());
+    const int nx = m_space.nx();
+    const std::size_t sliceSize = static_cast<std::size_t>(nx) * static_cast<std::size_t>(m_space.ny());
     for (int k = 0; k < count; ++k) {
         const int* slice = slices + sliceSize * static_cast<std::size_t>(k);
         long long records = m_sliceStart[m_written];
-        for (std::size_t i = 0; i < sliceSize; ++i) {
-            // Runs without a label, the most of a slice, are passed a block at a time.
-            if (i % kSkipBlock == 0 && i + kSkipBlock <= sliceSize && noLabelIn(slice + i)) {
-                i += kSkipBlock - 1;
-                continue;
-            }
-            if (slice[i] < 1) continue;
-            if (m_buffered == kBufferRecords && !flush()) return false;
-            m_buffer[m_buffered++] = Record{static_cast<std::uint32_t>(i), slice[i]};
-            ++records;
+        for (int y = 0; y < m_space.ny(); ++y) {
+            const std::uint32_t rowStart = static_cast<std::uint32_t>(nx) * static_cast<std::uint32_t>(y);
+            const bool kept = fault::forEachLabelled(slice + rowStart, 0, nx, [&](int x, int label) {
+                if (m_buffered == kBufferRecords && !flush()) return false;
+                m_buffer[m_buffered++] = Record{rowStart + static_cast<std::uint32_t>(x), label};
+                ++records;
+                return true;
+            });
+            if (!kept) return false;
         }
         m_sliceStart[++m_written] = records;
     }
