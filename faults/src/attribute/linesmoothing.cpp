@@ -9,10 +9,10 @@
 namespace fault::attribute {
 namespace {
 
-// cur[a] = gain in[a] + sum_i c[i] prev[i][a + offset[i]], a prev row that is null or
-// an index outside 0..n-1 counting as 0 (`in` may be `cur`).
+// cur[a] = gain cur[a] + sum_i c[i] prev[i][a + offset[i]], a prev row that is null or
+// an index outside 0..n-1 counting as 0.
 FAULT_VECTOR_CLONES
-void shiftedStep(const float* in, float* cur, const float* const prev[3], const int offset[3], const float c[3],
+void shiftedStep(float* cur, const float* const prev[3], const int offset[3], const float c[3],
                  int n, float gain)
 {
     int lo = 0, hi = n;   // indices where every existing history row can be read
@@ -22,7 +22,7 @@ void shiftedStep(const float* in, float* cur, const float* const prev[3], const 
             hi = std::min(hi, n - offset[i]);
         }
     auto edge = [&](int a) {
-        float v = gain * in[a];
+        float v = gain * cur[a];
         for (int i = 0; i < 3; ++i) {
             const int k = a + offset[i];
             if (prev[i] != nullptr && k >= 0 && k < n) v += c[i] * prev[i][k];
@@ -35,7 +35,7 @@ void shiftedStep(const float* in, float* cur, const float* const prev[3], const 
     const float* p2 = prev[2] != nullptr ? prev[2] + offset[2] : nullptr;
     if (p0 != nullptr && p1 != nullptr && p2 != nullptr) {
 #pragma omp simd
-        for (int a = lo; a < hi; ++a) cur[a] = gain * in[a] + c[0] * p0[a] + c[1] * p1[a] + c[2] * p2[a];
+        for (int a = lo; a < hi; ++a) cur[a] = gain * cur[a] + c[0] * p0[a] + c[1] * p1[a] + c[2] * p2[a];
     } else {
         for (int a = lo; a < hi; ++a) edge(a);
     }
@@ -74,7 +74,7 @@ void smoothAlongLines(float* slice, int na, int nb, double shift, const Recursiv
             prev[i] = b - 1 - i >= 0 ? row(b - 1 - i) : nullptr;
             offset[i] = lineOffset(b - 1 - i, shift) - lineOffset(b, shift);
         }
-        shiftedStep(row(b), row(b), prev, offset, c, na, gaussian.gain());
+        shiftedStep(row(b), prev, offset, c, na, gaussian.gain());
     }
     for (int b = nb - 1; b >= 0; --b) {
         const float* next[3];
@@ -83,7 +83,7 @@ void smoothAlongLines(float* slice, int na, int nb, double shift, const Recursiv
             next[i] = b + 1 + i < nb ? row(b + 1 + i) : nullptr;
             offset[i] = lineOffset(b + 1 + i, shift) - lineOffset(b, shift);
         }
-        shiftedStep(row(b), row(b), next, offset, c, na, gaussian.gain());
+        shiftedStep(row(b), next, offset, c, na, gaussian.gain());
     }
 }
 
