@@ -51,8 +51,8 @@ FaultExtraction failedExtraction(const QString& error, bool cancelled);
 // threshold, the volume's values from `lowest` to `highest`. "no fault found: " and why.
 QString noPatchNote(long long seeds, float lowest, float highest, const FaultExtractionSettings& settings);
 
-// Samples of v[0 .. count) at or above `threshold`, and their smallest and largest values
-// that are not NaN (added to `lowest` and `highest`, which start NaN).
+// The samples of v[0 .. count) at or above `threshold`; the smallest and largest samples
+// of v that are not NaN widen `lowest` and `highest` (NaN: nothing seen yet).
 long long countSeedsAndRange(const float* v, std::size_t count, double threshold, float& lowest,
                              float& highest);
 

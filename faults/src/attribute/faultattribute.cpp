@@ -11,8 +11,8 @@
 
 #include "attribute/attributeslabplan.h"
 #include "attribute/faultattributefinisher.h"
-#include "attribute/nodatamask.h"
 #include "attribute/faultscanner.h"
+#include "attribute/nodatamask.h"
 #include "attribute/reflectorslopes.h"
 #include "attribute/semblancefactors.h"
 #include "attribute/semblancereference.h"

@@ -40,7 +40,7 @@ std::vector<int> slicesWithDataBefore(const SlabArray<float>& numerator, const S
         data[static_cast<std::size_t>(k)] = any ? 1 : 0;
     }
     std::vector<int> before(static_cast<std::size_t>(nz) + 1, 0);
-    for (int k = 0; k < nz; ++k) before[static_cast<std::size_t>(k) + 1] = before[static_cast<std::size_t>(k)] + data[static_cast<std::size_t>(k)];
+    for (std::size_t k = 0; k < data.size(); ++k) before[k + 1] = before[k] + data[k];
     return before;
 }
 

@@ -95,6 +95,27 @@ float meanTimesMillionth(const SlabArray<float>& den)
     return static_cast<float>(1e-6 * sum / static_cast<double>(count));
 }
 
+// A plan of few orientations for small slabs: strikes on, near and between the axes.
+ScanPlan smallPlan()
+{
+    FaultAttributeSettings settings;
+    settings.strikeStep = 22.5;
+    settings.minDip = 50.0;
+    settings.dipStep = 20.0;
+    settings.dipHalfLength = 6.0;
+    settings.strikeSigma = 2.0;
+    return planScans(settings);
+}
+
+// The smallest semblance of voxel v over every scan of a reference from
+// semblanceSliceBySlice of `voxels` voxels.
+float smallestOf(const std::vector<float>& reference, std::size_t scans, std::size_t voxels, std::size_t v)
+{
+    float least = 1.0F;
+    for (std::size_t s = 0; s < scans; ++s) least = std::min(least, reference[s * voxels + v]);
+    return least;
+}
+
 } // namespace
 
 // Every voxel's key holds the smallest semblance of its windows and an orientation that
@@ -102,13 +123,7 @@ float meanTimesMillionth(const SlabArray<float>& den)
 // that run far enough along a slab for the running sums to be moved back along their rows.
 TEST(FaultScanner, KeysHoldTheSmallestSemblanceOfTheWindowsSummedSliceBySlice)
 {
-    FaultAttributeSettings settings;
-    settings.strikeStep = 22.5;   // strikes on, near and between the axes
-    settings.minDip = 50.0;
-    settings.dipStep = 20.0;
-    settings.dipHalfLength = 6.0;
-    settings.strikeSigma = 2.0;
-    const ScanPlan plan = planScans(settings);
+    const ScanPlan plan = smallPlan();
     ASSERT_GT(plan.groups.size(), 8U);
     struct Case {
         int nx, ny, nz;
@@ -136,8 +151,7 @@ TEST(FaultScanner, KeysHoldTheSmallestSemblanceOfTheWindowsSummedSliceBySlice)
             const std::size_t voxels = keys.sliceSize() * static_cast<std::size_t>(c.keyed);
             int wrong = 0;
             for (std::size_t i = 0; i < voxels; ++i) {
-                float least = 1.0F;
-                for (std::size_t s = 0; s < plan.scans.size(); ++s) least = std::min(least, reference[s * voxels + i]);
+                const float least = smallestOf(reference, plan.scans.size(), voxels, i);
                 const std::uint32_t key = keys.data()[i];
                 const bool right = key != kNoScanKey && std::fabs(keySemblance(key) - least) < 2e-4F &&
                                    std::fabs(reference[static_cast<std::size_t>(keyScan(key)) * voxels + i] - least) < 2e-4F;
@@ -156,13 +170,7 @@ TEST(FaultScanner, KeysHoldTheSmallestSemblanceOfTheWindowsSummedSliceBySlice)
 // running sums let go of before the gap.
 TEST(FaultScanner, WindowsInAGapOfEmptySlicesReadNoDataAndNothingOfTheDataBeforeStays)
 {
-    FaultAttributeSettings settings;
-    settings.strikeStep = 22.5;
-    settings.minDip = 50.0;
-    settings.dipStep = 20.0;
-    settings.dipHalfLength = 6.0;
-    settings.strikeSigma = 2.0;
-    const ScanPlan plan = planScans(settings);
+    const ScanPlan plan = smallPlan();
     const int nx = 14, ny = 11, nz = 90, gapStart = 40, gapEnd = 60;
     auto factors = [&] {
         Factors f = randomFactors(nx, ny, nz, 7);
@@ -191,8 +199,7 @@ TEST(FaultScanner, WindowsInAGapOfEmptySlicesReadNoDataAndNothingOfTheDataBefore
     for (int z = gapStart; z < nz; ++z)
         for (std::size_t i = 0; i < keys.sliceSize(); ++i) {
             const std::size_t v = static_cast<std::size_t>(z) * keys.sliceSize() + i;
-            float least = 1.0F;
-            for (std::size_t s = 0; s < plan.scans.size(); ++s) least = std::min(least, reference[s * voxels + v]);
+            const float least = smallestOf(reference, plan.scans.size(), voxels, v);
             if (least == 1.0F) ++noData;
             if (std::fabs(keySemblance(keys.data()[v]) - least) >= 2e-4F && ++wrong <= 3)
                 ADD_FAILURE() << "slice " << z << " voxel " << i << ": key " << keySemblance(keys.data()[v])
