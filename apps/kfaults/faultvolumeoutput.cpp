@@ -12,6 +12,7 @@
 #include <znbloc.h>
 #include <znfaultpatchmanager.h>
 #include <znwritefailure.h>
+#include <znwriteback.h>
 
 #include "commands.h"
 #include "extractoutputs.h"
@@ -50,7 +51,16 @@ public:
             for (std::size_t i = 0; i < slab.voxelCount(); ++i) m_swapped[i] = qToLittleEndian(labels[i]);
             labels = m_swapped.data();
         }
-        return m_file.write(reinterpret_cast<const char*>(labels), bytes) == bytes;
+        // Written a piece at a time, each streamed to disk while the next is made.
+        const char* data = reinterpret_cast<const char*>(labels);
+        for (qint64 done = 0; done < bytes;) {
+            const qint64 piece = std::min(bytes - done, ZNWriteback::kPieceBytes);
+            if (m_file.write(data + done, piece) != piece || !m_writeback.written(m_bytesWritten, piece))
+                return false;
+            done += piece;
+            m_bytesWritten += piece;
+        }
+        return true;
     }
     bool finish() { return m_file.commit(); }
     QString failure(int systemError) const
@@ -62,6 +72,8 @@ public:
 private:
     QSaveFile m_file;
     std::vector<int> m_swapped;  // little-endian copy of a slab on a big-endian machine
+    ZNWriteback m_writeback{m_file};
+    qint64 m_bytesWritten = 0;
 };
 
 } // namespace

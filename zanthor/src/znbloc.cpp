@@ -466,8 +466,9 @@ bool ZNBloc::writeSlicesAs(int z, const ZN3DImage<T>& image, int firstImageSlice
         const T* slice = image.slice(firstImageSlice + k);
         const char* bytes = direct ? reinterpret_cast<const char*>(slice) : raw.data();
         if (!direct) encode(slice, m_type, samples, raw.data());
-        if (!device->seek(m_dataOffset + qint64(z + k) * sliceBytes()) ||
-            device->write(bytes, sliceBytes()) != sliceBytes()) {
+        const qint64 offset = m_dataOffset + qint64(z + k) * sliceBytes();
+        if (!device->seek(offset) || device->write(bytes, sliceBytes()) != sliceBytes() ||
+            !m_writer->streamed(offset, sliceBytes())) {
             m_writer->fail();
             return false;
         }

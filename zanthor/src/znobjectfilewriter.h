@@ -3,6 +3,8 @@
 #include <QSaveFile>
 #include <QString>
 
+#include "znwriteback.h"
+
 // Writes one object file (see ZNObjectFile) safely: everything goes to a temporary file
 // beside the target, which replaces the target only on commit(). A writer that is
 // destroyed or fails before commit() leaves the target as it was.
@@ -37,6 +39,11 @@ public:
     // Data offset returned by create(); -1 before or after a failure.
     qint64 dataOffset() const { return m_dataOffset; }
 
+    // Records that [offset, offset + bytes) was just written through device(), so that
+    // the data stream to disk as they are written (see ZNWriteback). False when buffered
+    // bytes could not be passed to the system.
+    bool streamed(qint64 offset, qint64 bytes) { return m_writeback.written(offset, bytes); }
+
     // Replaces the target with the completed file. False, the target unchanged, when any
     // write failed or the rename did not succeed.
     bool commit();
@@ -53,6 +60,7 @@ private:
 
     QString m_path;
     QSaveFile m_file;
+    ZNWriteback m_writeback{m_file};
     qint64 m_dataOffset = -1;
     int m_error = -1;
 };

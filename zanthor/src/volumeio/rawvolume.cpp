@@ -17,6 +17,7 @@
 #include "volumeio/gridaxes.h"
 #include "znstridedprogress.h"
 #include "znwritefailure.h"
+#include "znwriteback.h"
 
 namespace volumeio {
 namespace {
@@ -256,6 +257,7 @@ QString writeRawVolume(const QString& path, const ZN3DImage<T>& image, ByteOrder
     if (!file.open(QIODevice::WriteOnly))
         return reportVolumeError(ZNEventBus::FileError, path,
                                  QStringLiteral("cannot write: ") + file.errorString());
+    ZNWriteback writeback(file);  // streams the chunks to disk as they are written
     QString failure;  // why a write failed, taken before the cancel rewords it
     const bool swap = !hostIs(byteOrder);
     const std::size_t count = image.voxelCount();
@@ -266,7 +268,9 @@ QString writeRawVolume(const QString& path, const ZN3DImage<T>& image, ByteOrder
         for (std::size_t i = 0; i < n; ++i, cursor.advance())
             chunk[i] = encode<T>(image.data()[cursor.index()], swap);
         const qint64 bytes = qint64(n * kSampleBytes);
-        if (file.write(reinterpret_cast<const char*>(chunk.data()), bytes) != bytes) {
+        const qint64 offset = qint64(done * kSampleBytes);
+        if (file.write(reinterpret_cast<const char*>(chunk.data()), bytes) != bytes ||
+            !writeback.written(offset, bytes)) {
             failure = ZNWriteFailure::reason(file, errno);
             file.cancelWriting();
             break;
