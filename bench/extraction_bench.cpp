@@ -8,8 +8,8 @@
 //   big-endian, inline-sorted traces) and as a block file, against a plain read of the
 //   same file (goals: raw <= 1.5, SEG-Y <= 2, block <= 1.2);
 // - segmentation: the fault patch segmentation on one thread against the breadth-first
-//   labelling of the same voxels, on the crossing faults at 256^3 and at the size asked
-//   for, on four faults of which two cross, and on the built-in volume (goal <= 2), and
+//   labelling of the same voxels, on the crossing faults and on four faults of which two
+//   cross, both at 256^3 and at the size asked for, and on the built-in volume (goal <= 2), and
 //   its time on two threads against one;
 // - command: `kfaults extract --no-pictures` on the raw file, run as a child process:
 //   its whole time against a plain read of the file + the breadth-first labelling + a
@@ -270,7 +270,11 @@ int main(int argc, char** argv)
         benchSegmentation(benchvolumes::volume(benchvolumes::CrossingFaults), "four crossing planar faults", rounds);
         benchSegmentation(*benchvolumes::makeVolume(benchvolumes::kOneCrossing),
                           "four planar faults, two of them crossing", rounds);
-        if (size != benchvolumes::kSize) benchSegmentation(*crossing, "four crossing planar faults", rounds);
+        if (size != benchvolumes::kSize) {
+            benchSegmentation(*crossing, "four crossing planar faults", rounds);
+            benchSegmentation(*benchvolumes::makeVolume(benchvolumes::kOneCrossing, size),
+                              "four planar faults, two of them crossing", rounds);
+        }
         fault::synthetic::SyntheticVolume builtIn =
             fault::synthetic::generateSyntheticVolume(fault::synthetic::defaultScene(size, size, size));
         builtIn.plantedIds = ZN3DImage<int>();
