@@ -27,7 +27,8 @@ class ZNBloc;
 //    strike and dip (faultattributefinisher.h).
 // Where the seismic holds no data (a zero sample between zero samples above and below:
 // padding beyond a survey's outline or below its record, dead traces) the likelihood is
-// 0, with no strike or dip (nodatamask.h).
+// 0, with no strike or dip (nodatamask.h), and the semblance of the live traces beside
+// them counts the live traces only (semblancefactors.h).
 //
 // The volume is processed slab by slab (stacks of z slices, as ZNSlabPlanner plans them)
 // with the halo the windows need, so that a volume larger than memory can be read from

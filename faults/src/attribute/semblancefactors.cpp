@@ -29,6 +29,7 @@ void computeSemblanceFactors(const ZN3DImage<float>& seismic, int seismicFirst,
                 const float local = static_cast<float>(z - seismicFirst);
                 float sum = 0.0F;
                 float sumSquares = 0.0F;
+                float liveWeight = 0.0F;
                 for (int j = -kHalf; j <= kHalf; ++j) {
                     const int yj = std::clamp(y + j, 0, ny - 1);
                     for (int i = -kHalf; i <= kHalf; ++i) {
@@ -40,13 +41,18 @@ void computeSemblanceFactors(const ZN3DImage<float>& seismic, int seismicFirst,
                         const int z1 = std::min(z0 + 1, nz - 1);
                         const float t = zz - static_cast<float>(z0);
                         const float a = seismic(xi, yj, z0);
-                        const float g = a + t * (seismic(xi, yj, z1) - a);
+                        const float b = seismic(xi, yj, z1);
+                        const float g = a + t * (b - a);
                         const float w = kWeights[i + kHalf] * kWeights[j + kHalf];
                         sum += w * g;
                         sumSquares += w * g * g;
+                        if (a != 0.0F || b != 0.0F) liveWeight += w;
                     }
                 }
-                num[x] = sum * sum;
+                // Only the traces with data count: traces of zeros (beyond a survey's
+                // outline, dead traces) would otherwise lower the semblance of the live
+                // ones beside them as much as a fault does.
+                num[x] = liveWeight > 0.0F ? std::min(sum * sum / liveWeight, sumSquares) : 0.0F;
                 den[x] = sumSquares;
             }
         }

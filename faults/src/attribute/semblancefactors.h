@@ -11,9 +11,12 @@ namespace fault::attribute {
 // sides) and w the binomial weights (1, 4, 6, 4, 1) / 16 along x times the same along y
 // (wide enough that a fault between two traces splits the weights nearly evenly),
 //
-//   numerator   = (sum w g)^2,      denominator = sum w g^2,
+//   numerator   = (sum w g)^2 / sum' w,      denominator = sum w g^2,
 //
-// so that numerator <= denominator, with equality where the traces agree. Summed over a
+// where sum' runs over the traces with data at that depth (not both samples read 0), so
+// that numerator <= denominator, with equality where those traces agree: the traces of
+// zeros beyond a survey's outline or of a dead trace do not lower the semblance of the
+// live traces beside them (both factors are 0 where no trace has data). Summed over a
 // window along a candidate fault plane, their ratio is the semblance of that window
 // (M. T. Taner and F. Koehler, "Velocity spectra", Geophysics 34, 1969; K. J. Marfurt et
 // al., "3-D seismic attributes using a semblance-based coherency algorithm",

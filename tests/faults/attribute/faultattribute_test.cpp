@@ -155,6 +155,32 @@ TEST(FaultAttribute, ZeroPaddingAroundTheDataReadsNoFault)
     EXPECT_NE(v.strike(10, 10, 10), static_cast<float>(core::kNoValueReal));
 }
 
+// Layers without a fault, padded with zero traces beyond two sides of the outline and
+// holding two dead traces: the live traces beside the zeros, whose windows are partly
+// empty, read as coherent as the rest, so nothing reads as a fault along the outline or
+// around the dead traces.
+TEST(FaultAttribute, TracesBesideZeroTracesReadNoFault)
+{
+    const int n = 72, outlineX = 52, outlineY = 60;
+    SeismicScene scene = fault::synthetic::defaultSeismicScene(n, n, n, 5);
+    scene.faults.clear();
+    scene.foldAmplitude = 0.0;
+    scene.signalToNoise = 2.0;
+    ZN3DImage<float> seismic = fault::synthetic::generateSyntheticSeismic(scene).amplitude;
+    for (int z = 0; z < n; ++z)
+        for (int y = 0; y < n; ++y)
+            for (int x = 0; x < n; ++x) {
+                const bool deadTrace = (x == 20 && y == 30) || (x == 35 && y == 12);
+                if (x >= outlineX || y >= outlineY || deadTrace) seismic(x, y, z) = 0.0F;
+            }
+    const FaultAttributeVolumes v = computeFaultAttribute(seismic, FaultAttributeSettings(), false, -1);
+    ASSERT_TRUE(v.ok());
+    int above = 0;
+    for (std::size_t i = 0; i < v.likelihood.voxelCount(); ++i)
+        if (v.likelihood.data()[i] >= kExtractionThreshold) ++above;
+    EXPECT_EQ(above, 0);
+}
+
 TEST(FaultAttribute, SlabsOfAFewSlicesGiveTheSameLikelihoodAsOneSlab)
 {
     const ZN3DImage<float> seismic = oneFault(48, 30.0, 75.0, 2.0);
