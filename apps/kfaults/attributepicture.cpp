@@ -4,6 +4,7 @@
 #include <cmath>
 #include <vector>
 
+#include <QFontMetrics>
 #include <QPainter>
 
 #include "picturecanvas.h"
@@ -68,9 +69,15 @@ QImage renderAttributePicture(const Section& seismicInline, const Section& likel
     const picture::PictureStyle style(QSize(4 * longest * scale, 4 * longest * scale));
     const int title = style.labelPixels + 2 * style.margin;
     const int gap = style.margin;
+    // Each panel sits in a cell wide enough for its title too, so that a narrow section
+    // (an inline of few crosslines) keeps its whole title.
+    const QFontMetrics titleMetrics(style.font(style.titlePixels, true));
+    auto cellWidth = [&](const Section& s) {
+        return std::max(s.values.nx() * scale, titleMetrics.horizontalAdvance(s.title) + 2 * style.margin);
+    };
     int width = 0, height = gap;
     for (auto& row : rows) {
-        width = std::max(width, gap + 2 * (row[0]->values.nx() * scale + gap));
+        width = std::max(width, gap + cellWidth(*row[0]) + gap + cellWidth(*row[1]) + gap);
         height += title + row[0]->values.ny() * scale + gap;
     }
     QImage picture = picture::blankPicture(width, height, Qt::white);
@@ -80,13 +87,14 @@ QImage renderAttributePicture(const Section& seismicInline, const Section& likel
         int left = gap;
         for (int k = 0; k < 2; ++k) {
             const Section& s = *row[k];
-            const QRect titleArea(left, top, s.values.nx() * scale, title);
-            picture::drawTitle(painter, titleArea, s.title, style);
-            const QRect panel(left, top + title, s.values.nx() * scale, s.values.ny() * scale);
+            const int cell = cellWidth(s);
+            picture::drawTitle(painter, QRect(left, top, cell, title), s.title, style);
+            const int panelWidth = s.values.nx() * scale;
+            const QRect panel(left + (cell - panelWidth) / 2, top + title, panelWidth, s.values.ny() * scale);
             painter.drawImage(panel, sectionImage(s, k == 0));
             painter.setPen(QPen(style.ink, style.lineWidth));
             painter.drawRect(panel);
-            left += panel.width() + gap;
+            left += cell + gap;
         }
         top += title + row[0]->values.ny() * scale + gap;
     }

@@ -18,8 +18,10 @@ struct Section {
 // black to white over -c..c with c the 99th percentile of the section's absolute
 // amplitude (so that a few spikes do not wash it out); likelihood goes from white at 0
 // to dark red at 1. Panels keep the sections' proportions, scaled up to at least
-// `minPanelPixels` along their longer side and half that across the narrowest panel. A
-// null image for empty sections.
+// `minPanelPixels` along their longer side and half that across the narrowest panel;
+// each panel is centred in a cell as wide as its title at least, so that a narrow
+// section (an inline of few crosslines) keeps its whole title. A null image for empty
+// sections.
 QImage renderAttributePicture(const Section& seismicInline, const Section& likelihoodInline,
                               const Section& seismicSlice, const Section& likelihoodSlice,
                               int minPanelPixels = 320);
