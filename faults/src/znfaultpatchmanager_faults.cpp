@@ -209,6 +209,9 @@ ZNFaultPatchManager::ZNFaultPatchManager(const core::MultiArray<core::vec3>& fau
     initForRows(rows, utmPrecision, timePrecision);
     for (int r = 0; r < rows; ++r) {
         const core::vec3* points = faults.getArray(r);
+        // Room for the whole row at once: the list's small growth step would copy a
+        // fault's points once for every few points added.
+        m_pickedPoints.setArraySize(r + 1, faults.getCount(r), false);
         for (int k = 0; points && k < faults.getCount(r); ++k)
             m_pickedPoints.addElement(r + 1, core::PointWithBool(points[k]), false);
     }
