@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <memory>
 #include <new>
@@ -167,6 +168,12 @@ ZNFaultPatchManager* createPickedFaultSet(const std::vector<FaultSticks>& faults
     const core::vec3 separator(core::kNoValueReal, core::kNoValueReal, core::kNoValueReal);
     for (std::size_t f = 0; f < faults.size(); ++f) {
         const int row = static_cast<int>(f);
+        // Room for the fault's points and separators at once rather than a few at a time.
+        std::size_t entries = faults[f].sticks.empty() ? 0 : faults[f].sticks.size() - 1;
+        for (const auto& stick : faults[f].sticks) entries += stick.size();
+        if (entries > static_cast<std::size_t>(std::numeric_limits<int>::max()) ||
+            !rows.setArraySize(row, static_cast<int>(entries), false))
+            return nullptr;
         for (std::size_t s = 0; s < faults[f].sticks.size(); ++s) {
             if (s > 0 && !rows.addElement(row, separator, false)) return nullptr;
             for (const core::vec3& p : faults[f].sticks[s])
