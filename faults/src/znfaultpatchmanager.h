@@ -672,7 +672,8 @@ public:
     // lateral contacts and the patch parameters. False, with a message on the event bus
     // (kind 1) and the fault set reset to an empty automatic one, for a null or empty
     // volume, a volume without positive labels, a grid position beyond 32767, or a lack
-    // of memory.
+    // of memory. The first pass over the labels reads every row and notes where each one
+    // holds labels (4 bytes a row); the voxel and contact passes read only those parts.
     bool init(const ZN3DImage<int>* labelImage);
     // The same from a block file of labels, read `slabDepth` slices at a time (below 1:
     // the slab planner's choice for 4-byte samples). Also false when the block is not

@@ -5,7 +5,11 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <cstdlib>
+#include <memory>
+#include <new>
+#include <utility>
 
 #include <core/conventions.h>
 #include <zn3dimage.h>
@@ -38,6 +42,47 @@ struct LabelBoxes {
     int tableOffset = -1;             // first entry in the box tables, -1 for one box
 };
 
+// The labelled stretch of every row (y, z) of a label volume, learnt by the first pass so
+// that the later ones read only those stretches: patches fill about a hundredth of a
+// likelihood volume in thin sheets, which cross most rows over a quarter of their length.
+class RowSpans {
+public:
+    // Room for ny x nz rows, each without labels; false when memory runs out (the spans
+    // then cover whole rows).
+    bool allocate(int ny, int nz)
+    {
+        m_ny = ny;
+        const std::size_t rows = static_cast<std::size_t>(ny) * static_cast<std::size_t>(nz);
+        m_spans.reset(new (std::nothrow) Span[rows]());
+        return m_spans != nullptr;
+    }
+    // Row (y, z) holds labels in [begin, end) only.
+    void set(int y, int z, int begin, int end)
+    {
+        if (m_spans) m_spans[rowOf(y, z)] = {static_cast<std::uint16_t>(begin), static_cast<std::uint16_t>(end)};
+    }
+    // The part of [lo, hi) of row (y, z) that may hold labels: [first, second), empty
+    // when first >= second.
+    std::pair<int, int> within(int y, int z, int lo, int hi) const
+    {
+        if (!m_spans) return {lo, hi};
+        const Span& span = m_spans[rowOf(y, z)];
+        return {std::max<int>(lo, span.begin), std::min<int>(hi, span.end)};
+    }
+
+private:
+    struct Span {
+        std::uint16_t begin, end;  // x < 32768 (kMaxGridIndex)
+    };
+    std::size_t rowOf(int y, int z) const
+    {
+        return static_cast<std::size_t>(y) + static_cast<std::size_t>(m_ny) * static_cast<std::size_t>(z);
+    }
+
+    std::unique_ptr<Span[]> m_spans;
+    int m_ny = 0;
+};
+
 // Which patch each labelled voxel belongs to.
 class LabelPatchMap {
 public:
@@ -49,6 +94,7 @@ public:
     core::Array<int> boxPatch{256};           // patch of each box of a many-box label, 0 if empty
     core::Array<int> boxCount{256};           // voxels of each such box
     int additionalPatches = 0;                // patches beyond the label patches
+    RowSpans spans;                           // where the rows hold labels
 
     int boxIndex(const LabelBoxes& b, int x, int y, int z) const
     {
@@ -103,9 +149,13 @@ bool scanExtents(ZNLabelSlabReader& labels, LabelPatchMap& map, QString& why)
     const int nx = labels.nx();
     const int ny = labels.ny();
     bool ok = true;
+    map.spans.allocate(ny, labels.nz());  // without them, later passes read whole rows
     const bool read = forEachSlice(labels, [&](int z, const int* slice) {
-        for (int y = 0; ok && y < ny; ++y)
+        for (int y = 0; ok && y < ny; ++y) {
+            int begin = nx, end = 0;
             ok = fault::forEachLabelled(slice + nx * y, 0, nx, [&](int x, int label) {
+                begin = std::min(begin, x);
+                end = x + 1;
                 if (label > kMaxLabel || !coverLabel(map.extents, label)) {
                     why = QStringLiteral("label %1 is too large").arg(label);
                     return false;
@@ -121,6 +171,8 @@ bool scanExtents(ZNLabelSlabReader& labels, LabelPatchMap& map, QString& why)
                 e.max = {std::max(e.max.x, x), std::max(e.max.y, y), std::max(e.max.z, z)};
                 return true;
             });
+            map.spans.set(y, z, std::min(begin, end), end);
+        }
     });
     if (!read && ok) why = QStringLiteral("the label volume could not be read");
     return read && ok;
@@ -160,8 +212,9 @@ bool numberAdditionalPatches(ZNLabelSlabReader& labels, LabelPatchMap& map)
     const int ny = labels.ny();
     int next = map.largestLabel + 1;
     const bool read = forEachSlice(labels, [&](int z, const int* slice) {
-        for (int y = 0; y < ny; ++y)
-            fault::forEachLabelled(slice + nx * y, 0, nx, [&](int x, int label) {
+        for (int y = 0; y < ny; ++y) {
+            const auto [begin, end] = map.spans.within(y, z, 0, nx);
+            fault::forEachLabelled(slice + nx * y, begin, end, [&](int x, int label) {
                 const LabelBoxes& b = map.boxes[label];
                 if (b.tableOffset < 0) return true;
                 const int entry = b.tableOffset + map.boxIndex(b, x, y, z);
@@ -169,6 +222,7 @@ bool numberAdditionalPatches(ZNLabelSlabReader& labels, LabelPatchMap& map)
                 ++map.boxCount[entry];
                 return true;
             });
+        }
     });
     map.additionalPatches = next - (map.largestLabel + 1);
     return read;
@@ -209,28 +263,32 @@ bool fillVoxels(ZNFaultPatchManager& set, ZNLabelSlabReader& labels, const Label
     const int nx = labels.nx();
     const int ny = labels.ny();
     return forEachSlice(labels, [&](int z, const int* slice) {
-        for (int y = 0; y < ny; ++y)
-            fault::forEachLabelled(slice + nx * y, 0, nx, [&](int x, int label) {
+        for (int y = 0; y < ny; ++y) {
+            const auto [begin, end] = map.spans.within(y, z, 0, nx);
+            fault::forEachLabelled(slice + nx * y, begin, end, [&](int x, int label) {
                 const int patch = map.patchOf(label, x, y, z);
                 if (patch != 0) voxels.addElement(patch, set.getPatchPointByteTriplet(patch, {x, y, z}), false);
                 return true;
             });
+        }
     });
 }
 
 // The (patch, neighbour patch) pairs met from the interior pixels of slice z towards
 // their six forward neighbours, in scan order, consecutive repeats dropped (they would
-// change nothing). `patchOf(label, x, y, z)` gives a voxel's patch, 0 for none.
+// change nothing). `patchOf(label, x, y, z)` gives a voxel's patch, 0 for none; `spans`,
+// where the rows of slice z hold labels (null: anywhere).
 template <class PatchOf>
 bool forwardContacts(const int* slice, const int* next, int w, int h, int z, int patchCount,
-                     const PatchOf& patchOf, core::Array<core::Duplet>& found)
+                     const PatchOf& patchOf, const RowSpans* spans, core::Array<core::Duplet>& found)
 {
     struct Step { int dx, dy, dz; };
     static constexpr Step kForward[6] = {{1, 0, 0}, {1, -1, 0}, {1, 1, 0},
                                          {0, 0, 1}, {0, -1, 1}, {0, 1, 1}};
     found.clear();
     for (int y = 1; y <= h - 2; ++y) {
-        const bool rowDone = fault::forEachLabelled(slice + w * y, 1, w - 1, [&](int x, int label) {
+        const auto [begin, end] = spans ? spans->within(y, z, 1, w - 1) : std::pair<int, int>(1, w - 1);
+        const bool rowDone = fault::forEachLabelled(slice + w * y, begin, end, [&](int x, int label) {
             const int patch = patchOf(label, x, y, z);
             if (patch < 1 || patch >= patchCount) return true;
             for (const Step& s : kForward) {
@@ -254,7 +312,7 @@ bool forwardContacts(const int* slice, const int* next, int w, int h, int z, int
 // `step()` is called after each pair and returns true to stop (cancel).
 template <class PatchOf, class Record, class Step>
 bool lateralContactPass(ZNLabelSlabReader& labels, int patchCount, const PatchOf& patchOf,
-                        Record record, Step step, bool& stopped)
+                        const RowSpans* spans, Record record, Step step, bool& stopped)
 {
     const int w = labels.nx();
     const int h = labels.ny();
@@ -272,7 +330,7 @@ bool lateralContactPass(ZNLabelSlabReader& labels, int patchCount, const PatchOf
             for (int k = 0; k < chunk; ++k) {
                 const int s = c0 + k;
                 if (!forwardContacts(labels.slice(s), labels.slice(s + 1), w, h, s, patchCount,
-                                     patchOf, found[k]))
+                                     patchOf, spans, found[k]))
                     ++failures;
             }
             if (failures > 0) return false;
@@ -362,7 +420,7 @@ bool ZNFaultPatchManager::initFromLabels(ZNLabelSlabReader& labels)
         return map.patchOf(label, x, y, z);
     };
     const bool contactsRead = lateralContactPass(
-        labels, n, patchOf, [this](const core::Duplet& p) { addContact(p.a, p.b); },
+        labels, n, patchOf, &map.spans, [this](const core::Duplet& p) { addContact(p.a, p.b); },
         [] { return false; }, stopped);
     if (!contactsRead) return fail(QStringLiteral("the contacts could not be read"));
     computePatchParameters();
@@ -497,7 +555,7 @@ void ZNFaultPatchManager::getLateralContact(const int* slice, const int* nextSli
     if (!slice || !nextSlice || width < 3 || height < 3 || !ensureContactLists()) return;
     core::Array<core::Duplet> found(kFoundGrowth);
     const auto sameLabel = [](int label, int, int, int) { return label; };
-    forwardContacts(slice, nextSlice, width, height, 0, getNumberOfPatch(), sameLabel, found);
+    forwardContacts(slice, nextSlice, width, height, 0, getNumberOfPatch(), sameLabel, nullptr, found);
     for (const core::Duplet& pair : found) addContact(pair.a, pair.b);
 }
 
@@ -512,7 +570,7 @@ bool ZNFaultPatchManager::getLateralContact(const ZN3DImage<int>* labels, int pr
     const auto sameLabel = [](int label, int, int, int) { return label; };
     bool stopped = false;
     lateralContactPass(
-        reader, getNumberOfPatch(), sameLabel,
+        reader, getNumberOfPatch(), sameLabel, nullptr,
         [this](const core::Duplet& p) { addContact(p.a, p.b); },
         [bar] {
             ZNProgressBarMgr::incrementProgressBar(bar);
