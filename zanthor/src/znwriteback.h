@@ -14,8 +14,8 @@
 // the same few pages for the whole file.
 //
 // The data are on disk once the file is synced (QSaveFile::commit syncs), whatever this
-// does; the written file is left out of the page cache, so reading it back right away
-// reads the disk.
+// does. On Linux the written file is left out of the page cache, so reading it back
+// right away reads the disk; elsewhere only Qt's buffer is passed on.
 class ZNWriteback {
 public:
     // About how many bytes to hand over at a time: much larger pieces let dirty pages pile
@@ -31,7 +31,6 @@ public:
     // starts writing them to disk without waiting; the pieces started the longest ago are
     // then waited for and released. Returns false when the buffered bytes could not be
     // passed to the system: the failure the next write or the commit would report.
-    // Outside Linux only the buffer is passed.
     bool written(qint64 offset, qint64 bytes);
     // Starts what is pending, whatever its size.
     bool startPending();
