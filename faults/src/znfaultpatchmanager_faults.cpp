@@ -3,6 +3,7 @@
 #include "znfaultpatchmanager.h"
 
 #include <algorithm>
+#include <climits>
 
 #include <core/conventions.h>
 
@@ -236,6 +237,9 @@ ZNFaultPatchManager::ZNFaultPatchManager(const core::MultiArray<geom::Line>& fau
     m_templateFaultLight.setInterpolationSize(interpolationSize);
     for (int r = 0; r < rows; ++r) {
         const geom::Line* lines = faults.getArray(r);
+        // Room for the row's sticks at once (two points each, a separator between two).
+        const int sticks = lines ? faults.getCount(r) : 0;
+        if (sticks > 0 && sticks <= INT_MAX / 3) m_pickedPoints.setArraySize(r + 1, 3 * sticks - 1, false);
         for (int k = 0; lines && k < faults.getCount(r); ++k)
             appendStick(r + 1, lines[k].start, lines[k].end);
     }
@@ -254,6 +258,9 @@ ZNFaultPatchManager::ZNFaultPatchManager(const core::MultiArray<geom::Line>& fau
     m_templateFaultLight.setFaultId(-1);
     for (int r = 0; r < rows; ++r) {
         const geom::Line* lines = faults.getArray(r);
+        // Room for the row's sticks at once (two points each, a separator between two).
+        const int sticks = lines ? faults.getCount(r) : 0;
+        if (sticks > 0 && sticks <= INT_MAX / 3) m_pickedPoints.setArraySize(r + 1, 3 * sticks - 1, false);
         for (int k = 0; lines && k < faults.getCount(r); ++k)
             appendStick(r + 1, lines[k].start, lines[k].end);
     }
