@@ -47,8 +47,8 @@ struct LabelBoxes {
 // likelihood volume in thin sheets, which cross most rows over a quarter of their length.
 class RowSpans {
 public:
-    // Room for ny x nz rows, each without labels; false when memory runs out (the spans
-    // then cover whole rows).
+    // Room for ny x nz rows, each without labels; false when memory runs out. Spans never
+    // allocated (or whose allocation failed) cover whole rows.
     bool allocate(int ny, int nz)
     {
         m_ny = ny;
@@ -277,17 +277,17 @@ bool fillVoxels(ZNFaultPatchManager& set, ZNLabelSlabReader& labels, const Label
 // The (patch, neighbour patch) pairs met from the interior pixels of slice z towards
 // their six forward neighbours, in scan order, consecutive repeats dropped (they would
 // change nothing). `patchOf(label, x, y, z)` gives a voxel's patch, 0 for none; `spans`,
-// where the rows of slice z hold labels (null: anywhere).
+// where the rows of slice z hold labels.
 template <class PatchOf>
 bool forwardContacts(const int* slice, const int* next, int w, int h, int z, int patchCount,
-                     const PatchOf& patchOf, const RowSpans* spans, core::Array<core::Duplet>& found)
+                     const PatchOf& patchOf, const RowSpans& spans, core::Array<core::Duplet>& found)
 {
     struct Step { int dx, dy, dz; };
     static constexpr Step kForward[6] = {{1, 0, 0}, {1, -1, 0}, {1, 1, 0},
                                          {0, 0, 1}, {0, -1, 1}, {0, 1, 1}};
     found.clear();
     for (int y = 1; y <= h - 2; ++y) {
-        const auto [begin, end] = spans ? spans->within(y, z, 1, w - 1) : std::pair<int, int>(1, w - 1);
+        const auto [begin, end] = spans.within(y, z, 1, w - 1);
         const bool rowDone = fault::forEachLabelled(slice + w * y, begin, end, [&](int x, int label) {
             const int patch = patchOf(label, x, y, z);
             if (patch < 1 || patch >= patchCount) return true;
@@ -312,7 +312,7 @@ bool forwardContacts(const int* slice, const int* next, int w, int h, int z, int
 // `step()` is called after each pair and returns true to stop (cancel).
 template <class PatchOf, class Record, class Step>
 bool lateralContactPass(ZNLabelSlabReader& labels, int patchCount, const PatchOf& patchOf,
-                        const RowSpans* spans, Record record, Step step, bool& stopped)
+                        const RowSpans& spans, Record record, Step step, bool& stopped)
 {
     const int w = labels.nx();
     const int h = labels.ny();
@@ -420,7 +420,7 @@ bool ZNFaultPatchManager::initFromLabels(ZNLabelSlabReader& labels)
         return map.patchOf(label, x, y, z);
     };
     const bool contactsRead = lateralContactPass(
-        labels, n, patchOf, &map.spans, [this](const core::Duplet& p) { addContact(p.a, p.b); },
+        labels, n, patchOf, map.spans, [this](const core::Duplet& p) { addContact(p.a, p.b); },
         [] { return false; }, stopped);
     if (!contactsRead) return fail(QStringLiteral("the contacts could not be read"));
     computePatchParameters();
@@ -555,7 +555,7 @@ void ZNFaultPatchManager::getLateralContact(const int* slice, const int* nextSli
     if (!slice || !nextSlice || width < 3 || height < 3 || !ensureContactLists()) return;
     core::Array<core::Duplet> found(kFoundGrowth);
     const auto sameLabel = [](int label, int, int, int) { return label; };
-    forwardContacts(slice, nextSlice, width, height, 0, getNumberOfPatch(), sameLabel, nullptr, found);
+    forwardContacts(slice, nextSlice, width, height, 0, getNumberOfPatch(), sameLabel, RowSpans(), found);
     for (const core::Duplet& pair : found) addContact(pair.a, pair.b);
 }
 
@@ -570,7 +570,7 @@ bool ZNFaultPatchManager::getLateralContact(const ZN3DImage<int>* labels, int pr
     const auto sameLabel = [](int label, int, int, int) { return label; };
     bool stopped = false;
     lateralContactPass(
-        reader, getNumberOfPatch(), sameLabel, nullptr,
+        reader, getNumberOfPatch(), sameLabel, RowSpans(),
         [this](const core::Duplet& p) { addContact(p.a, p.b); },
         [bar] {
             ZNProgressBarMgr::incrementProgressBar(bar);
